@@ -1,0 +1,56 @@
+// veloran-cli: stateless tools over the orbit engine and the data files.
+
+#include <cstdio>
+#include <cstring>
+
+#include "cli/commands.h"
+#include "cli/options.h"
+
+namespace {
+
+struct Command {
+    const char* name;
+    int (*run)(int argc, char** argv);
+    const char* usage;
+};
+
+const Command kCommands[] = {
+    {"look", veloran::cli::RunLook,
+     "look FILE [--site LAT,LON,ALT_M] [--time UTC] [--sat NAME]\n"
+     "      live azimuth, elevation, range, range rate, sub-satellite point, height,\n"
+     "      eclipse, time to AOS and maximum elevation of every satellite in FILE"},
+    {"passes", veloran::cli::RunPasses,
+     "passes FILE [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME]\n"
+     "      the passes of the next H hours (default 24): AOS, maximum elevation, LOS"},
+};
+
+void PrintHelp(FILE* out) {
+    std::fprintf(out, "usage: veloran-cli COMMAND [ARGS]\n\ncommands:\n");
+    for (const Command& c : kCommands) std::fprintf(out, "  %s\n", c.usage);
+    std::fprintf(out,
+                 "\nFILE is a two-line element file (a name line, then lines 1 and 2).\n"
+                 "--site takes latitude north positive and longitude EAST positive, in degrees,\n"
+                 "and height in metres; the default station is 43.7064 N, 79.2442 W, 200 m.\n"
+                 "--time takes ISO 8601 UTC, e.g. 2026-11-21T18:30:00Z; the default is now.\n");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2 || std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0 ||
+        std::strcmp(argv[1], "help") == 0) {
+        PrintHelp(argc < 2 ? stderr : stdout);
+        return argc < 2 ? veloran::cli::kUsageError : 0;
+    }
+    for (const Command& c : kCommands) {
+        if (std::strcmp(argv[1], c.name) != 0) continue;
+        for (int i = 2; i < argc; ++i) {
+            if (std::strcmp(argv[i], "--help") == 0) {
+                std::printf("usage: veloran-cli %s\n", c.usage);
+                return 0;
+            }
+        }
+        return c.run(argc - 2, argv + 2);
+    }
+    return veloran::cli::Fail(std::string("unknown command '") + argv[1] + "' (try --help)");
+}
