@@ -44,7 +44,10 @@ void Propagate(SatRec* rec, double tau, double* meanAnomaly, double* trueAnomaly
                    radius, X, Y, Z, VX, VY, VZ);
 }
 
-Fix Locate(SatRec* rec, const SiteRec* site, double tau, double t0, double theta0) {
+// Where the satellite is at tau. Range and the sub-satellite point cost as
+// much as the rest together and most steps of a search need neither: they
+// are computed only when `full` is set; the height always is.
+Fix Locate(SatRec* rec, const SiteRec* site, double tau, double t0, double theta0, bool full) {
     Fix f{};
     Propagate(rec, tau, &f.meanAnomaly, &f.trueAnomaly, &f.radius, &f.X, &f.Y, &f.Z, &f.VX, &f.VY,
               &f.VZ);
@@ -52,9 +55,13 @@ Fix Locate(SatRec* rec, const SiteRec* site, double tau, double t0, double theta
     GetSitePosition(site->siteLatRads, site->siteLongRads, site->siteAltitudeM / 1000.0, tau, t0,
                     theta0, &f.siteX, &f.siteY, &f.siteZ, &siteVX, &siteVY, rotation);
     GetNewBearings(rotation, f.X, f.Y, f.Z, f.siteX, f.siteY, f.siteZ, &f.azimuth, &f.elevation);
-    GetRange(f.siteX, f.siteY, f.siteZ, siteVX, siteVY, f.X, f.Y, f.Z, f.VX, f.VY, f.VZ, &f.range,
-             &f.rangeRate);
-    GetNewSubSatPoint(f.X, f.Y, f.Z, tau, t0, theta0, &f.longitude, &f.latitude, &f.height);
+    if (full) {
+        GetRange(f.siteX, f.siteY, f.siteZ, siteVX, siteVY, f.X, f.Y, f.Z, f.VX, f.VY, f.VZ, &f.range,
+                 &f.rangeRate);
+        GetNewSubSatPoint(f.X, f.Y, f.Z, tau, t0, theta0, &f.longitude, &f.latitude, &f.height);
+    } else {
+        f.height = std::sqrt(f.X * f.X + f.Y * f.Y + f.Z * f.Z) - kEarthRadiusKm;
+    }
     return f;
 }
 
@@ -143,12 +150,14 @@ void SatelliteCalculationsV(double t, double span, SatRec* rec, SiteRec* site, B
     for (double tau = t; tau < t + span; tau += step) {
         ++n;
         if (n == 1) {
-            const Fix before = Locate(rec, site, tau - kTenMinutes, t0, theta0);
+            const Fix before = Locate(rec, site, tau - kTenMinutes, t0, theta0, true);
             rec->oldSubSatPtLatitudeRads = before.latitude;
             rec->oldSubSatPtLongitudeRads = before.longitude;
         }
 
-        const Fix f = Locate(rec, site, tau, t0, theta0);
+        // Only the main satellite's dead-spot check reads the sub-satellite
+        // point after the first step.
+        const Fix f = Locate(rec, site, tau, t0, theta0, n == 1 || mainFlag);
         const double E = f.elevation * kRadiansToDegrees;
         const double latitude = f.latitude * kRadiansToDegrees;
         const double longitude = f.longitude * kRadiansToDegrees;
@@ -178,6 +187,9 @@ void SatelliteCalculationsV(double t, double span, SatRec* rec, SiteRec* site, B
             }
             if (f.elevation < 0.0) rec->maxElevation = -90.0;
         }
+        // Elements that decode to nonsense (a zero or unreadable mean motion)
+        // give no position at all; searching on would only burn the tick.
+        if (std::isnan(f.elevation)) break;
 
         if (f.elevation < 0.0) {
             if (passEntered) {
