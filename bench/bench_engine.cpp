@@ -43,12 +43,14 @@ void BM_LiveLeoAosHoursAway(benchmark::State& state) {
     auto rec = testing::LoadRecord("LEO", Leo(300, 230), &st.site);
     uint32_t now = kNow;
     for (;; now += 60) {
-        SatelliteCalculationsV(EpochTime(now), kSatelliteSearchSpan, rec.get(), &st.site, 0, now, st.sun.get());
+        SatelliteCalculationsV(EpochTime(now), kSatelliteSearchSpan, rec.get(), &st.site, 0, now,
+                               st.sun.get());
         if (rec->secondsToAOS > 3 * 3600 && rec->secondsToAOS != kSecondsToAOSUnknown) break;
     }
     state.counters["aos_in_h"] = rec->secondsToAOS / 3600.0;
     for (auto _ : state)
-        SatelliteCalculationsV(EpochTime(now), kSatelliteSearchSpan, rec.get(), &st.site, 0, now, st.sun.get());
+        SatelliteCalculationsV(EpochTime(now), kSatelliteSearchSpan, rec.get(), &st.site, 0, now,
+                               st.sun.get());
 }
 BENCHMARK(BM_LiveLeoAosHoursAway)->Unit(benchmark::kMicrosecond);
 
@@ -59,14 +61,16 @@ void BM_LiveGeostationary(benchmark::State& state) {
     e.meanAnomaly = 150;
     auto rec = testing::LoadRecord("GEO", e, &st.site);
     for (auto _ : state)
-        SatelliteCalculationsV(EpochTime(kNow), kSatelliteSearchSpan, rec.get(), &st.site, 0, kNow, st.sun.get());
+        SatelliteCalculationsV(EpochTime(kNow), kSatelliteSearchSpan, rec.get(), &st.site, 0, kNow,
+                               st.sun.get());
 }
 BENCHMARK(BM_LiveGeostationary)->Unit(benchmark::kMicrosecond);
 
 void BM_LiveSun(benchmark::State& state) {
     Station st;
     for (auto _ : state)
-        SatelliteCalculationsV(EpochTime(kNow), kSunMoonSearchSpan, st.sun.get(), &st.site, 0, kNow, st.sun.get());
+        SatelliteCalculationsV(EpochTime(kNow), kSunMoonSearchSpan, st.sun.get(), &st.site, 0, kNow,
+                               st.sun.get());
 }
 BENCHMARK(BM_LiveSun)->Unit(benchmark::kMicrosecond);
 
@@ -93,9 +97,10 @@ void BM_CatalogueOf1000(benchmark::State& state) {
     const double t = EpochTime(kNow);
     for (auto _ : state)
         for (auto& rec : catalogue)
-            SatelliteCalculationsV(t, kSatelliteSearchSpan, rec.get(), &st.site, 0, kNow, st.sun.get());
-    state.counters["us_per_sat"] =
-        benchmark::Counter(1000.0 * state.iterations(), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+            SatelliteCalculationsV(t, kSatelliteSearchSpan, rec.get(), &st.site, 0, kNow,
+                                   st.sun.get());
+    state.counters["us_per_sat"] = benchmark::Counter(
+        1000.0 * state.iterations(), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_CatalogueOf1000)->Unit(benchmark::kMillisecond);
 

@@ -42,7 +42,8 @@ const std::string kSample = std::string(VELORAN_RESOURCE_DIR) + "/kepler.dat";
 TEST(Cli, PassesOfTheBundledSample) {
     const CliRun run = Cli("passes " + kSample + " --time 2026-11-21T12:00:00Z --hours 6");
     ASSERT_EQ(run.status, 0) << run.out;
-    EXPECT_NE(run.out.find("Passes from 2026-11-21T12:00:00Z for 6 hours, site 43.7064 N 79.2442 W 200 m"),
+    EXPECT_NE(run.out.find(
+                  "Passes from 2026-11-21T12:00:00Z for 6 hours, site 43.7064 N 79.2442 W 200 m"),
               std::string::npos)
         << run.out;
     EXPECT_NE(run.out.find("AO-7"), std::string::npos);
@@ -58,7 +59,8 @@ TEST(Cli, PassesOfASyntheticSatelliteMatchTheEngine) {
     e.meanMotion = 14.8;
     const std::string path = ::testing::TempDir() + "cli_polar.dat";
     std::ofstream(path) << "HEADER FROM THE TESTS\n" << testing::ElementSetText("POLAR", e);
-    const CliRun run = Cli("passes " + path + " --site 60,25,0 --time 2026-11-17T00:00:00Z --hours 24");
+    const CliRun run =
+        Cli("passes " + path + " --site 60,25,0 --time 2026-11-17T00:00:00Z --hours 24");
     ASSERT_EQ(run.status, 0) << run.out;
     int passes = 0;
     size_t at = 0;
@@ -69,7 +71,8 @@ TEST(Cli, PassesOfASyntheticSatelliteMatchTheEngine) {
 }
 
 TEST(Cli, LookShowsOneSatellite) {
-    const CliRun run = Cli("look " + kSample + " --sat iss --time 2026-11-21T12:00:00Z --site 51.5,-0.13,20");
+    const CliRun run =
+        Cli("look " + kSample + " --sat iss --time 2026-11-21T12:00:00Z --site 51.5,-0.13,20");
     ASSERT_EQ(run.status, 0) << run.out;
     EXPECT_NE(run.out.find("site 51.5000 N 0.1300 W 20 m"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("\nISS "), std::string::npos);

@@ -92,7 +92,7 @@ TEST(Decoding, LinesOfTheWrongShapeAreIgnored) {
     e.meanMotion = 14.2;
     const std::string one = LineOne(e), two = LineTwo(e);
     auto rec = Blank();
-    const std::string bare = one.substr(0, 69);        // no line end
+    const std::string bare = one.substr(0, 69);           // no line end
     const std::string crlf = one.substr(0, 69) + "\r\n";  // two-character line end
     EXPECT_EQ(DecodeLineOne(bare.c_str(), rec.get()), 0);
     EXPECT_EQ(DecodeLineOne(crlf.c_str(), rec.get()), 0);

@@ -27,7 +27,8 @@ struct LiveFixture : ::testing::Test {
     // Runs the search at `secs` as the one-second tick does for a satellite in rotation.
     void Calculate(SatRec* rec, uint32_t secs, Bool32 mainFlag = 0) {
         sunCalcTask(secs, sun.get(), nullptr, &site);
-        SatelliteCalculationsV(EpochTime(secs), kSatelliteSearchSpan, rec, &site, mainFlag, secs, sun.get());
+        SatelliteCalculationsV(EpochTime(secs), kSatelliteSearchSpan, rec, &site, mainFlag, secs,
+                               sun.get());
     }
 
     static Elements PolarLeo() {
@@ -46,7 +47,8 @@ struct LiveFixture : ::testing::Test {
     uint32_t BeforeAPass(SatRec* rec, uint32_t from) {
         for (uint32_t s = from;; s += 60) {
             Calculate(rec, s);
-            if (!rec->AOS && rec->secondsToAOS < kSecondsToAOSUnknown && rec->secondsToLOS > 0) return s;
+            if (!rec->AOS && rec->secondsToAOS < kSecondsToAOSUnknown && rec->secondsToLOS > 0)
+                return s;
         }
     }
 };
@@ -70,7 +72,8 @@ TEST_F(LiveFixture, LeoPassHasOrderedEventsAndAFullShape) {
     for (int i = 1; i < rec->passElevCounter; ++i)
         if (rec->passElev[i] > rec->passElev[peak]) peak = i;
     for (int i = 1; i <= peak; ++i) EXPECT_GE(rec->passElev[i], rec->passElev[i - 1]);
-    for (int i = peak + 1; i < rec->passElevCounter; ++i) EXPECT_LE(rec->passElev[i], rec->passElev[i - 1]);
+    for (int i = peak + 1; i < rec->passElevCounter; ++i)
+        EXPECT_LE(rec->passElev[i], rec->passElev[i - 1]);
     EXPECT_NEAR(rec->passElev[peak], rec->maxElevation, 1.0);
 
     // Stepping the clock through the pass: in view between AOS and LOS, the
@@ -106,7 +109,8 @@ TEST_F(LiveFixture, RangeAtTheHorizonIsTheGeometricHorizonDistance) {
     Calculate(rec.get(), rec->AOSTime);
     EXPECT_NEAR(rec->elevationDegs, 0.0, 0.1);
     // sqrt((R + h)^2 - R^2) for a site near 6368 km from the centre.
-    const double expected = std::sqrt(std::pow(6378.16 + 500.0, 2) - std::pow(site.siteAltitudeGEOC, 2));
+    const double expected =
+        std::sqrt(std::pow(6378.16 + 500.0, 2) - std::pow(site.siteAltitudeGEOC, 2));
     EXPECT_NEAR(rec->satRange, expected, 40.0);
     EXPECT_NEAR(rec->satAltitude, 500.0, 25.0) << "height over 6378.16 km at a geocentric latitude";
     (void)start;
@@ -141,7 +145,8 @@ TEST_F(LiveFixture, NeverInViewKeepsTheUnknownMarkers) {
     e.meanMotion = 15.0;
     auto rec = testing::LoadRecord("EQUATOR", e, &arctic);
     const uint32_t now = testing::Seconds(2026, 11, 21);
-    SatelliteCalculationsV(EpochTime(now), kSatelliteSearchSpan, rec.get(), &arctic, 0, now, sun.get());
+    SatelliteCalculationsV(EpochTime(now), kSatelliteSearchSpan, rec.get(), &arctic, 0, now,
+                           sun.get());
     EXPECT_EQ(rec->secondsToAOS, kSecondsToAOSUnknown);
     EXPECT_DOUBLE_EQ(rec->maxElevation, -90.0);
     EXPECT_FALSE(rec->satActivePass);
@@ -164,8 +169,10 @@ TEST_F(LiveFixture, LongHighPassFillsTheShapeArraysAndStops) {
     e.raan = 0.0;
     auto rec = testing::LoadRecord("MOLNIYA", e, &north);
     bool sawLongPass = false;
-    for (uint32_t s = testing::Seconds(2026, 11, 16, 12); s < testing::Seconds(2026, 11, 17, 12); s += 3600) {
-        SatelliteCalculationsV(EpochTime(s), kSatelliteSearchSpan, rec.get(), &north, 0, s, sun.get());
+    for (uint32_t s = testing::Seconds(2026, 11, 16, 12); s < testing::Seconds(2026, 11, 17, 12);
+         s += 3600) {
+        SatelliteCalculationsV(EpochTime(s), kSatelliteSearchSpan, rec.get(), &north, 0, s,
+                               sun.get());
         if (rec->secondsToLOS > rec->secondsToAOS + 4 * 3600 + 60) {
             sawLongPass = true;
             EXPECT_EQ(rec->passElevCounter, kMaxPassSamples);
@@ -198,12 +205,15 @@ TEST_F(LiveFixture, MainSatelliteKeepsItsAosFlagAndOldPoint) {
     EXPECT_GE(rec->elevationDegs, 0.0);
     // Ten minutes earlier the sub-satellite point was about 40 degrees of arc back.
     const double dLat = rec->subSatPtLatitudeRads - rec->oldSubSatPtLatitudeRads;
-    const double dLon = std::remainder(rec->subSatPtLongitudeRads - rec->oldSubSatPtLongitudeRads, kTwoPi);
-    const double arc = std::sqrt(dLat * dLat + std::pow(dLon * std::cos(rec->subSatPtLatitudeRads), 2));
+    const double dLon =
+        std::remainder(rec->subSatPtLongitudeRads - rec->oldSubSatPtLongitudeRads, kTwoPi);
+    const double arc =
+        std::sqrt(dLat * dLat + std::pow(dLon * std::cos(rec->subSatPtLatitudeRads), 2));
     EXPECT_NEAR(arc / kDegreesToRadians, 360.0 / (1440.0 / 14.8) * 10.0, 4.0);
     // The site position is refreshed for the views.
-    EXPECT_NEAR(std::sqrt(site.SiteX * site.SiteX + site.SiteY * site.SiteY + site.SiteZ * site.SiteZ),
-                site.siteAltitudeGEOC, 1.0);
+    EXPECT_NEAR(
+        std::sqrt(site.SiteX * site.SiteX + site.SiteY * site.SiteY + site.SiteZ * site.SiteZ),
+        site.siteAltitudeGEOC, 1.0);
     (void)start;
 }
 

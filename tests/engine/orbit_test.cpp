@@ -2,13 +2,14 @@
 // this code: circular speeds, the horizon distance, the sidereal day, the
 // directions of the compass.
 
+#include "engine/orbit.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "engine/live.h"
 #include "engine/observer.h"
-#include "engine/orbit.h"
 #include "engine/sunmoon.h"
 #include "engine/timebase.h"
 #include "tests/support/element_sets.h"
@@ -22,7 +23,8 @@ TEST(Kepler, CircularOrbitTrueAnomalyIsTheMeanAnomaly) {
     for (double M = 0.05; M < kTwoPi; M += 0.37) EXPECT_NEAR(KeplerD(M, 0.0), M, 1e-12);
     EXPECT_EQ(KeplerD(kPi, 0.0), kPi);
     EXPECT_EQ(KeplerD(kPi, 0.7), kPi);
-    EXPECT_NEAR(KeplerD(-0.5, 0.0), kTwoPi - 0.5, 1e-12) << "negative anomalies come back in [0, 2 pi)";
+    EXPECT_NEAR(KeplerD(-0.5, 0.0), kTwoPi - 0.5, 1e-12)
+        << "negative anomalies come back in [0, 2 pi)";
 }
 
 TEST(Kepler, EccentricOrbitSatisfiesKeplersEquation) {
@@ -55,15 +57,18 @@ TEST(Propagation, CircularOrbitKeepsItsRadiusAndSpeed) {
         double M = 0, nu = 0, r = 0, X, Y, Z, VX, VY, VZ;
         SolveKeplerD(k.epochDay + dt, &rec->satKep, &M, &nu, &r);
         GetSatPosition(k.epochDay, k.epochRAAN, k.epochArgPerigee, k.semiMajorAxis, k.inclination,
-                       k.eccentricity, rec->satRAANPrecession, rec->perigeePrecession, k.epochDay + dt, nu, &r,
-                       &X, &Y, &Z, &VX, &VY, &VZ);
+                       k.eccentricity, rec->satRAANPrecession, rec->perigeePrecession,
+                       k.epochDay + dt, nu, &r, &X, &Y, &Z, &VX, &VY, &VZ);
         EXPECT_NEAR(std::sqrt(X * X + Y * Y + Z * Z), k.semiMajorAxis, 1e-6);
-        EXPECT_NEAR(std::sqrt(VX * VX + VY * VY + VZ * VZ), std::sqrt(kEarthGM / k.semiMajorAxis), 1e-9);
-        EXPECT_NEAR(X * VX + Y * VY + Z * VZ, 0.0, 1e-6) << "velocity is perpendicular to the radius";
+        EXPECT_NEAR(std::sqrt(VX * VX + VY * VY + VZ * VZ), std::sqrt(kEarthGM / k.semiMajorAxis),
+                    1e-9);
+        EXPECT_NEAR(X * VX + Y * VY + Z * VZ, 0.0, 1e-6)
+            << "velocity is perpendicular to the radius";
         // The plane is inclined 45 degrees: |Z| never exceeds r sin 45.
         EXPECT_LE(std::fabs(Z), k.semiMajorAxis * std::sin(45.0 * kDegreesToRadians) + 1e-6);
     }
-    EXPECT_NEAR(k.semiMajorAxis, 331.25 * std::pow(1440.0 / 15.0, 2.0 / 3.0), 1e-9) << "no decay, no change";
+    EXPECT_NEAR(k.semiMajorAxis, 331.25 * std::pow(1440.0 / 15.0, 2.0 / 3.0), 1e-9)
+        << "no decay, no change";
 }
 
 TEST(Propagation, DecayShrinksTheOrbit) {
@@ -94,7 +99,8 @@ TEST(Sidereal, TheEarthTurnsOnceASiderealDay) {
     // A site at longitude 0 comes back to the same inertial place after one sidereal day.
     double X1, Y1, Z1, X2, Y2, Z2, VX, VY, rot[3][3];
     GetSitePosition(0.5, 0.0, 0.0, t0, t0, theta0, &X1, &Y1, &Z1, &VX, &VY, rot);
-    GetSitePosition(0.5, 0.0, 0.0, t0 + 1.0 / 1.0027379093, t0, theta0, &X2, &Y2, &Z2, &VX, &VY, rot);
+    GetSitePosition(0.5, 0.0, 0.0, t0 + 1.0 / 1.0027379093, t0, theta0, &X2, &Y2, &Z2, &VX, &VY,
+                    rot);
     EXPECT_NEAR(X1, X2, 1e-6);
     EXPECT_NEAR(Y1, Y2, 1e-6);
 }
@@ -142,19 +148,24 @@ TEST(LookAngles, SphericalBearingsAgree) {
     const SiteRec site = testing::MakeSite(45.0, 75.0, 0.0);
     double az = 0, el = 0, range = 0;
     // A point 5 degrees north, same meridian, at 7000 km from the centre.
-    GetBearings(&site, 50.0 * kDegreesToRadians, 75.0 * kDegreesToRadians, 7000.0, &az, &el, &range);
+    GetBearings(&site, 50.0 * kDegreesToRadians, 75.0 * kDegreesToRadians, 7000.0, &az, &el,
+                &range);
     EXPECT_NEAR(az, 0.0, 1e-6);
     // 5 degrees east of the site (west-positive longitude decreases) on the equator side.
-    GetBearings(&site, 45.0 * kDegreesToRadians, 70.0 * kDegreesToRadians, 7000.0, &az, &el, &range);
+    GetBearings(&site, 45.0 * kDegreesToRadians, 70.0 * kDegreesToRadians, 7000.0, &az, &el,
+                &range);
     EXPECT_GT(az, 0.0);
     EXPECT_LT(az, kPi / 2.0 + 0.1);
-    GetBearings(&site, 45.0 * kDegreesToRadians, 80.0 * kDegreesToRadians, 7000.0, &az, &el, &range);
+    GetBearings(&site, 45.0 * kDegreesToRadians, 80.0 * kDegreesToRadians, 7000.0, &az, &el,
+                &range);
     EXPECT_GT(az, 3.0 * kPi / 2.0 - 0.1) << "to the west";
     // Directly overhead: elevation 90 and range = r - site radius.
-    GetBearings(&site, 45.0 * kDegreesToRadians, 75.0 * kDegreesToRadians, 7000.0, &az, &el, &range);
+    GetBearings(&site, 45.0 * kDegreesToRadians, 75.0 * kDegreesToRadians, 7000.0, &az, &el,
+                &range);
     EXPECT_NEAR(el, kPi / 2.0, 1e-6);
     EXPECT_NEAR(range, 7000.0 - site.siteAltitudeGEOC, 1e-6);
-    EXPECT_NEAR(GetElevationD(&site, 45.0 * kDegreesToRadians, 75.0 * kDegreesToRadians, 7000.0), kPi / 2.0, 1e-6);
+    EXPECT_NEAR(GetElevationD(&site, 45.0 * kDegreesToRadians, 75.0 * kDegreesToRadians, 7000.0),
+                kPi / 2.0, 1e-6);
 }
 
 TEST(LookAngles, RangeRateSign) {
@@ -192,14 +203,15 @@ TEST(SubSatellitePoint, SphericalAndVectorPointsAgree) {
     double t0, theta0, X, Y, Z, VX, VY, VZ, r, lon, lat, h;
     GetSidereal(t, &t0, &theta0);
     const KepRec& k = rec->satKep;
-    GetSatPosition(k.epochDay, k.epochRAAN, k.epochArgPerigee, k.semiMajorAxis, k.inclination, k.eccentricity,
-                   rec->satRAANPrecession, rec->perigeePrecession, t, rec->trueAnomaly, &r, &X, &Y, &Z, &VX, &VY,
-                   &VZ);
+    GetSatPosition(k.epochDay, k.epochRAAN, k.epochArgPerigee, k.semiMajorAxis, k.inclination,
+                   k.eccentricity, rec->satRAANPrecession, rec->perigeePrecession, t,
+                   rec->trueAnomaly, &r, &X, &Y, &Z, &VX, &VY, &VZ);
     GetNewSubSatPoint(X, Y, Z, t, t0, theta0, &lon, &lat, &h);
     // The spherical form uses its own sidereal constant; a few tenths of a
     // degree is agreement.
     EXPECT_NEAR(rec->subSatPtLatitudeRads, lat, 1e-6);
-    EXPECT_NEAR(std::remainder(rec->subSatPtLongitudeRads - lon, kTwoPi), 0.0, 0.5 * kDegreesToRadians);
+    EXPECT_NEAR(std::remainder(rec->subSatPtLongitudeRads - lon, kTwoPi), 0.0,
+                0.5 * kDegreesToRadians);
     EXPECT_NEAR(rec->subSatPtLatitudeDegs, lat / kDegreesToRadians, 1e-6);
 }
 
@@ -207,12 +219,14 @@ TEST(Eclipse, ShadowBehindTheEarthOnly) {
     const SiteRec site = testing::MakeSite(0, 0, 0);
     auto sun = testing::LoadSun(&site);
     sunCalcTask(testing::Seconds(2026, 6, 21, 12), sun.get(), nullptr, const_cast<SiteRec*>(&site));
-    const double len = std::sqrt(sun->SatX * sun->SatX + sun->SatY * sun->SatY + sun->SatZ * sun->SatZ);
+    const double len =
+        std::sqrt(sun->SatX * sun->SatX + sun->SatY * sun->SatY + sun->SatZ * sun->SatZ);
     const double ux = sun->SatX / len, uy = sun->SatY / len, uz = sun->SatZ / len;
     const double e = sun->satKep.eccentricity;
     const double r = 6378.16 + 500.0;
     EXPECT_TRUE(EclipsedAt(e, r, -ux * r, -uy * r, -uz * r, sun.get())) << "opposite the Sun";
-    EXPECT_FALSE(EclipsedAt(e, r, ux * r, uy * r, uz * r, sun.get())) << "between the Earth and the Sun";
+    EXPECT_FALSE(EclipsedAt(e, r, ux * r, uy * r, uz * r, sun.get()))
+        << "between the Earth and the Sun";
     // Sideways, beyond the Earth's radius from the shadow axis, it is lit.
     const double sx = -uy, sy = ux;  // perpendicular in the xy plane
     const double side = 1.0 / std::sqrt(sx * sx + sy * sy);
@@ -242,12 +256,16 @@ TEST(Squint, AxisPointingAtTheSiteHasNoSquint) {
     Vector3F dir{};
     const float squint = CalcSquintAngle(&rec, &site.sitePosition, &satPoint, &end, &dir);
     EXPECT_NEAR(squint, 0.0f, 1e-3f) << "the site lies straight below";
-    EXPECT_NEAR(std::sqrt(satPoint.x * satPoint.x + satPoint.y * satPoint.y + satPoint.z * satPoint.z), 2.0f, 1e-5f);
+    EXPECT_NEAR(
+        std::sqrt(satPoint.x * satPoint.x + satPoint.y * satPoint.y + satPoint.z * satPoint.z),
+        2.0f, 1e-5f);
     // Turn the attitude by 30 degrees of attitude longitude.
     rec.bLonDegs = 30.0;
-    EXPECT_NEAR(CalcSquintAngle(&rec, &site.sitePosition, nullptr, nullptr, nullptr), 30.0f * 0.0174533f, 1e-3f);
+    EXPECT_NEAR(CalcSquintAngle(&rec, &site.sitePosition, nullptr, nullptr, nullptr),
+                30.0f * 0.0174533f, 1e-3f);
     const Vector3F a{1, 0, 0}, b{1, 1e-9f, 0};
-    EXPECT_FLOAT_EQ(AngleBetweenVectors(&a, &a), 0.0f) << "clamped: never NaN from rounding above 1";
+    EXPECT_FLOAT_EQ(AngleBetweenVectors(&a, &a), 0.0f)
+        << "clamped: never NaN from rounding above 1";
     EXPECT_NEAR(AngleBetweenVectors(&a, &b), 0.0f, 1e-4f);
     EXPECT_DOUBLE_EQ(CloseEnough(1.5, 1.25), 0.25);
     EXPECT_DOUBLE_EQ(CloseEnough(1.25, 1.5), 0.25);

@@ -65,11 +65,13 @@ TEST(SunPseudoSatellite, ReturnsToItsMeanAnomalyAfterOneRevolution) {
 TEST(SunPseudoSatellite, PointsWhereTheAlmanacSunIs) {
     const SiteRec site = testing::MakeSite(0, 0, 0);
     auto sun = testing::LoadSun(&site);
-    for (uint32_t when : {Seconds(2024, 3, 20, 3, 6), Seconds(2026, 8, 10, 6), Seconds(2030, 12, 1)}) {
+    for (uint32_t when :
+         {Seconds(2024, 3, 20, 3, 6), Seconds(2026, 8, 10, 6), Seconds(2030, 12, 1)}) {
         sunCalcTask(when, sun.get(), nullptr, const_cast<SiteRec*>(&site));
         double ra, dec, rv, lon;
         sunpos(FractionalJulianDate(when), false, &ra, &dec, &rv, &lon);
-        const double r = std::sqrt(sun->SatX * sun->SatX + sun->SatY * sun->SatY + sun->SatZ * sun->SatZ);
+        const double r =
+            std::sqrt(sun->SatX * sun->SatX + sun->SatY * sun->SatY + sun->SatZ * sun->SatZ);
         const double decPseudo = std::asin(sun->SatZ / r) / kDegreesToRadians;
         const double raPseudo = std::atan2(sun->SatY, sun->SatX) / kDegreesToRadians;
         // The built-in elements date from 1990 and drift from the almanac

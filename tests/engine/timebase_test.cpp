@@ -19,10 +19,11 @@ using testing::Seconds;
 TEST(EpochDay, CountsDaysFromTheEndOf1978) {
     EXPECT_DOUBLE_EQ(GetEpochDay(79, 1, 1.0), 1.0);
     EXPECT_DOUBLE_EQ(GetEpochDay(80, 1, 1.0), 366.0);
-    EXPECT_DOUBLE_EQ(GetEpochDay(8, 1, 1.0), 10593.0);      // two-digit 08 is 2008
-    EXPECT_DOUBLE_EQ(GetEpochDay(108, 1, 1.0), 10593.0);    // and so is 108 (from 1900)
-    EXPECT_DOUBLE_EQ(GetEpochDay(78, 1, 1.0), -364.0);      // before the origin
-    EXPECT_DOUBLE_EQ(GetEpochDay(57, 1, 1.0), GetEpochDay(157, 1, 1.0) - 36525.0);  // 1957, not 2057
+    EXPECT_DOUBLE_EQ(GetEpochDay(8, 1, 1.0), 10593.0);    // two-digit 08 is 2008
+    EXPECT_DOUBLE_EQ(GetEpochDay(108, 1, 1.0), 10593.0);  // and so is 108 (from 1900)
+    EXPECT_DOUBLE_EQ(GetEpochDay(78, 1, 1.0), -364.0);    // before the origin
+    EXPECT_DOUBLE_EQ(GetEpochDay(57, 1, 1.0),
+                     GetEpochDay(157, 1, 1.0) - 36525.0);  // 1957, not 2057
 }
 
 TEST(EpochDay, LeapFebruaryCountsForOneCallOnly) {

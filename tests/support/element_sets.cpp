@@ -37,16 +37,16 @@ std::string LineOne(const Elements& e) {
     std::snprintf(decay, sizeof decay, "%c.%08ld", e.decay < 0 ? '-' : ' ',
                   std::lround(std::fabs(e.decay) * 1e8));
     char text[512];
-    std::snprintf(text, sizeof text, "1 %05dU 26001A   %02d%012.8f %s  00000-0  10000-3 0  999", e.catalog,
-                  e.epochYear, e.epochDayOfYear, decay);
+    std::snprintf(text, sizeof text, "1 %05dU 26001A   %02d%012.8f %s  00000-0  10000-3 0  999",
+                  e.catalog, e.epochYear, e.epochDayOfYear, decay);
     return Finish(text);
 }
 
 std::string LineTwo(const Elements& e) {
     char text[512];
-    std::snprintf(text, sizeof text, "2 %05d %8.4f %8.4f %07ld %8.4f %8.4f %11.8f%5d", e.catalog, e.inclination,
-                  e.raan, std::lround(e.eccentricity * 1e7), e.argPerigee, e.meanAnomaly, e.meanMotion,
-                  e.revolution);
+    std::snprintf(text, sizeof text, "2 %05d %8.4f %8.4f %07ld %8.4f %8.4f %11.8f%5d", e.catalog,
+                  e.inclination, e.raan, std::lround(e.eccentricity * 1e7), e.argPerigee,
+                  e.meanAnomaly, e.meanMotion, e.revolution);
     return Finish(text);
 }
 
@@ -54,7 +54,8 @@ std::string ElementSetText(const std::string& name, const Elements& e) {
     return name + "\n" + LineOne(e) + LineTwo(e);
 }
 
-std::unique_ptr<SatRec> LoadRecord(const std::string& name, const Elements& e, const SiteRec* site) {
+std::unique_ptr<SatRec> LoadRecord(const std::string& name, const Elements& e,
+                                   const SiteRec* site) {
     auto rec = std::make_unique<SatRec>();
     std::memset(rec.get(), 0, sizeof(SatRec));
     InitSatRec(rec.get());
@@ -96,8 +97,13 @@ SiteRec MakeSite(double latitudeDegs, double longitudeWestDegs, double altitudeM
 }
 
 uint32_t Seconds(int year, int month, int day, int hour, int minute, int second) {
-    const DateTimeRec rec{static_cast<int16_t>(year), static_cast<int16_t>(month), static_cast<int16_t>(day),
-                          static_cast<int16_t>(hour), static_cast<int16_t>(minute), static_cast<int16_t>(second), 0};
+    const DateTimeRec rec{static_cast<int16_t>(year),
+                          static_cast<int16_t>(month),
+                          static_cast<int16_t>(day),
+                          static_cast<int16_t>(hour),
+                          static_cast<int16_t>(minute),
+                          static_cast<int16_t>(second),
+                          0};
     return QFDateToSeconds(&rec);
 }
 

@@ -13,15 +13,15 @@ namespace veloran::testing {
 
 struct Elements {
     int catalog = 99001;
-    int epochYear = 26;            // two-digit
-    double epochDayOfYear = 320.5; // 1.0 = 1 January 00:00 UTC
-    double decay = 0.0;            // first derivative of mean motion, rev/day^2 (signed as written)
-    double inclination = 0.0;      // degrees
-    double raan = 0.0;             // degrees
+    int epochYear = 26;             // two-digit
+    double epochDayOfYear = 320.5;  // 1.0 = 1 January 00:00 UTC
+    double decay = 0.0;        // first derivative of mean motion, rev/day^2 (signed as written)
+    double inclination = 0.0;  // degrees
+    double raan = 0.0;         // degrees
     double eccentricity = 0.0;
-    double argPerigee = 0.0;       // degrees
-    double meanAnomaly = 0.0;      // degrees
-    double meanMotion = 15.0;      // rev/day
+    double argPerigee = 0.0;   // degrees
+    double meanAnomaly = 0.0;  // degrees
+    double meanMotion = 15.0;  // rev/day
     int revolution = 1000;
 };
 
