@@ -69,6 +69,17 @@ void DisplayList::addFill(Path* path, Color color, const std::string& cls) {
     items.push_back(std::move(item));
 }
 
+void DisplayList::addSpans(Path* path, Color color, const std::string& cls) {
+    if (path->empty()) return;
+    DisplayItem item;
+    item.kind = ItemKind::Spans;
+    item.path = std::move(*path);
+    path->clear();
+    item.color = color;
+    item.cls = cls;
+    items.push_back(std::move(item));
+}
+
 void DisplayList::addLabel(const MDLabel& label, float fontSize, const std::string& cls) {
     if (label.color < 0 || label.color > 3) return;
     DisplayItem item;

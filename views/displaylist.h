@@ -54,6 +54,10 @@ enum class ItemKind : uint8_t {
     FillRect,  // `rect` filled with `color`
     Stroke,    // `path` stroked with `color` at `lineWidth`
     Fill,      // `path` filled with `color` (non-zero winding)
+    Spans,     // `path` of move/line pairs along pixel rows: each pair covers
+               // the whole pixels from its first to its last column on its
+               // row, in `color` (a stroke one pixel wide, without the gaps
+               // and half-pixel blur a stroked line leaves)
     Text,      // `text` at `point` in `fontSize` Helvetica, `color`
 };
 
@@ -86,6 +90,7 @@ struct DisplayList {
     // Adds nothing for an empty path. The path is moved into the list.
     void addStroke(Path* path, Color color, float lineWidth, const std::string& cls);
     void addFill(Path* path, Color color, const std::string& cls);
+    void addSpans(Path* path, Color color, const std::string& cls);
     // Labels with a colour code outside 0..3 are not drawn.
     void addLabel(const MDLabel& label, float fontSize, const std::string& cls);
 };

@@ -287,7 +287,7 @@ void DrawNight(map_2D_view* view, double jd, DisplayList* out) {
     projillum(view->illum.data(), width, height, declination);
     // Against an empty previous table and centre every row is drawn afresh.
     moveTerm(&view->sunPath, view->illum.data(), view->oldIllum.data(), height, width, centre, -1);
-    out->addStroke(&view->sunPath, kNightColor, 1.0f, "night");
+    out->addSpans(&view->sunPath, kNightColor, "night");
 }
 
 }  // namespace

@@ -93,6 +93,27 @@ void AppendPathData(std::string* out, const Path& path, double height) {
     out->push_back('"');
 }
 
+// Each move/line pair on row r becomes the pixel cells from its first to
+// its last column, r to r + 1 upwards.
+void AppendSpanData(std::string* out, const Path& path, double height) {
+    out->append(" d=\"");
+    const auto& pts = path.points;
+    for (size_t i = 0; i + 1 < pts.size(); i += 2) {
+        const double x0 = std::fmin(pts[i].x, pts[i + 1].x), x1 = std::fmax(pts[i].x, pts[i + 1].x);
+        if (i > 0) out->push_back(' ');
+        out->push_back('M');
+        AppendNumber(out, x0);
+        out->push_back(' ');
+        AppendNumber(out, height - pts[i].y - 1.0);
+        out->append("h");
+        AppendNumber(out, x1 - x0 + 1.0);
+        out->append("v1h");
+        AppendNumber(out, -(x1 - x0 + 1.0));
+        out->push_back('Z');
+    }
+    out->push_back('"');
+}
+
 void AppendRect(std::string* out, const RectF& r, double height) {
     AppendAttribute(out, "x", r.x);
     AppendAttribute(out, "y", height - (r.y + r.height));
@@ -140,6 +161,13 @@ void AppendItem(std::string* out, const DisplayItem& item, double height, const 
             out->append("<path");
             AppendClass(out, item.cls);
             AppendPathData(out, item.path, height);
+            AppendColor(out, "fill", "fill-opacity", item.color);
+            out->append(" stroke=\"none\"/>\n");
+            return;
+        case ItemKind::Spans:
+            out->append("<path");
+            AppendClass(out, item.cls);
+            AppendSpanData(out, item.path, height);
             AppendColor(out, "fill", "fill-opacity", item.color);
             out->append(" stroke=\"none\"/>\n");
             return;

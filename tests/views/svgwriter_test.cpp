@@ -114,6 +114,22 @@ TEST(SvgExport, FlipsYAndPlacesTextAtItsBaseline) {
     EXPECT_NE(svg.find("fill=\"#0000ff\">SO-50</text>"), std::string::npos);
 }
 
+TEST(SvgExport, SpansCoverWholePixelCells) {
+    // Row 0 is the bottom pixel row; columns 2..4 are three pixels.
+    DisplayList list;
+    list.width = 10;
+    list.height = 10;
+    Path spans;
+    spans.moveTo(2, 0);
+    spans.lineTo(4, 0);
+    spans.moveTo(0, 9);
+    spans.lineTo(0, 9);
+    list.addSpans(&spans, Color{0, 0, 0, 0.6f}, "night");
+    const std::string svg = WriteSvg(list, nullptr);
+    EXPECT_NE(svg.find("d=\"M2 9h3v1h-3Z M0 0h1v1h-1Z\""), std::string::npos) << svg;
+    EXPECT_NE(svg.find("fill=\"#000000\" fill-opacity=\"0.6\" stroke=\"none\""), std::string::npos) << svg;
+}
+
 TEST(SvgExport, DecimalPointUnderACommaLocale) {
     const char* old = std::setlocale(LC_ALL, nullptr);
     const std::string saved = old ? old : "C";
