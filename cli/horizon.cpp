@@ -14,7 +14,8 @@ namespace veloran::cli {
 int RunHorizon(int argc, char** argv) {
     Arguments args;
     if (!ParseArguments(argc, argv, {}, &args)) return kUsageError;
-    if (!CheckOptions(args, {"--out", "--sat", "--track", "--time", "--site", "--min-elev"})) return kUsageError;
+    if (!CheckOptions(args, {"--out", "--sat", "--track", "--time", "--site", "--min-elev"}))
+        return kUsageError;
     double minElev = 0;
     if (!ParseNumber(args, "--min-elev", 0, &minElev)) return kUsageError;
     if (minElev < 0 || minElev > 90) return Fail("--min-elev must lie between 0 and 90 degrees");

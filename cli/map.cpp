@@ -30,11 +30,12 @@ bool FileExists(const std::string& path) {
 int RunMap(int argc, char** argv) {
     Arguments args;
     if (!ParseArguments(argc, argv, {"--link-image"}, &args)) return kUsageError;
-    if (!CheckOptions(args, {"--out", "--width", "--sat", "--track", "--time", "--site", "--maps", "--link-image",
-                             "--dead-spot"}))
+    if (!CheckOptions(args, {"--out", "--width", "--sat", "--track", "--time", "--site", "--maps",
+                             "--link-image", "--dead-spot"}))
         return kUsageError;
     double width = 1024, deadSpot = 0;
-    if (!ParseNumber(args, "--width", 1024, &width) || !ParseNumber(args, "--dead-spot", 0, &deadSpot))
+    if (!ParseNumber(args, "--width", 1024, &width) ||
+        !ParseNumber(args, "--dead-spot", 0, &deadSpot))
         return kUsageError;
     if (MapImageName(static_cast<int32_t>(width)).empty() || width != static_cast<int32_t>(width))
         return Fail("--width must be 1024, 2048, 4096 or 8192");
@@ -54,13 +55,15 @@ int RunMap(int argc, char** argv) {
     const double epoch = EpochTime(scene.now);
     for (size_t i = 0; i < scene.sats.size(); ++i) {
         const SatRec& s = scene.sats[i];
-        if (s.tracked && s.enabled && static_cast<int>(i) != scene.main) drawSatPath(&view, &s, false);
+        if (s.tracked && s.enabled && static_cast<int>(i) != scene.main)
+            drawSatPath(&view, &s, false);
     }
     const SatRec* mainSat = scene.main >= 0 ? &scene.sats[scene.main] : nullptr;
     drawSatPath(&view, mainSat, true);
     drawGroundTrack(&view, epoch, mainSat, &scene.site, true);
     // No rotor here, so it never works flipped.
-    drawSiteCross(&view, scene.site.siteLatRads, scene.site.siteLongRads, scene.site.deadSpotState, false);
+    drawSiteCross(&view, scene.site.siteLatRads, scene.site.siteLongRads, scene.site.deadSpotState,
+                  false);
 
     // The export pictures the chosen instant, so the Sun and the night
     // follow --time as well.
@@ -75,7 +78,8 @@ int RunMap(int argc, char** argv) {
         if (FileExists(path)) href = link ? path : ImageFileAsDataUri(path);
         if (href.empty())
             std::fprintf(stderr,
-                         "veloran-cli: no map image %s (install xplanet-images and rebuild, or give --maps DIR); "
+                         "veloran-cli: no map image %s (install xplanet-images and rebuild, or "
+                         "give --maps DIR); "
                          "drawing a plain sea\n",
                          path.c_str());
         return href;

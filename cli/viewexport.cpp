@@ -23,7 +23,8 @@ std::vector<std::string> SplitNames(const std::string& text) {
     size_t start = 0;
     while (start <= text.size()) {
         const size_t comma = text.find(',', start);
-        const std::string name = text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        const std::string name =
+            text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
         if (!name.empty()) names.push_back(name);
         if (comma == std::string::npos) break;
         start = comma + 1;
@@ -56,8 +57,9 @@ bool LoadScene(const Arguments& args, ViewScene* scene) {
         Fail("give at most one element-set FILE (try --help)");
         return false;
     }
-    const std::string file =
-        args.positional.empty() ? std::string(VELORAN_RESOURCE_DIR) + "/kepler.dat" : args.positional[0];
+    const std::string file = args.positional.empty()
+                                 ? std::string(VELORAN_RESOURCE_DIR) + "/kepler.dat"
+                                 : args.positional[0];
     if (!ParseSite(args, &scene->site) || !ParseTime(args, &scene->now)) return false;
     scene->sats.clear();
     if (!ReadElementFile(file, &scene->site, &scene->sats)) return false;

@@ -16,9 +16,9 @@ namespace veloran::cli {
 // values and next pass, which one is the main one, which are tracked.
 struct ViewScene {
     SiteRec site;
-    uint32_t now = 0;         // seconds since 1904
+    uint32_t now = 0;  // seconds since 1904
     std::vector<SatRec> sats;
-    int main = -1;            // index into sats, -1 when there is none
+    int main = -1;  // index into sats, -1 when there is none
 };
 
 // Refuses options outside `known` with a message.

@@ -65,8 +65,8 @@ struct DisplayItem {
     ItemKind kind = ItemKind::Stroke;
     Color color{0.0f, 0.0f, 0.0f, 1.0f};
     float lineWidth = 1.0f;  // Stroke
-    std::string cls;         // what the item shows ("night", "footprint", ...), for painters and tests
-    Path path;               // Stroke, Fill
+    std::string cls;  // what the item shows ("night", "footprint", ...), for painters and tests
+    Path path;        // Stroke, Fill
     RectF rect{0, 0, 0, 0};  // Image, FillRect
     PointF point{0, 0};      // Text: lower left corner of the text
     int32_t colorCode = 1;   // Text: the label's colour code
@@ -81,7 +81,7 @@ struct DisplayList {
     std::vector<DisplayItem> items;     // in drawing order
     bool scrollToRect = false;          // bring `scrollRect` into view
     RectF scrollRect{0, 0, 0, 0};
-    bool centreOnPoint = false;         // centre the visible area on `centre`
+    bool centreOnPoint = false;  // centre the visible area on `centre`
     PointF centre{0, 0};
 
     void clear();
@@ -101,7 +101,7 @@ Color LabelColor(int32_t code);
 // Measures the width of a text in Helvetica at a size in points. The
 // application measures with its font metrics; the SVG writer estimates.
 class TextMeasure {
-public:
+  public:
     virtual ~TextMeasure() = default;
     // Width in pixels (one point is one pixel).
     virtual double textWidth(const std::string& text, double pointSize) const = 0;
@@ -110,7 +110,7 @@ public:
 // An estimate from Helvetica's published character widths (Adobe's font
 // metrics, 1/1000 em); any other character counts as wide as an 'n'.
 class HelveticaEstimate : public TextMeasure {
-public:
+  public:
     double textWidth(const std::string& text, double pointSize) const override;
 };
 

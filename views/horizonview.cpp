@@ -90,8 +90,10 @@ void drawSat(horizon_view* view, const SatRec* sat, double minElevDegs) {
     label.color = color;
     label.name = sat->name;
     const double width = Measure(view).textWidth(label.name, kHorizonLabelFontSize);
-    label.point.x = static_cast<float>(x0 + sat->secondsToMAXE / kHorizonSecondsPerPixel - width / 2.0);
-    label.point.y = static_cast<float>(std::fmin(k * sat->maxElevation + y0, y0 + h - kLabelTopMargin));
+    label.point.x =
+        static_cast<float>(x0 + sat->secondsToMAXE / kHorizonSecondsPerPixel - width / 2.0);
+    label.point.y =
+        static_cast<float>(std::fmin(k * sat->maxElevation + y0, y0 + h - kLabelTopMargin));
     view->sat_labels.push_back(std::move(label));
 }
 
@@ -150,7 +152,8 @@ void drawRect(horizon_view* view, DisplayList* out) {
     AddShape(out, &view->graySat, kGrayStyle, "pass low");
     AddShape(out, &view->blueSat, kBlueStyle, "pass mid");
     AddShape(out, &view->orangeSat, kOrangeStyle, "pass high");
-    for (const MDLabel& label : view->sat_labels) out->addLabel(label, kHorizonLabelFontSize, "label");
+    for (const MDLabel& label : view->sat_labels)
+        out->addLabel(label, kHorizonLabelFontSize, "label");
     view->lightgraySat.clear();
     view->graySat.clear();
     view->blueSat.clear();

@@ -32,7 +32,9 @@ bool Usable(const map_2D_view* view) {
     return view->mFrameWidth > 0 && view->mFrameWidth <= kMaxMapFrameWidth;
 }
 
-double Reduce360(double x) { return x - 360.0 * std::floor(x / 360.0); }
+double Reduce360(double x) {
+    return x - 360.0 * std::floor(x / 360.0);
+}
 
 // Sub-solar (or, half a day on, anti-solar) longitude in degrees from the
 // western map edge, from the Sun's right ascension and the sidereal time.
@@ -59,11 +61,16 @@ void initWithFrame(map_2D_view* view, const TextMeasure* measure) {
 
 std::string MapImageName(int32_t width) {
     switch (width) {
-        case 1024: return "map_1024.jpg";
-        case 2048: return "map_2048.jpg";
-        case 4096: return "map_4096.jpg";
-        case 8192: return "map_8192.jpg";
-        default: return "";
+        case 1024:
+            return "map_1024.jpg";
+        case 2048:
+            return "map_2048.jpg";
+        case 4096:
+            return "map_4096.jpg";
+        case 8192:
+            return "map_8192.jpg";
+        default:
+            return "";
     }
 }
 
@@ -77,7 +84,9 @@ void setMapWidth(map_2D_view* view, int32_t width, RectF rect, bool scroll) {
     }
 }
 
-void setFollowSat(map_2D_view* view, bool follow) { view->followSat = follow; }
+void setFollowSat(map_2D_view* view, bool follow) {
+    view->followSat = follow;
+}
 
 PointF LonLatRadsToPoint(double lonRads, double latRads, double scale) {
     const double L = lonRads / kRadPerDegree;
@@ -93,10 +102,13 @@ void drawCross(Path* path, float x, float y, float halfSize) {
     path->lineTo(x, y + halfSize);
 }
 
-void constructMarkerPath(Path* path, PointF point) { drawCross(path, point.x, point.y, kCrossHalfSize); }
+void constructMarkerPath(Path* path, PointF point) {
+    drawCross(path, point.x, point.y, kCrossHalfSize);
+}
 
 bool pointsWithinRange(PointF previous, PointF current, float halfSide) {
-    return std::fabs(previous.x - current.x) <= halfSide && std::fabs(previous.y - current.y) <= halfSide;
+    return std::fabs(previous.x - current.x) <= halfSide &&
+           std::fabs(previous.y - current.y) <= halfSide;
 }
 
 void constructCoverageCirclePath(Path* path, const SatRec* sat, const map_2D_view* view) {
@@ -121,8 +133,10 @@ void constructCoverageCirclePath(Path* path, const SatRec* sat, const map_2D_vie
         const double lat = std::asin(cosPhi * sinBeta * cosTheta + sinPhi * cosBeta);
         const PointF p{static_cast<float>(std::round((180.0 - lon / kRadPerDegree) * scale)),
                        static_cast<float>(std::round(scale * (lat / kRadPerDegree + 90.0)))};
-        if (i > 0 && pointsWithinRange(previous, p, halfSide)) path->lineTo(p.x, p.y);
-        else path->moveTo(p.x, p.y);
+        if (i > 0 && pointsWithinRange(previous, p, halfSide))
+            path->lineTo(p.x, p.y);
+        else
+            path->moveTo(p.x, p.y);
         previous = p;
     }
 }
@@ -145,7 +159,8 @@ void drawSatPath(map_2D_view* view, const SatRec* sat, bool isMain) {
     if (!std::isfinite(sat->subSatPtLatitudeRads) || !std::isfinite(sat->subSatPtLongitudeRads) ||
         !std::isfinite(sat->satAltitude))
         return;
-    const PointF point = LonLatRadsToPoint(sat->subSatPtLongitudeRads, sat->subSatPtLatitudeRads, view->mScale);
+    const PointF point =
+        LonLatRadsToPoint(sat->subSatPtLongitudeRads, sat->subSatPtLatitudeRads, view->mScale);
     if (isMain) {
         constructCoverageCirclePath(&view->mainSatPath, sat, view);
         constructMarkerPath(&view->mainMarkerPath, point);
@@ -161,7 +176,8 @@ void drawSatPath(map_2D_view* view, const SatRec* sat, bool isMain) {
     }
 }
 
-void drawGroundTrack(map_2D_view* view, double epoch, const SatRec* sat, const SiteRec* site, bool show) {
+void drawGroundTrack(map_2D_view* view, double epoch, const SatRec* sat, const SiteRec* site,
+                     bool show) {
     (void)show;
     if (site != nullptr) view->mSite = *site;
     if (sat == nullptr || !Usable(view) || !std::isfinite(epoch)) return;
@@ -207,7 +223,8 @@ void drawGroundTrack(map_2D_view* view, double epoch, const SatRec* sat, const S
     }
 }
 
-void drawSiteCross(map_2D_view* view, double siteLatRads, double siteLonRads, int32_t deadSpotState, bool flip) {
+void drawSiteCross(map_2D_view* view, double siteLatRads, double siteLonRads, int32_t deadSpotState,
+                   bool flip) {
     view->flipped = flip;
     if (!Usable(view) || !std::isfinite(siteLatRads) || !std::isfinite(siteLonRads)) return;
     const PointF p = LonLatRadsToPoint(siteLonRads, siteLatRads, view->mScale);
@@ -248,8 +265,8 @@ void xSpan(Path* path, int row, int start, int width, int mapWidth) {
     }
 }
 
-void moveTerm(Path* path, const int16_t* table, const int16_t* oldTable, int rows, int mapWidth, int centre,
-              int oldCentre) {
+void moveTerm(Path* path, const int16_t* table, const int16_t* oldTable, int rows, int mapWidth,
+              int centre, int oldCentre) {
     // The table is filled for the anti-solar declination, so its rows run
     // from the northern edge: entry i is the half-width of the night on map
     // row rows - 1 - i. Read from the southern edge instead, the summer pole
@@ -328,7 +345,8 @@ void drawRect(map_2D_view* view, uint32_t realNowSecs, DisplayList* out) {
     out->addStroke(&view->grid, kGridColor, kGridLineWidth, "grid");
 
     if (!view->secondary_sats.empty()) {
-        for (Path& circle : view->secondary_sats) out->addStroke(&circle, kOtherSatColor, 1.0f, "footprint");
+        for (Path& circle : view->secondary_sats)
+            out->addStroke(&circle, kOtherSatColor, 1.0f, "footprint");
         view->secondary_sats.clear();
         out->addStroke(&view->secondaryMarkerPath, kOtherSatColor, 1.0f, "marker");
     }
@@ -338,8 +356,9 @@ void drawRect(map_2D_view* view, uint32_t realNowSecs, DisplayList* out) {
     out->addStroke(&view->mainMarkerPath, mainColor, 1.0f, "marker main");
     out->addStroke(&view->mainSatGroundTrackPath, kGroundTrackColor, 1.0f, "track");
 
-    out->addStroke(&view->siteMarkerPath, view->showDeadSpot && view->flipped ? kSiteFlippedColor : kSiteColor,
-                   1.0f, "site");
+    out->addStroke(&view->siteMarkerPath,
+                   view->showDeadSpot && view->flipped ? kSiteFlippedColor : kSiteColor, 1.0f,
+                   "site");
 
     for (const MDLabel& label : view->sat_labels) out->addLabel(label, kMapLabelFontSize, "label");
     view->sat_labels.clear();

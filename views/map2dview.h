@@ -28,32 +28,32 @@ constexpr float kCrossHalfSize = 5.0f;      // pixels
 constexpr int32_t kMaxMapFrameWidth = 16384;
 
 struct map_2D_view {
-    Path sunPath;                 // the night spans, one line per pixel row
-    Path mainSatPath;             // main satellite's coverage circle
-    Path mainMarkerPath;          // main satellite's cross
-    Path siteMarkerPath;          // site cross and dead-spot line
-    Path secondaryMarkerPath;     // crosses of the other tracked satellites
-    Path mainSatGroundTrackPath;  // main satellite's ground track
-    Path sunSubSatPath;           // sub-solar cross
-    Path grid;                    // 30-degree grid
-    PointF sitePoint{0, 0};       // site, view pixels
-    PointF satPoint{0, 0};        // main sub-satellite point, view pixels
-    RectF scrollRect{0, 0, 0, 0}; // area to scroll to at the next draw
+    Path sunPath;                  // the night spans, one line per pixel row
+    Path mainSatPath;              // main satellite's coverage circle
+    Path mainMarkerPath;           // main satellite's cross
+    Path siteMarkerPath;           // site cross and dead-spot line
+    Path secondaryMarkerPath;      // crosses of the other tracked satellites
+    Path mainSatGroundTrackPath;   // main satellite's ground track
+    Path sunSubSatPath;            // sub-solar cross
+    Path grid;                     // 30-degree grid
+    PointF sitePoint{0, 0};        // site, view pixels
+    PointF satPoint{0, 0};         // main sub-satellite point, view pixels
+    RectF scrollRect{0, 0, 0, 0};  // area to scroll to at the next draw
     bool needsScroll = false;
-    SiteRec mSite{};              // copy of the site record, refreshed by drawGroundTrack
-    std::string mapImage;         // resource name of the loaded map image; empty when none
-    int32_t mFrameWidth = 0;      // map width, pixels
-    double mScale = 0.0;          // pixels per degree
+    SiteRec mSite{};          // copy of the site record, refreshed by drawGroundTrack
+    std::string mapImage;     // resource name of the loaded map image; empty when none
+    int32_t mFrameWidth = 0;  // map width, pixels
+    double mScale = 0.0;      // pixels per degree
     bool showDeadSpot = false;
-    bool flipped = false;         // the rotor works flipped over the dead spot
-    bool followSat = false;       // keep the main satellite centred
-    bool visible = false;         // the main satellite is above the horizon
+    bool flipped = false;    // the rotor works flipped over the dead spot
+    bool followSat = false;  // keep the main satellite centred
+    bool visible = false;    // the main satellite is above the horizon
     std::vector<MDLabel> sat_labels;
     std::vector<Path> secondary_sats;  // coverage circles of the other satellites
 
     const TextMeasure* measure = nullptr;  // label widths; the Helvetica estimate when null
-    std::unique_ptr<SatRec> trackScratch;   // propagation copy for the ground track
-    std::vector<int16_t> illum, oldIllum;   // terminator tables of the night drawing
+    std::unique_ptr<SatRec> trackScratch;  // propagation copy for the ground track
+    std::vector<int16_t> illum, oldIllum;  // terminator tables of the night drawing
 };
 
 // A fresh view: empty paths and labels, no map image, not following.
@@ -77,11 +77,13 @@ void drawSatPath(map_2D_view* view, const SatRec* sat, bool isMain);
 // day below one revolution a day) from `epoch` (epoch day, the tick's
 // virtual time). The record itself is not changed. `show` is what the tick
 // passes (always true); it does not change the track.
-void drawGroundTrack(map_2D_view* view, double epoch, const SatRec* sat, const SiteRec* site, bool show);
+void drawGroundTrack(map_2D_view* view, double epoch, const SatRec* sat, const SiteRec* site,
+                     bool show);
 
 // Adds the site's cross (radians, longitude west positive) and, for
 // dead-spot state 1 or 2, the line to the southern or northern edge.
-void drawSiteCross(map_2D_view* view, double siteLatRads, double siteLonRads, int32_t deadSpotState, bool flip);
+void drawSiteCross(map_2D_view* view, double siteLatRads, double siteLonRads, int32_t deadSpotState,
+                   bool flip);
 
 // Turns the view's state into `out` (cleared first) and clears what the
 // tick fed in. The Sun and the night follow `realNowSecs` (seconds since
@@ -105,8 +107,8 @@ bool pointsWithinRange(PointF previous, PointF current, float halfSide);
 // Adds the night span of every row whose table entry is non-negative and
 // differs from `oldTable` (or every such row when the centre moved), centred
 // on column `centre`.
-void moveTerm(Path* path, const int16_t* table, const int16_t* oldTable, int rows, int mapWidth, int centre,
-              int oldCentre);
+void moveTerm(Path* path, const int16_t* table, const int16_t* oldTable, int rows, int mapWidth,
+              int centre, int oldCentre);
 // One row's span from `start` for `width` pixels, wrapped at the map's right edge.
 void xSpan(Path* path, int row, int start, int width, int mapWidth);
 

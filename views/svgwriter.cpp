@@ -40,15 +40,27 @@ void AppendAttribute(std::string* out, const char* name, double value) {
 void AppendEscaped(std::string* out, const std::string& text) {
     for (unsigned char c : text) {
         switch (c) {
-            case '&': out->append("&amp;"); break;
-            case '<': out->append("&lt;"); break;
-            case '>': out->append("&gt;"); break;
-            case '"': out->append("&quot;"); break;
-            case '\'': out->append("&apos;"); break;
+            case '&':
+                out->append("&amp;");
+                break;
+            case '<':
+                out->append("&lt;");
+                break;
+            case '>':
+                out->append("&gt;");
+                break;
+            case '"':
+                out->append("&quot;");
+                break;
+            case '\'':
+                out->append("&apos;");
+                break;
             default:
                 // Control characters are not allowed in XML 1.0 text.
-                if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') out->push_back('?');
-                else out->push_back(static_cast<char>(c));
+                if (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
+                    out->push_back('?');
+                else
+                    out->push_back(static_cast<char>(c));
         }
     }
 }
@@ -121,7 +133,8 @@ void AppendRect(std::string* out, const RectF& r, double height) {
     AppendAttribute(out, "height", std::fmax(0.0, r.height));
 }
 
-void AppendItem(std::string* out, const DisplayItem& item, double height, const SvgImageResolver& resolve) {
+void AppendItem(std::string* out, const DisplayItem& item, double height,
+                const SvgImageResolver& resolve) {
     switch (item.kind) {
         case ItemKind::Image: {
             const std::string href = resolve ? resolve(item.text) : std::string();
@@ -195,7 +208,8 @@ std::string WriteSvg(const DisplayList& list, const SvgImageResolver& resolve) {
     out.reserve(4096 + list.items.size() * 256);
     const double height = list.height;
     out.append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
-    out.append("<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\"");
+    out.append(
+        "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\"");
     AppendAttribute(&out, "width", list.width);
     AppendAttribute(&out, "height", list.height);
     out.append(" viewBox=\"0 0 ");
@@ -227,7 +241,8 @@ std::string ImageFileAsDataUri(const std::string& path) {
     size_t i = 0;
     for (; i + 2 < bytes.size(); i += 3) {
         const uint32_t v = (static_cast<unsigned char>(bytes[i]) << 16) |
-                           (static_cast<unsigned char>(bytes[i + 1]) << 8) | static_cast<unsigned char>(bytes[i + 2]);
+                           (static_cast<unsigned char>(bytes[i + 1]) << 8) |
+                           static_cast<unsigned char>(bytes[i + 2]);
         out.push_back(kBase64[(v >> 18) & 63]);
         out.push_back(kBase64[(v >> 12) & 63]);
         out.push_back(kBase64[(v >> 6) & 63]);

@@ -1,13 +1,14 @@
 // Horizon timeline: colour classes, where a pass starts, the peak labels,
 // the grid and the minimum-elevation line.
 
+#include "views/horizonview.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <cstring>
 
 #include "tests/views/viewtestutil.h"
-#include "views/horizonview.h"
 
 namespace veloran {
 namespace {
@@ -16,7 +17,7 @@ using testing::ItemsOfClass;
 using testing::MakeSat;
 
 class FixedMeasure : public TextMeasure {
-public:
+  public:
     double textWidth(const std::string&, double) const override { return 30.0; }
 };
 
@@ -35,7 +36,7 @@ void SetPass(SatRec* sat, uint32_t secondsToAOS, int samples, double peak) {
 }
 
 class HorizonTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override { initWithFrame(&view, RectF{0, 0, 2410, 182}, &measure); }
     FixedMeasure measure;
     horizon_view view;
@@ -50,7 +51,7 @@ TEST_F(HorizonTest, ColourClassesByMaximumElevation) {
     };
     // The boundaries belong to the higher class: exactly 30 is blue, exactly 60 red.
     const Case cases[] = {
-        {29.9, true, "pass low", 1},  {30.0, true, "pass mid", 2},  {59.9, true, "pass mid", 2},
+        {29.9, true, "pass low", 1},  {30.0, true, "pass mid", 2},     {59.9, true, "pass mid", 2},
         {60.0, true, "pass high", 3}, {85.0, false, "pass nopass", 0},
     };
     for (const Case& c : cases) {
@@ -160,8 +161,8 @@ TEST_F(HorizonTest, GridMinuteMarksAndMinimumElevationLine) {
     ASSERT_EQ(minutes.size(), 16u);
     EXPECT_EQ(minutes[0]->text, "000");
     EXPECT_EQ(minutes[15]->text, "450");
-    EXPECT_FLOAT_EQ(minutes[1]->point.x, 152.0f);   // 30 minutes * 5 + 2
-    EXPECT_FLOAT_EQ(minutes[1]->point.y, 166.0f);   // 16 below the top
+    EXPECT_FLOAT_EQ(minutes[1]->point.x, 152.0f);  // 30 minutes * 5 + 2
+    EXPECT_FLOAT_EQ(minutes[1]->point.y, 166.0f);  // 16 below the top
     const auto green = ItemsOfClass(list, "minelevation");
     ASSERT_EQ(green.size(), 1u);
     EXPECT_FLOAT_EQ(green[0]->color.g, 1.0f);

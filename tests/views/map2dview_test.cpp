@@ -1,6 +1,8 @@
 // World map builders: projection, coverage circles, ground track, dead-spot
 // lines, night shading and Sun, drawing order and what a draw consumes.
 
+#include "views/map2dview.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,7 +11,6 @@
 #include "engine/orbit.h"
 #include "engine/timebase.h"
 #include "tests/views/viewtestutil.h"
-#include "views/map2dview.h"
 
 namespace veloran {
 namespace {
@@ -24,12 +25,12 @@ constexpr double kDeg = 0.017453292519943295;
 
 // A text measure that makes every label 40 pixels wide.
 class FixedMeasure : public TextMeasure {
-public:
+  public:
     double textWidth(const std::string&, double) const override { return 40.0; }
 };
 
 class MapTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         initWithFrame(&view, &measure);
         setMapWidth(&view, 1024, RectF{0, 0, 0, 0}, false);
@@ -188,7 +189,9 @@ TEST_F(MapTest, MainSatelliteIsBlueOutOfView) {
 
 // Track steps: each point after the first is one line segment, and the
 // step is (1/1440 day) / pixels-per-degree, starting three steps in.
-int TrackSteps(const map_2D_view& view) { return CountOps(view.mainSatGroundTrackPath, PathOp::Line); }
+int TrackSteps(const map_2D_view& view) {
+    return CountOps(view.mainSatGroundTrackPath, PathOp::Line);
+}
 
 TEST_F(MapTest, GroundTrackSpansOneOrbit) {
     auto leo = MakeSat("LEO", 15.0, 51.6);
@@ -226,7 +229,8 @@ TEST_F(MapTest, GroundTrackFollowsThePropagatedOrbitAndLeavesTheRecordAlone) {
     const double step = (1.0 / 1440.0) / view.mScale;
     auto probe = MakeSat("LEO", 15.0, 51.6, 40.0, 10.0);
     OneShot(probe.get(), epoch + 10 * step);
-    const PointF expected = LonLatRadsToPoint(probe->subSatPtLongitudeRads, probe->subSatPtLatitudeRads, view.mScale);
+    const PointF expected =
+        LonLatRadsToPoint(probe->subSatPtLongitudeRads, probe->subSatPtLatitudeRads, view.mScale);
     int seen = 0;
     bool found = false;
     const auto& pts = view.mainSatGroundTrackPath.points;
@@ -317,7 +321,8 @@ TEST_F(MapTest, NightAtTheJuneSolstice) {
     auto row = [scale](double lat) { return static_cast<float>(std::round((lat + 90.0) * scale)); };
     // Midnight sun in the Arctic, polar night in the Antarctic.
     for (double lat : {70.0, 80.0, 89.0}) EXPECT_EQ(DarkPixels(*night[0], row(lat)), 0) << lat;
-    for (double lat : {-70.0, -80.0, -89.0}) EXPECT_EQ(DarkPixels(*night[0], row(lat)), 1024) << lat;
+    for (double lat : {-70.0, -80.0, -89.0})
+        EXPECT_EQ(DarkPixels(*night[0], row(lat)), 1024) << lat;
     // Elsewhere the night's width is the hour angle of sunset:
     // cos H0 = -tan(lat) tan(dec), night = 360 - 2 H0 degrees. The terminator
     // is traced in 1.8-degree steps and joined by straight lines, which near
@@ -413,10 +418,9 @@ TEST_F(MapTest, DrawOrderAndWhatADrawConsumes) {
     drawRect(&view, Utc(2026, 11, 21, 12, 0), &list);
     std::vector<std::string> order;
     for (const DisplayItem& item : list.items) order.push_back(item.cls);
-    const std::vector<std::string> expected{"map",           "sun",         "night", "grid",
-                                            "footprint",     "marker",      "footprint main",
-                                            "marker main",   "track",       "site",
-                                            "label",         "label"};
+    const std::vector<std::string> expected{"map",       "sun",    "night",          "grid",
+                                            "footprint", "marker", "footprint main", "marker main",
+                                            "track",     "site",   "label",          "label"};
     EXPECT_EQ(order, expected);
     const auto grid = ItemsOfClass(list, "grid");
     EXPECT_EQ(grid[0]->path.points.size(), (7u + 13u) * 2u);
@@ -460,7 +464,7 @@ TEST_F(MapTest, ImagesForTheFourZoomWidthsOnly) {
     drawSatPath(&view, main.get(), true);
     DisplayList list;
     drawRect(&view, Utc(2026, 11, 21, 12, 0), &list);
-    EXPECT_TRUE(list.items.empty());  // no image: nothing is drawn
+    EXPECT_TRUE(list.items.empty());       // no image: nothing is drawn
     EXPECT_TRUE(view.sat_labels.empty());  // and the tick's paths do not pile up
     EXPECT_TRUE(view.mainSatPath.empty());
 

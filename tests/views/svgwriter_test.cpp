@@ -1,6 +1,8 @@
 // SVG output: one map and one timeline written as test artefacts and read
 // back, numbers with '.' under a comma locale, escaping, images.
 
+#include "views/svgwriter.h"
+
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -12,7 +14,6 @@
 #include "tests/views/viewtestutil.h"
 #include "views/horizonview.h"
 #include "views/map2dview.h"
-#include "views/svgwriter.h"
 
 namespace veloran {
 namespace {
@@ -76,7 +77,8 @@ TEST(SvgExport, HorizonWrittenAndReadBack) {
         sat->secondsToMAXE = sat->secondsToAOS + 300;
         sat->maxElevation = 20.0 * (i + 1);
         sat->passElevCounter = 50;
-        for (int k = 0; k < 50; ++k) sat->passElev[k] = static_cast<uint8_t>(sat->maxElevation * (k < 25 ? k : 49 - k) / 25);
+        for (int k = 0; k < 50; ++k)
+            sat->passElev[k] = static_cast<uint8_t>(sat->maxElevation * (k < 25 ? k : 49 - k) / 25);
         drawSat(&view, sat.get(), 5.0);
     }
     DisplayList list;
@@ -108,7 +110,8 @@ TEST(SvgExport, FlipsYAndPlacesTextAtItsBaseline) {
     list.addLabel(label, 10.0f, "label");
     const std::string svg = WriteSvg(list, nullptr);
     EXPECT_NE(svg.find("d=\"M10 50 L20 0\""), std::string::npos) << svg;
-    EXPECT_NE(svg.find("stroke=\"#ff0000\" stroke-opacity=\"0.5\" stroke-width=\"2\""), std::string::npos);
+    EXPECT_NE(svg.find("stroke=\"#ff0000\" stroke-opacity=\"0.5\" stroke-width=\"2\""),
+              std::string::npos);
     // Lower left corner at y = 10 up: baseline 2.2 higher (Helvetica's descender), 37.8 down.
     EXPECT_NE(svg.find("x=\"5\" y=\"37.8\""), std::string::npos) << svg;
     EXPECT_NE(svg.find("fill=\"#0000ff\">SO-50</text>"), std::string::npos);
@@ -127,7 +130,8 @@ TEST(SvgExport, SpansCoverWholePixelCells) {
     list.addSpans(&spans, Color{0, 0, 0, 0.6f}, "night");
     const std::string svg = WriteSvg(list, nullptr);
     EXPECT_NE(svg.find("d=\"M2 9h3v1h-3Z M0 0h1v1h-1Z\""), std::string::npos) << svg;
-    EXPECT_NE(svg.find("fill=\"#000000\" fill-opacity=\"0.6\" stroke=\"none\""), std::string::npos) << svg;
+    EXPECT_NE(svg.find("fill=\"#000000\" fill-opacity=\"0.6\" stroke=\"none\""), std::string::npos)
+        << svg;
 }
 
 TEST(SvgExport, DecimalPointUnderACommaLocale) {

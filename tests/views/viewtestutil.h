@@ -54,7 +54,8 @@ inline int CountOps(const Path& path, PathOp op) {
     return n;
 }
 
-inline std::vector<const DisplayItem*> ItemsOfClass(const DisplayList& list, const std::string& cls) {
+inline std::vector<const DisplayItem*> ItemsOfClass(const DisplayList& list,
+                                                    const std::string& cls) {
     std::vector<const DisplayItem*> out;
     for (const DisplayItem& item : list.items)
         if (item.cls == cls) out.push_back(&item);
@@ -62,8 +63,13 @@ inline std::vector<const DisplayItem*> ItemsOfClass(const DisplayList& list, con
 }
 
 inline uint32_t Utc(int year, int month, int day, int hour, int minute) {
-    DateTimeRec d{static_cast<int16_t>(year), static_cast<int16_t>(month), static_cast<int16_t>(day),
-                  static_cast<int16_t>(hour), static_cast<int16_t>(minute), 0, 1};
+    DateTimeRec d{static_cast<int16_t>(year),
+                  static_cast<int16_t>(month),
+                  static_cast<int16_t>(day),
+                  static_cast<int16_t>(hour),
+                  static_cast<int16_t>(minute),
+                  0,
+                  1};
     return QFDateToSeconds(&d);
 }
 
@@ -97,12 +103,14 @@ inline XmlSummary ParseXml(const std::string& xml) {
     bool sawRoot = false;
     while (i < xml.size()) {
         if (xml[i] != '<') {
-            if (open.empty() && !isspace(static_cast<unsigned char>(xml[i]))) return fail("text outside the root");
+            if (open.empty() && !isspace(static_cast<unsigned char>(xml[i])))
+                return fail("text outside the root");
             if (xml[i] == '&') {
                 const size_t semi = xml.find(';', i);
                 if (semi == std::string::npos) return fail("bad entity");
                 const std::string ent = xml.substr(i, semi - i + 1);
-                if (ent != "&amp;" && ent != "&lt;" && ent != "&gt;" && ent != "&quot;" && ent != "&apos;")
+                if (ent != "&amp;" && ent != "&lt;" && ent != "&gt;" && ent != "&quot;" &&
+                    ent != "&apos;")
                     return fail("unknown entity " + ent);
             }
             ++i;
@@ -113,7 +121,8 @@ inline XmlSummary ParseXml(const std::string& xml) {
         std::string tag = xml.substr(i + 1, end - i - 1);
         i = end + 1;
         if (!tag.empty() && tag[0] == '/') {
-            if (open.empty() || open.back() != tag.substr(1)) return fail("mismatched </" + tag.substr(1) + ">");
+            if (open.empty() || open.back() != tag.substr(1))
+                return fail("mismatched </" + tag.substr(1) + ">");
             open.pop_back();
             continue;
         }
@@ -135,7 +144,8 @@ inline XmlSummary ParseXml(const std::string& xml) {
                 return fail("unquoted attribute in <" + name + ">");
             const size_t close = tag.find('"', eq + 2);
             if (close == std::string::npos) return fail("unterminated attribute in <" + name + ">");
-            const std::string attr = tag.substr(a, eq - a), value = tag.substr(eq + 2, close - eq - 2);
+            const std::string attr = tag.substr(a, eq - a),
+                              value = tag.substr(eq + 2, close - eq - 2);
             if (value.find('<') != std::string::npos) return fail("'<' in an attribute");
             if (attr == "class") cls = value;
             a = close + 1;

@@ -71,7 +71,8 @@ bool WriteJpeg(const std::string& path, const Image& image, int quality) {
     jpeg_start_compress(&cinfo, TRUE);
     std::vector<unsigned char> row(static_cast<size_t>(image.width) * 3);
     while (cinfo.next_scanline < cinfo.image_height) {
-        const unsigned char* src = &image.rgb[static_cast<size_t>(cinfo.next_scanline) * image.width * 3];
+        const unsigned char* src =
+            &image.rgb[static_cast<size_t>(cinfo.next_scanline) * image.width * 3];
         row.assign(src, src + row.size());
         JSAMPROW p = row.data();
         jpeg_write_scanlines(&cinfo, &p, 1);
@@ -88,7 +89,8 @@ Image Resample(const Image& src, int width, int height) {
     out.width = width;
     out.height = height;
     out.rgb.resize(static_cast<size_t>(width) * height * 3);
-    const double sx = static_cast<double>(src.width) / width, sy = static_cast<double>(src.height) / height;
+    const double sx = static_cast<double>(src.width) / width,
+                 sy = static_cast<double>(src.height) / height;
     auto at = [&src](int x, int y, int c) {
         x = ((x % src.width) + src.width) % src.width;
         y = y < 0 ? 0 : (y >= src.height ? src.height - 1 : y);
@@ -106,13 +108,14 @@ Image Resample(const Image& src, int width, int height) {
                     value /= static_cast<double>((x1 - x0) * (y1 - y0));
                 } else {
                     const double fx = (x + 0.5) * sx - 0.5, fy = (y + 0.5) * sy - 0.5;
-                    const int ix = static_cast<int>(std::floor(fx)), iy = static_cast<int>(std::floor(fy));
+                    const int ix = static_cast<int>(std::floor(fx)),
+                              iy = static_cast<int>(std::floor(fy));
                     const double ax = fx - ix, ay = fy - iy;
                     value = (1 - ay) * ((1 - ax) * at(ix, iy, c) + ax * at(ix + 1, iy, c)) +
                             ay * ((1 - ax) * at(ix, iy + 1, c) + ax * at(ix + 1, iy + 1, c));
                 }
-                out.rgb[(static_cast<size_t>(y) * width + x) * 3 + c] =
-                    static_cast<unsigned char>(std::lround(std::fmin(255.0, std::fmax(0.0, value))));
+                out.rgb[(static_cast<size_t>(y) * width + x) * 3 + c] = static_cast<unsigned char>(
+                    std::lround(std::fmin(255.0, std::fmax(0.0, value))));
             }
         }
     }
@@ -129,13 +132,13 @@ int main(int argc, char** argv) {
     Image source;
     if (!ReadJpeg(argv[1], &source)) return 1;
     if (source.width != 2 * source.height || source.width < 360) {
-        std::fprintf(stderr, "make_map_images: %s is %dx%d, not an equirectangular world map (2:1)\n", argv[1],
-                     source.width, source.height);
+        std::fprintf(stderr,
+                     "make_map_images: %s is %dx%d, not an equirectangular world map (2:1)\n",
+                     argv[1], source.width, source.height);
         return 1;
     }
     for (int width : {1024, 2048, 4096, 8192}) {
-        const Image image =
-            width == source.width ? source : Resample(source, width, width / 2);
+        const Image image = width == source.width ? source : Resample(source, width, width / 2);
         const std::string path = std::string(argv[2]) + "/map_" + std::to_string(width) + ".jpg";
         if (!WriteJpeg(path, image, width >= 4096 ? 85 : 90)) return 1;
     }
