@@ -2,7 +2,7 @@
 // footprints, crosses and names of the tracked satellites, the main
 // satellite's ground track, the night side, the Sun and the site.
 
-#include <strings.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <string>
@@ -23,6 +23,23 @@ bool FileExists(const std::string& path) {
     if (f == nullptr) return false;
     std::fclose(f);
     return true;
+}
+
+// Where the map image lies: --maps DIR; else the build tree's folder; else
+// share/veloran/maps beside an installed veloran-cli.
+std::string MapImagePath(const Arguments& args, const std::string& name) {
+    if (args.has("--maps")) return args.value("--maps") + "/" + name;
+    const std::string built = std::string(VELORAN_MAP_DIR) + "/" + name;
+    if (FileExists(built)) return built;
+    char exe[4096];
+    const ssize_t n = readlink("/proc/self/exe", exe, sizeof exe - 1);
+    if (n > 0) {
+        std::string dir(exe, static_cast<size_t>(n));
+        dir = dir.substr(0, dir.find_last_of('/'));
+        const std::string installed = dir + "/../share/veloran/maps/" + name;
+        if (FileExists(installed)) return installed;
+    }
+    return built;
 }
 
 }  // namespace
@@ -50,6 +67,9 @@ int RunMap(int argc, char** argv) {
     map_2D_view view;
     initWithFrame(&view, &measure);
     setMapWidth(&view, static_cast<int32_t>(width), RectF{0, 0, 0, 0}, false);
+    // The footprints use the site height of the previous tick; here there
+    // is no previous tick, so start from the site given.
+    view.mSite = scene.site;
     // The order of the program's tick: other satellites, the main one, its
     // track, the site.
     const double epoch = EpochTime(scene.now);
@@ -70,17 +90,15 @@ int RunMap(int argc, char** argv) {
     DisplayList list;
     drawRect(&view, scene.now, &list);
 
-    const std::string dir = args.value("--maps", VELORAN_MAP_DIR);
     const bool link = args.has("--link-image");
     const std::string svg = WriteSvg(list, [&](const std::string& name) {
-        const std::string path = dir + "/" + name;
+        const std::string path = MapImagePath(args, name);
         std::string href;
         if (FileExists(path)) href = link ? path : ImageFileAsDataUri(path);
         if (href.empty())
             std::fprintf(stderr,
-                         "veloran-cli: no map image %s (install xplanet-images and rebuild, or "
-                         "give --maps DIR); "
-                         "drawing a plain sea\n",
+                         "veloran-cli: no map image %s (install xplanet-images and rebuild, "
+                         "or give --maps DIR); drawing a plain sea\n",
                          path.c_str());
         return href;
     });
