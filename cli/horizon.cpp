@@ -27,8 +27,13 @@ int RunHorizon(int argc, char** argv) {
     HelveticaEstimate measure;
     horizon_view view;
     initWithFrame(&view, RectF{0, 0, kHorizonDefaultWidth, kHorizonDefaultHeight}, &measure);
-    for (const SatRec& s : scene.sats)
-        if (s.tracked) drawSat(&view, &s, scene.site.siteMinElevDegs);
+    // --sat shows that satellite alone, as in look and passes.
+    const bool onlyMain = args.has("--sat");
+    for (size_t i = 0; i < scene.sats.size(); ++i) {
+        const bool shown =
+            onlyMain ? static_cast<int>(i) == scene.main : scene.sats[i].tracked != 0;
+        if (shown) drawSat(&view, &scene.sats[i], scene.site.siteMinElevDegs);
+    }
     DisplayList list;
     drawRect(&view, &list);
     return WriteOutput(args, WriteSvg(list, nullptr));

@@ -27,8 +27,8 @@ const Command kCommands[] = {
      "      [--time UTC] [--site LAT,LON,ALT_M] [--dead-spot 0|1|2] [--maps DIR] [--link-image]\n"
      "      the world map as SVG: footprints, ground track of the main satellite, night, Sun, site"},
     {"horizon", veloran::cli::RunHorizon,
-     "horizon [FILE] [--out SVG] [--track NAME,...|all|none] [--time UTC] [--site LAT,LON,ALT_M]\n"
-     "      [--min-elev DEG]\n"
+     "horizon [FILE] [--out SVG] [--sat NAME | --track NAME,...|all|none] [--time UTC]\n"
+     "      [--site LAT,LON,ALT_M] [--min-elev DEG]\n"
      "      the next eight hours of passes as SVG, coloured by maximum elevation"},
 };
 
