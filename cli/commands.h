@@ -6,5 +6,7 @@ namespace veloran::cli {
 
 int RunLook(int argc, char** argv);
 int RunPasses(int argc, char** argv);
+int RunMap(int argc, char** argv);
+int RunHorizon(int argc, char** argv);
 
 }  // namespace veloran::cli

@@ -22,6 +22,14 @@ const Command kCommands[] = {
     {"passes", veloran::cli::RunPasses,
      "passes FILE [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME]\n"
      "      the passes of the next H hours (default 24): AOS, maximum elevation, LOS"},
+    {"map", veloran::cli::RunMap,
+     "map [FILE] [--out SVG] [--width 1024|2048|4096|8192] [--sat NAME] [--track NAME,...|all|none]\n"
+     "      [--time UTC] [--site LAT,LON,ALT_M] [--dead-spot 0|1|2] [--maps DIR] [--link-image]\n"
+     "      the world map as SVG: footprints, ground track of the main satellite, night, Sun, site"},
+    {"horizon", veloran::cli::RunHorizon,
+     "horizon [FILE] [--out SVG] [--sat NAME | --track NAME,...|all|none] [--time UTC]\n"
+     "      [--site LAT,LON,ALT_M] [--min-elev DEG]\n"
+     "      the next eight hours of passes as SVG, coloured by maximum elevation"},
 };
 
 void PrintHelp(FILE* out) {

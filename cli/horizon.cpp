@@ -1,0 +1,42 @@
+// veloran-cli horizon: the eight-hour pass timeline of the tracked
+// satellites as an SVG file.
+
+#include <string>
+
+#include "cli/commands.h"
+#include "cli/options.h"
+#include "cli/viewexport.h"
+#include "views/horizonview.h"
+#include "views/svgwriter.h"
+
+namespace veloran::cli {
+
+int RunHorizon(int argc, char** argv) {
+    Arguments args;
+    if (!ParseArguments(argc, argv, {}, &args)) return kUsageError;
+    if (!CheckOptions(args, {"--out", "--sat", "--track", "--time", "--site", "--min-elev"}))
+        return kUsageError;
+    double minElev = 0;
+    if (!ParseNumber(args, "--min-elev", 0, &minElev)) return kUsageError;
+    if (minElev < 0 || minElev > 90) return Fail("--min-elev must lie between 0 and 90 degrees");
+
+    ViewScene scene;
+    if (!LoadScene(args, &scene)) return kUsageError;
+    scene.site.siteMinElevDegs = minElev;
+
+    HelveticaEstimate measure;
+    horizon_view view;
+    initWithFrame(&view, RectF{0, 0, kHorizonDefaultWidth, kHorizonDefaultHeight}, &measure);
+    // --sat shows that satellite alone, as in look and passes.
+    const bool onlyMain = args.has("--sat");
+    for (size_t i = 0; i < scene.sats.size(); ++i) {
+        const bool shown =
+            onlyMain ? static_cast<int>(i) == scene.main : scene.sats[i].tracked != 0;
+        if (shown) drawSat(&view, &scene.sats[i], scene.site.siteMinElevDegs);
+    }
+    DisplayList list;
+    drawRect(&view, &list);
+    return WriteOutput(args, WriteSvg(list, nullptr));
+}
+
+}  // namespace veloran::cli
