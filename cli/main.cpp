@@ -22,6 +22,10 @@ const Command kCommands[] = {
     {"passes", veloran::cli::RunPasses,
      "passes FILE [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME]\n"
      "      the passes of the next H hours (default 24): AOS, maximum elevation, LOS"},
+    {"rotor", veloran::cli::RunRotor,
+     "rotor --type INDEX --port PATH [--baud INDEX] [--debug] [--read] AZ EL\n"
+     "      points the rotor controller of type INDEX (0-11) at AZ/EL degrees;\n"
+     "      --debug shows the traffic, --read prints the position read back"},
 };
 
 void PrintHelp(FILE* out) {
