@@ -2,6 +2,8 @@
 // path, so that an operator can check the wiring, the controller type and the
 // offsets before a pass.
 
+#include "rotor/rotor.h"
+
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -11,7 +13,6 @@
 #include "cli/commands.h"
 #include "cli/options.h"
 #include "radio/serial.h"
-#include "rotor/rotor.h"
 
 namespace veloran::cli {
 
@@ -29,12 +30,13 @@ bool PositionalNumber(const std::string& text, const char* what, double* out) {
     return true;
 }
 
-bool WholeNumber(const Arguments& args, const std::string& name, double fallback, int lowest, int highest,
-                 int* out) {
+bool WholeNumber(const Arguments& args, const std::string& name, double fallback, int lowest,
+                 int highest, int* out) {
     double v = 0.0;
     if (!ParseNumber(args, name, fallback, &v)) return false;
     if (v != std::floor(v) || v < lowest || v > highest) {
-        Fail(name + " wants a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest));
+        Fail(name + " wants a whole number from " + std::to_string(lowest) + " to " +
+             std::to_string(highest));
         return false;
     }
     *out = static_cast<int>(v);
@@ -46,9 +48,11 @@ bool WholeNumber(const Arguments& args, const std::string& name, double fallback
 int RunRotor(int argc, char** argv) {
     Arguments args;
     if (!ParseArguments(argc, argv, {"--debug", "--read"}, &args)) return kUsageError;
-    if (!args.has("--type")) return Fail("rotor needs --type INDEX (0 to " + std::to_string(kRotorCount - 1) + ")");
+    if (!args.has("--type"))
+        return Fail("rotor needs --type INDEX (0 to " + std::to_string(kRotorCount - 1) + ")");
     if (!args.has("--port")) return Fail("rotor needs --port PATH");
-    if (args.positional.size() != 2) return Fail("rotor needs an azimuth and an elevation, in degrees");
+    if (args.positional.size() != 2)
+        return Fail("rotor needs an azimuth and an elevation, in degrees");
     int type = 0;
     int baud = 5;  // 9600 bit/s
     if (!WholeNumber(args, "--type", 0, 0, kRotorCount - 1, &type)) return kUsageError;
@@ -65,7 +69,8 @@ int RunRotor(int argc, char** argv) {
         std::fprintf(stderr, "veloran-cli: cannot open rotor port %s\n", port.c_str());
         return 1;
     }
-    std::printf("%s on %s at %d bit/s\n", rotorName(type), port.c_str(), kBaudTable[baud].bitsPerSecond);
+    std::printf("%s on %s at %d bit/s\n", rotorName(type), port.c_str(),
+                kBaudTable[baud].bitsPerSecond);
     startRotorDriver(type, fd, debug);
     SendAzEl(type, fd, azimuth, elevation, debug);
     std::printf("sent azimuth %ld elevation %ld%s\n", std::lround(azimuth), std::lround(elevation),
@@ -77,10 +82,11 @@ int RunRotor(int argc, char** argv) {
         if (GetAzEl(type, fd, &az, &el, debug)) {
             std::printf("read back azimuth %.0f elevation %.0f\n", az, el);
         } else {
-            std::printf("no position read back%s\n",
-                        (type == kRotorGS232 || type == kRotorGS232Translated || type == kRotorAlphaSpid)
-                            ? ": the controller did not answer"
-                            : ": this controller cannot report its position");
+            std::printf(
+                "no position read back%s\n",
+                (type == kRotorGS232 || type == kRotorGS232Translated || type == kRotorAlphaSpid)
+                    ? ": the controller did not answer"
+                    : ": this controller cannot report its position");
             status = 1;
         }
     }

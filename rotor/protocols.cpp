@@ -62,7 +62,8 @@ bool sEasyCommSent = false;
 // characters written (no terminator), 0 when they do not fit.
 int appendFixed(char* out, size_t size, double value, int decimals, int width) {
     char digits[64];
-    const auto result = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, decimals);
+    const auto result =
+        std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, decimals);
     if (result.ec != std::errc()) return 0;
     int length = static_cast<int>(result.ptr - digits);
     const bool negative = digits[0] == '-';
@@ -124,7 +125,8 @@ int readPosition(int fd, double* azimuth, double* elevation, bool debug) {
     discardInput(fd, debug);
     sendRadioCommand(fd, kPositionQuery, kPositionQueryLength, debug);
     unsigned char reply[kPositionReplyLength + 1];
-    const int count = readRadioResponse(fd, reply, kPositionReplyLength, kPositionReplyTicks, debug);
+    const int count =
+        readRadioResponse(fd, reply, kPositionReplyLength, kPositionReplyTicks, debug);
     return ParsePositionReply(reply, count, azimuth, elevation);
 }
 
@@ -203,7 +205,8 @@ int BuildPTPacket(unsigned char* out, size_t size, int azimuth, int elevation) {
     text[n++] = 'D';
     text[n++] = 'L';
     n += appendFixed(text + n, sizeof text - static_cast<size_t>(n), kPTDownlinkMHz, 6, 11);
-    if (n + static_cast<int>(sizeof kPTTrailer) != kPTTextLength) return 0;  // angles wider than 3 digits
+    if (n + static_cast<int>(sizeof kPTTrailer) != kPTTextLength)
+        return 0;  // angles wider than 3 digits
     std::memcpy(out, text, static_cast<size_t>(n));
     std::memcpy(out + n, kPTTrailer, sizeof kPTTrailer);
     out[kPTTextLength] = PTChecksum(out);
@@ -224,18 +227,21 @@ int ParsePositionReply(const unsigned char* reply, int count, double* azimuth, d
 
 int AzElGS232(int fd, int azimuth, int elevation, bool debug) {
     char frame[kRotorFrameSize];
-    return sendFrame(fd, frame, FormatGS232Position(frame, sizeof frame, azimuth, elevation), debug);
+    return sendFrame(fd, frame, FormatGS232Position(frame, sizeof frame, azimuth, elevation),
+                     debug);
 }
 
 int AzElAlphaSpid(int fd, int azimuth, int elevation, bool debug) {
     // The SPID controller is driven in its GS-232 emulation.
     char frame[kRotorFrameSize];
-    return sendFrame(fd, frame, FormatGS232Position(frame, sizeof frame, azimuth, elevation), debug);
+    return sendFrame(fd, frame, FormatGS232Position(frame, sizeof frame, azimuth, elevation),
+                     debug);
 }
 
 int AzElAutoTracker(int fd, int azimuth, int elevation, bool debug) {
     char frame[kRotorFrameSize];
-    return sendFrame(fd, frame, FormatAutoTrackerPosition(frame, sizeof frame, azimuth, elevation), debug);
+    return sendFrame(fd, frame, FormatAutoTrackerPosition(frame, sizeof frame, azimuth, elevation),
+                     debug);
 }
 
 int AzElEasyComRotor(int fd, double azimuth, double elevation, bool debug) {
@@ -245,7 +251,8 @@ int AzElEasyComRotor(int fd, double azimuth, double elevation, bool debug) {
     const double el = std::clamp(elevation, 0.0, 180.0);
     const double az = std::clamp(azimuth, 0.0, 360.0);
     char frame[kRotorFrameSize];
-    const int result = sendFrame(fd, frame, FormatEasyCommPosition(frame, sizeof frame, az, el), debug);
+    const int result =
+        sendFrame(fd, frame, FormatEasyCommPosition(frame, sizeof frame, az, el), debug);
     sLastTicks = now;
     sEasyCommSent = true;
     return result;
@@ -272,7 +279,8 @@ int AzElSARtek(int fd, int azimuth, int /*elevation*/, bool debug) {
 
 int AzElSatEL(int fd, int azimuth, int elevation, bool debug) {
     char frame[kRotorFrameSize];
-    return sendFrame(fd, frame, FormatSatELPosition(frame, sizeof frame, azimuth, elevation), debug);
+    return sendFrame(fd, frame, FormatSatELPosition(frame, sizeof frame, azimuth, elevation),
+                     debug);
 }
 
 int AzElDCU1(int fd, int azimuth, int elevation, bool debug) {
@@ -316,9 +324,13 @@ void StartATVFO(int fd, bool debug) {
     sendAndCollect(fd, ending, 1, debug);
 }
 
-void StartSatEL(int fd, bool debug) { sendControl(fd, kSatELGo, debug); }
+void StartSatEL(int fd, bool debug) {
+    sendControl(fd, kSatELGo, debug);
+}
 
-void StopSatEL(int fd, bool debug) { sendControl(fd, kSatELStop, debug); }
+void StopSatEL(int fd, bool debug) {
+    sendControl(fd, kSatELStop, debug);
+}
 
 int GetAzElGS232(int fd, double* azimuth, double* elevation, bool debug) {
     return readPosition(fd, azimuth, elevation, debug);

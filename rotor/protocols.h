@@ -21,10 +21,13 @@ constexpr int kPositionReplyLength = 12;
 // Frame builders. Each writes at most `size` bytes (terminated when room is
 // left) and returns the frame's length, or 0 when it does not fit. Numbers use
 // '.' as the decimal point whatever the locale.
-int FormatGS232Position(char* out, size_t size, int azimuth, int elevation);        // "W%03d %03d\r"
-int FormatAutoTrackerPosition(char* out, size_t size, int azimuth, int elevation);  // "A:%03d,E:%03d\r"
-int FormatEasyCommPosition(char* out, size_t size, double azimuth, double elevation);  // "AZ%.1f EL%.1f\r"
-int FormatKLMPosition(char* out, size_t size, int azimuth, int elevation);  // "PC%03d %03d\r", elevation first
+int FormatGS232Position(char* out, size_t size, int azimuth, int elevation);  // "W%03d %03d\r"
+int FormatAutoTrackerPosition(char* out, size_t size, int azimuth,
+                              int elevation);  // "A:%03d,E:%03d\r"
+int FormatEasyCommPosition(char* out, size_t size, double azimuth,
+                           double elevation);  // "AZ%.1f EL%.1f\r"
+int FormatKLMPosition(char* out, size_t size, int azimuth,
+                      int elevation);  // "PC%03d %03d\r", elevation first
 int FormatSatELPosition(char* out, size_t size, int azimuth, int elevation);  // "P%d %d\r"
 int FormatDCU1Position(char* out, size_t size, int azimuth, int elevation);   // "AP1%03d %03d;\r"
 // "P" and the position byte azimuth x 255 / 360, the azimuth first held in 2..358.

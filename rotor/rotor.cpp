@@ -33,9 +33,11 @@ struct RotorRow {
 
 const RotorRow kRotors[kRotorCount] = {
     {"Yaesu GS-232", true, false, AzElGS232, nullptr, GetAzElGS232, nullptr, nullptr},
-    {"Yaesu GS-232 (translated azimuth)", true, true, AzElGS232, nullptr, GetAzElGS232, nullptr, nullptr},
+    {"Yaesu GS-232 (translated azimuth)", true, true, AzElGS232, nullptr, GetAzElGS232, nullptr,
+     nullptr},
     {"AutoTracker", true, false, AzElAutoTracker, nullptr, nullptr, StartATVFO, nullptr},
-    {"AutoTracker (radio and rotor)", true, false, AzElAutoTracker, nullptr, nullptr, StartATVFO, nullptr},
+    {"AutoTracker (radio and rotor)", true, false, AzElAutoTracker, nullptr, nullptr, StartATVFO,
+     nullptr},
     {"EasyComm", true, false, nullptr, AzElEasyComRotor, nullptr, nullptr, nullptr},
     {"EasyComm II", true, false, nullptr, AzElEasyComRotor, nullptr, nullptr, nullptr},
     {"KLM", true, false, AzElKLM, nullptr, nullptr, nullptr, nullptr},
@@ -46,7 +48,9 @@ const RotorRow kRotors[kRotorCount] = {
     {"PT", true, false, AzElPT, nullptr, nullptr, nullptr, nullptr},
 };
 
-const RotorRow* rowFor(int index) { return (index >= 0 && index < kRotorCount) ? &kRotors[index] : nullptr; }
+const RotorRow* rowFor(int index) {
+    return (index >= 0 && index < kRotorCount) ? &kRotors[index] : nullptr;
+}
 
 // The last pair sent, whole degrees, before clamping. INT_MIN: nothing sent
 // yet, so that a first target of 0/0 (a park position) still goes out.

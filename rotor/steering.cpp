@@ -20,14 +20,16 @@ constexpr int kElevationControlZenith = 90;    // v <= 90: elevation v + 90
 constexpr int kElevationControlHorizon = 270;  // v >= 270: elevation v - 270
 
 const PortNameRecord* portAt(const PortNameRecord* ports, int index) {
-    if (!ports || index < 0 || index >= kMaxSerialPorts || ports[index].bsdPath[0] == 0) return nullptr;
+    if (!ports || index < 0 || index >= kMaxSerialPorts || ports[index].bsdPath[0] == 0)
+        return nullptr;
     return &ports[index];
 }
 
 void panelLine(char* out, size_t size, const char* label, double value) {
     if (!out || size == 0) return;
     char number[64];
-    const auto result = std::to_chars(number, number + sizeof number - 1, value, std::chars_format::fixed, 2);
+    const auto result =
+        std::to_chars(number, number + sizeof number - 1, value, std::chars_format::fixed, 2);
     *result.ptr = 0;
     std::snprintf(out, size, "%s%s", label, result.ec == std::errc() ? number : "");
 }
@@ -70,8 +72,8 @@ int steerRotor(SiteRec* site, const SatRec* sat, bool oneMinuteWarning) {
     return SendAzEl(site->rotor, site->rotorPortFileDescriptor, az, el, site->debug != 0);
 }
 
-void moveRotorByHand(SiteRec* site, bool manual, int azimuthControl, int elevationControl, const SatRec* sat,
-                     bool oneMinuteWarning, RotorUi* ui) {
+void moveRotorByHand(SiteRec* site, bool manual, int azimuthControl, int elevationControl,
+                     const SatRec* sat, bool oneMinuteWarning, RotorUi* ui) {
     if (!site) return;
     site->rotor_manual = manual ? 1 : 0;
     if (ui) ui->storeBool("rotor_manual", manual);
@@ -90,7 +92,8 @@ void moveRotorByHand(SiteRec* site, bool manual, int azimuthControl, int elevati
         if (ui) ui->setElevationControl(kElevationControlHorizon);
     }
     if (site->rotor_enabled) {
-        SendAzEl(site->rotor, site->rotorPortFileDescriptor, site->rotor_az, site->rotor_el, site->debug != 0);
+        SendAzEl(site->rotor, site->rotorPortFileDescriptor, site->rotor_az, site->rotor_el,
+                 site->debug != 0);
     }
 }
 
@@ -118,7 +121,8 @@ int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, Ro
             site->rotorPortFileDescriptor = -1;
             if (ui) ui->setRotorChecked(false);
         } else {
-            site->rotorPortFileDescriptor = openSerialPort(port->bsdPath, site->rotorBaud, site->radio, debug);
+            site->rotorPortFileDescriptor =
+                openSerialPort(port->bsdPath, site->rotorBaud, site->radio, debug);
             if (site->rotorPortFileDescriptor != -1) {
                 if (debug) std::fprintf(stderr, "Serial port %s open.\n", port->userName);
                 site->rotor_enabled = 1;
@@ -136,8 +140,8 @@ int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, Ro
     return open;
 }
 
-void rotorPanelTexts(const SiteRec* site, char* azimuthText, size_t azimuthSize, char* elevationText,
-                     size_t elevationSize) {
+void rotorPanelTexts(const SiteRec* site, char* azimuthText, size_t azimuthSize,
+                     char* elevationText, size_t elevationSize) {
     if (!site) return;
     panelLine(azimuthText, azimuthSize, "Azimuth: ", site->rotor_az);
     panelLine(elevationText, elevationSize, "Elevation: ", site->rotor_el);

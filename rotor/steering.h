@@ -43,8 +43,8 @@ bool rotorFlipped(const SiteRec* site);
 // an elevation control below the horizon (strictly between 90 and 270) is
 // refused with a beep, rotor_el becomes 0 and the control goes back to 270;
 // the angles are then sent without offsets when the rotor is enabled.
-void moveRotorByHand(SiteRec* site, bool manual, int azimuthControl, int elevationControl, const SatRec* sat,
-                     bool oneMinuteWarning, RotorUi* ui);
+void moveRotorByHand(SiteRec* site, bool manual, int azimuthControl, int elevationControl,
+                     const SatRec* sat, bool oneMinuteWarning, RotorUi* ui);
 
 // The rotor check box changed to `checked` (openCloseRotor:). Off: stops the
 // driver and closes the port. On: closes a port already open, then opens the
@@ -55,8 +55,8 @@ int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, Ro
 
 // "Azimuth: %0.2f" and "Elevation: %0.2f" of rotor_az and rotor_el, with '.'
 // as the decimal point.
-void rotorPanelTexts(const SiteRec* site, char* azimuthText, size_t azimuthSize, char* elevationText,
-                     size_t elevationSize);
+void rotorPanelTexts(const SiteRec* site, char* azimuthText, size_t azimuthSize,
+                     char* elevationText, size_t elevationSize);
 // updateRotorPanel: the two texts into the panel.
 void showRotorPanel(const SiteRec* site, RotorUi* ui);
 

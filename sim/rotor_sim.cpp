@@ -34,10 +34,14 @@ struct NameRow {
     RotorProtocol protocol;
 };
 constexpr NameRow kNames[] = {
-    {"gs232", RotorProtocol::kGS232},   {"autotracker", RotorProtocol::kAutoTracker},
-    {"easycomm", RotorProtocol::kEasyComm}, {"klm", RotorProtocol::kKLM},
-    {"sartek", RotorProtocol::kSARtek}, {"satel", RotorProtocol::kSatEL},
-    {"dcu1", RotorProtocol::kDCU1},     {"spid", RotorProtocol::kSpid},
+    {"gs232", RotorProtocol::kGS232},
+    {"autotracker", RotorProtocol::kAutoTracker},
+    {"easycomm", RotorProtocol::kEasyComm},
+    {"klm", RotorProtocol::kKLM},
+    {"sartek", RotorProtocol::kSARtek},
+    {"satel", RotorProtocol::kSatEL},
+    {"dcu1", RotorProtocol::kDCU1},
+    {"spid", RotorProtocol::kSpid},
     {"pt", RotorProtocol::kPT},
 };
 
@@ -46,7 +50,9 @@ double steadySeconds() {
     return duration<double>(steady_clock::now().time_since_epoch()).count();
 }
 
-double now(RotorSim* sim) { return sim->clock ? sim->clock() : steadySeconds(); }
+double now(RotorSim* sim) {
+    return sim->clock ? sim->clock() : steadySeconds();
+}
 
 double towards(double from, double to, double step) {
     if (std::fabs(to - from) <= step) return to;
@@ -192,8 +198,9 @@ void ptPacket(RotorSim* sim, const std::string& packet) {
     int az = 0;
     int el = 0;
     if (static_cast<unsigned char>(packet[kPTPacketLength - 1]) != kPTEnd ||
-        static_cast<unsigned char>(packet[kPTChecksumAt]) != sum || packet.compare(1, 2, "AZ") != 0 ||
-        !digitsAt(packet, 3, 3, &az) || packet.compare(6, 2, "EL") != 0 || !digitsAt(packet, 8, 3, &el)) {
+        static_cast<unsigned char>(packet[kPTChecksumAt]) != sum ||
+        packet.compare(1, 2, "AZ") != 0 || !digitsAt(packet, 3, 3, &az) ||
+        packet.compare(6, 2, "EL") != 0 || !digitsAt(packet, 8, 3, &el)) {
         ++sim->badPackets;
         return;
     }
@@ -265,7 +272,9 @@ bool RotorProtocolFromName(const std::string& name, RotorProtocol* out) {
     return false;
 }
 
-const char* RotorProtocolNames() { return "gs232|autotracker|easycomm|klm|sartek|satel|dcu1|spid|pt"; }
+const char* RotorProtocolNames() {
+    return "gs232|autotracker|easycomm|klm|sartek|satel|dcu1|spid|pt";
+}
 
 bool OpenRotorSim(RotorSim* sim, RotorProtocol protocol, double degreesPerSecond, double azimuth,
                   double elevation) {
@@ -273,7 +282,8 @@ bool OpenRotorSim(RotorSim* sim, RotorProtocol protocol, double degreesPerSecond
     const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0) return false;
     char path[sizeof sim->slavePath];
-    if (::grantpt(master) != 0 || ::unlockpt(master) != 0 || ::ptsname_r(master, path, sizeof path) != 0) {
+    if (::grantpt(master) != 0 || ::unlockpt(master) != 0 ||
+        ::ptsname_r(master, path, sizeof path) != 0) {
         ::close(master);
         return false;
     }
@@ -344,8 +354,9 @@ void StopRotorSimThread(RotorSim* sim) {
 RotorSimState RotorSimSnapshot(RotorSim* sim) {
     std::lock_guard<std::mutex> lock(sim->mutex);
     move(sim, now(sim));
-    return {sim->commandedAzimuth, sim->commandedElevation, sim->currentAzimuth, sim->currentElevation,
-            sim->received, sim->sent, sim->commands, sim->controls, sim->badPackets};
+    return {sim->commandedAzimuth, sim->commandedElevation, sim->currentAzimuth,
+            sim->currentElevation, sim->received,           sim->sent,
+            sim->commands,         sim->controls,           sim->badPackets};
 }
 
 bool WaitForRotorSimBytes(RotorSim* sim, size_t count, int timeoutMs) {
@@ -356,8 +367,10 @@ bool WaitForRotorSimBytes(RotorSim* sim, size_t count, int timeoutMs) {
             if (sim->received.size() >= count) return true;
         }
         if (std::chrono::steady_clock::now() >= deadline) return false;
-        if (sim->running.load()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        else ServeRotorSim(sim, 5);
+        if (sim->running.load())
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        else
+            ServeRotorSim(sim, 5);
     }
 }
 

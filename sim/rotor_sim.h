@@ -58,8 +58,8 @@ struct RotorSim {
     // Seconds on the simulator's clock; a test may install a virtual clock.
     std::function<double()> clock;
 
-    int master = -1;       // our side of the pseudo-terminal
-    int slave = -1;        // held open so the device never hangs up between users
+    int master = -1;            // our side of the pseudo-terminal
+    int slave = -1;             // held open so the device never hangs up between users
     char slavePath[128] = {0};  // the device path a program opens
 
     std::mutex mutex;  // guards everything below against the serving thread
@@ -78,8 +78,8 @@ struct RotorSim {
 
 // Creates the pseudo-terminal and puts the rotor at rest at (azimuth,
 // elevation). False, with nothing open, when no pseudo-terminal is available.
-bool OpenRotorSim(RotorSim* sim, RotorProtocol protocol, double degreesPerSecond, double azimuth = 0.0,
-                  double elevation = 0.0);
+bool OpenRotorSim(RotorSim* sim, RotorProtocol protocol, double degreesPerSecond,
+                  double azimuth = 0.0, double elevation = 0.0);
 // Stops the serving thread and closes both sides.
 void CloseRotorSim(RotorSim* sim);
 

@@ -71,8 +71,10 @@ int RunRotorSimulator(int argc, char** argv) {
         for (; shownControls < s.controls.size(); ++shownControls) {
             std::printf("other \"%s\"\n", s.controls[shownControls].c_str());
         }
-        const bool still = s.currentAzimuth == s.commandedAzimuth && s.currentElevation == s.commandedElevation;
-        if (still && !atRest) std::printf("reached az %.1f el %.1f\n", s.currentAzimuth, s.currentElevation);
+        const bool still =
+            s.currentAzimuth == s.commandedAzimuth && s.currentElevation == s.commandedElevation;
+        if (still && !atRest)
+            std::printf("reached az %.1f el %.1f\n", s.currentAzimuth, s.currentElevation);
         atRest = still;
         std::fflush(stdout);
     }

@@ -77,10 +77,12 @@ TEST_F(CliRotor, ReadBackOnAControllerThatCannotReport) {
 TEST(CliRotorMistakes, ClearMessages) {
     CliRun run = Cli("--type 0 --port /nonexistent/ttyUSB7 1 2");
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.out.find("cannot open rotor port /nonexistent/ttyUSB7"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("cannot open rotor port /nonexistent/ttyUSB7"), std::string::npos)
+        << run.out;
     run = Cli("--type 12 --port /dev/null 1 2");
     EXPECT_EQ(run.status, 2);
-    EXPECT_NE(run.out.find("--type wants a whole number from 0 to 11"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("--type wants a whole number from 0 to 11"), std::string::npos)
+        << run.out;
     run = Cli("--type 0 --port /dev/null north 2");
     EXPECT_EQ(run.status, 2);
     EXPECT_NE(run.out.find("AZ wants a number"), std::string::npos) << run.out;

@@ -44,7 +44,9 @@ class SimulatedRotor {
     void setSeconds(double s) { seconds_ = s; }
     sim::RotorSim* sim() { return &rotor_; }
     // Waits until `bytes` more bytes than `before` have arrived.
-    bool heard(size_t before, size_t bytes) { return sim::WaitForRotorSimBytes(&rotor_, before + bytes, 2000); }
+    bool heard(size_t before, size_t bytes) {
+        return sim::WaitForRotorSimBytes(&rotor_, before + bytes, 2000);
+    }
 
   private:
     std::atomic<double> seconds_{0.0};
@@ -56,11 +58,13 @@ struct SimCase {
     const char* name;
     int rotor;
     RotorProtocol protocol;
-    double azimuth, elevation;          // sent
-    double simAzimuth, simElevation;    // understood
+    double azimuth, elevation;        // sent
+    double simAzimuth, simElevation;  // understood
 };
 
-void PrintTo(const SimCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const SimCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class AgainstSimulator : public ::testing::TestWithParam<SimCase> {};
 
@@ -88,18 +92,17 @@ TEST_P(AgainstSimulator, ControllerUnderstandsThePosition) {
 
 INSTANTIATE_TEST_SUITE_P(
     EveryController, AgainstSimulator,
-    ::testing::Values(
-        SimCase{"GS232", 0, RotorProtocol::kGS232, 120.4, 30.4, 120, 30},
-        SimCase{"GS232Translated", 1, RotorProtocol::kGS232, 90, 30, 240, 30},
-        SimCase{"AutoTracker", 2, RotorProtocol::kAutoTracker, 7, 89, 7, 89},
-        SimCase{"EasyComm", 4, RotorProtocol::kEasyComm, 120.44, 30.06, 120.4, 30.1},
-        SimCase{"KLM", 6, RotorProtocol::kKLM, 120, 30, 120, 30},
-        SimCase{"SARtek", 7, RotorProtocol::kSARtek, 180, 30, 127 * 360.0 / 255.0, 0},
-        SimCase{"SatEL", 8, RotorProtocol::kSatEL, 5, 7, 5, 7},
-        // The DCU-1 bearing field carries the elevation argument.
-        SimCase{"DCU1", 9, RotorProtocol::kDCU1, 123, 45, 45, 0},
-        SimCase{"Spid", 10, RotorProtocol::kSpid, 359, 90, 359, 90},
-        SimCase{"PT", 11, RotorProtocol::kPT, 200, 60, 200, 60}),
+    ::testing::Values(SimCase{"GS232", 0, RotorProtocol::kGS232, 120.4, 30.4, 120, 30},
+                      SimCase{"GS232Translated", 1, RotorProtocol::kGS232, 90, 30, 240, 30},
+                      SimCase{"AutoTracker", 2, RotorProtocol::kAutoTracker, 7, 89, 7, 89},
+                      SimCase{"EasyComm", 4, RotorProtocol::kEasyComm, 120.44, 30.06, 120.4, 30.1},
+                      SimCase{"KLM", 6, RotorProtocol::kKLM, 120, 30, 120, 30},
+                      SimCase{"SARtek", 7, RotorProtocol::kSARtek, 180, 30, 127 * 360.0 / 255.0, 0},
+                      SimCase{"SatEL", 8, RotorProtocol::kSatEL, 5, 7, 5, 7},
+                      // The DCU-1 bearing field carries the elevation argument.
+                      SimCase{"DCU1", 9, RotorProtocol::kDCU1, 123, 45, 45, 0},
+                      SimCase{"Spid", 10, RotorProtocol::kSpid, 359, 90, 359, 90},
+                      SimCase{"PT", 11, RotorProtocol::kPT, 200, 60, 200, 60}),
     [](const ::testing::TestParamInfo<SimCase>& p) { return std::string(p.param.name); });
 
 TEST(SimulatedRotor, ReadBackShowsTheRotorLaggingBehindItsCommand) {
@@ -134,7 +137,8 @@ class OverheadPass : public ::testing::Test {
         sunCalcTask(secs, sun.get(), nullptr, &site);
         // As a satellite in rotation, so that the record keeps its own in-view
         // flag (the visibility check keeps the main satellite's).
-        SatelliteCalculationsV(EpochTime(secs), kSatelliteSearchSpan, rec, &site, 0, secs, sun.get());
+        SatelliteCalculationsV(EpochTime(secs), kSatelliteSearchSpan, rec, &site, 0, secs,
+                               sun.get());
     }
 
     // The first pass after `from` higher than 40 degrees whose track runs

@@ -29,7 +29,9 @@ struct WireCase {
     std::string bytes;
 };
 
-void PrintTo(const WireCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const WireCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class RotorWire : public ::testing::TestWithParam<WireCase> {
   protected:
@@ -48,34 +50,34 @@ TEST_P(RotorWire, SendsExactlyTheseBytes) {
 
 INSTANTIATE_TEST_SUITE_P(
     EveryController, RotorWire,
-    ::testing::Values(
-        WireCase{"GS232", 0, 120.4, 30.4, "W120 030\r"},
-        WireCase{"GS232HalvesAwayFromZero", 0, 120.5, 29.5, "W121 030\r"},
-        WireCase{"GS232AzimuthAboveRange", 0, 361.0, 45.0, "W360 045\r"},
-        WireCase{"GS232ElevationBelowHorizon", 0, 10.0, -3.0, "W010 000\r"},
-        WireCase{"GS232NegativeHalfIsMinusOne", 0, -0.5, 200.0, "W000 180\r"},
-        WireCase{"GS232TranslatedNorth", 1, 0.0, 10.0, "W180 010\r"},
-        WireCase{"GS232TranslatedWest", 1, 270.0, 10.0, "W360 010\r"},
-        WireCase{"GS232TranslatedPastWest", 1, 271.0, 10.0, "W001 010\r"},
-        WireCase{"GS232TranslatedFullCircle", 1, 360.0, 10.0, "W060 010\r"},
-        WireCase{"AutoTracker", 2, 7.0, 89.6, "A:007,E:090\r"},
-        WireCase{"AutoTrackerSecond", 3, 359.0, 0.0, "A:359,E:000\r"},
-        WireCase{"EasyCommOneDecimal", 4, 120.44, 30.06, "AZ120.4 EL30.1\r"},
-        WireCase{"EasyCommSecond", 5, 5.0, 0.25, "AZ5.0 EL0.2\r"},
-        WireCase{"EasyCommClampsUnrounded", 4, 361.3, -3.0, "AZ360.0 EL0.0\r"},
-        WireCase{"KLMElevationFirstThenDriveAndPosition", 6, 120.0, 30.0, "PC030 120\rD\rP\r"},
-        WireCase{"SARtekNorthHeldAtTwo", 7, 0.0, 50.0, "P\x01"s},
-        WireCase{"SARtekSouth", 7, 180.0, 50.0, "P\x7F"s},
-        WireCase{"SARtekNorthWestHeldAt358", 7, 359.0, 0.0, "P\xFD"s},
-        WireCase{"SatELNoZeroFilling", 8, 5.0, 7.0, "P5 7\r"},
-        WireCase{"DCU1CarriesElevationThenAzimuthAndMoves", 9, 123.0, 45.0,
-                 "AP1045 123;\rAM1;\r\0 123;\r"s},
-        WireCase{"AlfaSpid", 10, 120.0, 30.0, "W120 030\r"},
-        WireCase{"PTPacket", 11, 123.0, 45.0,
-                 "$AZ123EL045UL0145.000000DL0432.000000"s + kPTFixed + "\x42#"s},
-        WireCase{"PTPacketFarCorner", 11, 359.0, 90.0,
-                 "$AZ359EL090UL0145.000000DL0432.000000"s + kPTFixed + "\x45#"s},
-        WireCase{"IndexPastTheTableSendsNothing", 12, 120.0, 30.0, ""}),
+    ::testing::Values(WireCase{"GS232", 0, 120.4, 30.4, "W120 030\r"},
+                      WireCase{"GS232HalvesAwayFromZero", 0, 120.5, 29.5, "W121 030\r"},
+                      WireCase{"GS232AzimuthAboveRange", 0, 361.0, 45.0, "W360 045\r"},
+                      WireCase{"GS232ElevationBelowHorizon", 0, 10.0, -3.0, "W010 000\r"},
+                      WireCase{"GS232NegativeHalfIsMinusOne", 0, -0.5, 200.0, "W000 180\r"},
+                      WireCase{"GS232TranslatedNorth", 1, 0.0, 10.0, "W180 010\r"},
+                      WireCase{"GS232TranslatedWest", 1, 270.0, 10.0, "W360 010\r"},
+                      WireCase{"GS232TranslatedPastWest", 1, 271.0, 10.0, "W001 010\r"},
+                      WireCase{"GS232TranslatedFullCircle", 1, 360.0, 10.0, "W060 010\r"},
+                      WireCase{"AutoTracker", 2, 7.0, 89.6, "A:007,E:090\r"},
+                      WireCase{"AutoTrackerSecond", 3, 359.0, 0.0, "A:359,E:000\r"},
+                      WireCase{"EasyCommOneDecimal", 4, 120.44, 30.06, "AZ120.4 EL30.1\r"},
+                      WireCase{"EasyCommSecond", 5, 5.0, 0.25, "AZ5.0 EL0.2\r"},
+                      WireCase{"EasyCommClampsUnrounded", 4, 361.3, -3.0, "AZ360.0 EL0.0\r"},
+                      WireCase{"KLMElevationFirstThenDriveAndPosition", 6, 120.0, 30.0,
+                               "PC030 120\rD\rP\r"},
+                      WireCase{"SARtekNorthHeldAtTwo", 7, 0.0, 50.0, "P\x01"s},
+                      WireCase{"SARtekSouth", 7, 180.0, 50.0, "P\x7F"s},
+                      WireCase{"SARtekNorthWestHeldAt358", 7, 359.0, 0.0, "P\xFD"s},
+                      WireCase{"SatELNoZeroFilling", 8, 5.0, 7.0, "P5 7\r"},
+                      WireCase{"DCU1CarriesElevationThenAzimuthAndMoves", 9, 123.0, 45.0,
+                               "AP1045 123;\rAM1;\r\0 123;\r"s},
+                      WireCase{"AlfaSpid", 10, 120.0, 30.0, "W120 030\r"},
+                      WireCase{"PTPacket", 11, 123.0, 45.0,
+                               "$AZ123EL045UL0145.000000DL0432.000000"s + kPTFixed + "\x42#"s},
+                      WireCase{"PTPacketFarCorner", 11, 359.0, 90.0,
+                               "$AZ359EL090UL0145.000000DL0432.000000"s + kPTFixed + "\x45#"s},
+                      WireCase{"IndexPastTheTableSendsNothing", 12, 120.0, 30.0, ""}),
     [](const ::testing::TestParamInfo<WireCase>& p) { return std::string(p.param.name); });
 
 TEST(RotorTable, AzimuthOnlyControllersAreSARtekAndDCU1) {
@@ -187,19 +189,20 @@ TEST_P(RotorControl, StartAndStopBytes) {
     stopRotorDriver(GetParam().rotor, -1, false);
 }
 
-INSTANTIATE_TEST_SUITE_P(Controllers, RotorControl,
-                         ::testing::Values(ControlCase{"SatEL", 8, "G\r", "S\r"},
-                                           ControlCase{"AutoTracker", 2, "\r", ""},
-                                           ControlCase{"AutoTrackerSecond", 3, "\r", ""},
-                                           ControlCase{"GS232", 0, "", ""}, ControlCase{"EasyComm", 4, "", ""},
-                                           ControlCase{"DCU1", 9, "", ""}, ControlCase{"OutOfTable", 40, "", ""}),
-                         [](const ::testing::TestParamInfo<ControlCase>& p) {
-                             return std::string(p.param.name);
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Controllers, RotorControl,
+    ::testing::Values(ControlCase{"SatEL", 8, "G\r", "S\r"},
+                      ControlCase{"AutoTracker", 2, "\r", ""},
+                      ControlCase{"AutoTrackerSecond", 3, "\r", ""},
+                      ControlCase{"GS232", 0, "", ""}, ControlCase{"EasyComm", 4, "", ""},
+                      ControlCase{"DCU1", 9, "", ""}, ControlCase{"OutOfTable", 40, "", ""}),
+    [](const ::testing::TestParamInfo<ControlCase>& p) { return std::string(p.param.name); });
 
 // A clock the test moves by hand, behind the serial layer's seam.
 double gFakeMicroseconds = 0.0;
-double fakeMicroseconds() { return gFakeMicroseconds; }
+double fakeMicroseconds() {
+    return gFakeMicroseconds;
+}
 
 class EasyCommRateLimit : public RotorSendPath {
   protected:
@@ -235,7 +238,8 @@ class CommaLocale : public RotorSendPath {
   protected:
     void SetUp() override {
         RotorSendPath::SetUp();
-        if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) GTEST_SKIP() << "de_DE.UTF-8 locale not installed";
+        if (!std::setlocale(LC_ALL, "de_DE.UTF-8"))
+            GTEST_SKIP() << "de_DE.UTF-8 locale not installed";
     }
     void TearDown() override { std::setlocale(LC_ALL, "C"); }
 };
@@ -245,7 +249,8 @@ TEST_F(CommaLocale, EasyCommAndPTUseADecimalPoint) {
     EXPECT_EQ(line.take(), "AZ120.4 EL30.1\r");
     unsigned char packet[kPTPacketLength + 1];
     ASSERT_EQ(BuildPTPacket(packet, sizeof packet, 1, 2), kPTPacketLength);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(packet), 37), "$AZ001EL002UL0145.000000DL0432.000000");
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(packet), 37),
+              "$AZ001EL002UL0145.000000DL0432.000000");
 }
 
 TEST(PTPacket, ChecksumCoversEveryByteButTheDollar) {

@@ -21,7 +21,9 @@ struct ReplyCase {
     double azimuth, elevation;  // expected; -1/-1 means "left as they were"
 };
 
-void PrintTo(const ReplyCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const ReplyCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class PositionReadBack : public ::testing::TestWithParam<ReplyCase> {};
 
@@ -50,7 +52,8 @@ INSTANTIATE_TEST_SUITE_P(
         ReplyCase{"Short", 0, "+0123+004", 0, -1.0, -1.0},
         ReplyCase{"Silent", 0, "", 0, -1.0, -1.0},
         ReplyCase{"GarbageOfTheRightLength", 0, "AZ=123 EL=45", 0, -1.0, -1.0},
-        ReplyCase{"BinaryNoise", 10, "\xFF\x00\x13\x11\x0D\x0A\xFE\x01\x02\x03\x04\x05"s, 0, -1.0, -1.0}),
+        ReplyCase{"BinaryNoise", 10, "\xFF\x00\x13\x11\x0D\x0A\xFE\x01\x02\x03\x04\x05"s, 0, -1.0,
+                  -1.0}),
     [](const ::testing::TestParamInfo<ReplyCase>& p) { return std::string(p.param.name); });
 
 TEST(PositionReadBack, ControllersWithoutReadBackSendNothing) {

@@ -124,7 +124,9 @@ struct FlipCase {
     double az, el;  // expected target
 };
 
-void PrintTo(const FlipCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const FlipCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class Flip : public Steering, public ::testing::WithParamInterface<FlipCase> {};
 
@@ -183,7 +185,8 @@ TEST_P(HandElevation, ControlToElevation) {
     EXPECT_EQ(site.rotor_az, 33.0);
     EXPECT_EQ(site.rotor_el, GetParam().elevation);
     EXPECT_EQ(ui.beeps, GetParam().refused ? 1 : 0);
-    EXPECT_EQ(ui.elevationControls, GetParam().refused ? std::vector<int>{270} : std::vector<int>{});
+    EXPECT_EQ(ui.elevationControls,
+              GetParam().refused ? std::vector<int>{270} : std::vector<int>{});
     char expected[16];
     std::snprintf(expected, sizeof expected, "W033 %03d\r", static_cast<int>(GetParam().elevation));
     EXPECT_EQ(line.take(), expected);
