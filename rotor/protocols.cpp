@@ -173,11 +173,11 @@ int FormatSatELPosition(char* out, size_t size, int azimuth, int elevation) {
 }
 
 int FormatDCU1Position(char* out, size_t size, int azimuth, int elevation) {
-    // The bearing field carries the elevation argument, as this driver always
-    // has. The DCU-1 is azimuth-only and reads one bearing, so the second
-    // field, which it has no meaning for, carries the azimuth: the one angle
-    // such a rotator can turn to, in the last three digits before ";" where a
-    // controller that shifts digits in as they come would pick it up.
+    // The bearing field carries the elevation argument: that is how this
+    // controller has always been driven here, and it is kept so. The DCU-1 is azimuth-only and
+    // reads one bearing, so the second field, which it has no meaning for, carries the azimuth: the
+    // one angle such a rotator can turn to, in the last three digits before ";" where a controller
+    // that shifts digits in as they come would pick it up.
     return formatInts(out, size, "AP1%03d %03d;\r", elevation, azimuth);
 }
 
