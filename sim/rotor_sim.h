@@ -2,8 +2,8 @@
 // program sends to the device path it offers, understands the command set of
 // each supported controller, turns a commanded azimuth and elevation into a
 // current position that moves at a set speed, answers the position query and
-// keeps every byte it received and sent. Written from the controllers' manuals
-// alone; it shares nothing with the rotor drivers it is used to check.
+// keeps every byte it received and sent. It shares nothing with the rotor
+// drivers it is used to check.
 #pragma once
 
 #include <atomic>

@@ -124,6 +124,24 @@ TEST(SimulatedRotor, ReadBackShowsTheRotorLaggingBehindItsCommand) {
     EXPECT_EQ(sim::RotorSimSnapshot(rotor.sim()).sent, "+0020+0020\r\n+0100+0020\r\n");
 }
 
+TEST(SimulatedRotor, PTPacketWithAWrongCheckByteIsRefused) {
+    SimulatedRotor rotor(RotorProtocol::kPT, 6.0);
+    ASSERT_NE(rotor.fd(), -1);
+    std::string packet =
+        "$AZ123EL045UL0145.000000DL0432.000000\xA9\x6D\x81\x4C\x4C\x01\x01\x01\x01";
+    packet += '\x42';  // the right check byte for this text
+    packet += '#';
+    std::string corrupted = packet;
+    corrupted[4] = '9';  // azimuth 193, check byte unchanged
+    sendRadioCommand(rotor.fd(), corrupted.data(), 48, false);
+    sendRadioCommand(rotor.fd(), packet.data(), 48, false);
+    ASSERT_TRUE(rotor.heard(0, 96));
+    const sim::RotorSimState s = sim::RotorSimSnapshot(rotor.sim());
+    EXPECT_EQ(s.badPackets, 1);
+    ASSERT_EQ(s.commands.size(), 1u);
+    EXPECT_EQ(s.commands[0].azimuth, 123.0);
+}
+
 // A whole pass over the top. The satellite crosses the meridian north of the
 // station, where the GS-232 rotator has its end stop (0/360): followed
 // directly, the azimuth would have to swing through the stop; flipped, the
