@@ -8,5 +8,6 @@ int RunLook(int argc, char** argv);
 int RunPasses(int argc, char** argv);
 int RunMap(int argc, char** argv);
 int RunHorizon(int argc, char** argv);
+int RunRotor(int argc, char** argv);
 
 }  // namespace veloran::cli

@@ -30,6 +30,10 @@ const Command kCommands[] = {
      "horizon [FILE] [--out SVG] [--sat NAME | --track NAME,...|all|none] [--time UTC]\n"
      "      [--site LAT,LON,ALT_M] [--min-elev DEG]\n"
      "      the next eight hours of passes as SVG, coloured by maximum elevation"},
+    {"rotor", veloran::cli::RunRotor,
+     "rotor --type INDEX --port PATH [--baud INDEX] [--debug] [--read] AZ EL\n"
+     "      points the rotor controller of type INDEX (0-11) at AZ/EL degrees;\n"
+     "      --debug shows the traffic, --read prints the position read back"},
 };
 
 void PrintHelp(FILE* out) {

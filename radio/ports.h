@@ -1,0 +1,55 @@
+// The serial ports found on the machine (the port pop-ups' items) and
+// switching the radio and gateway ports on and off.
+#pragma once
+
+#include "engine/siterec.h"
+#include "radio/radioui.h"
+
+namespace veloran {
+
+constexpr int kMaxSerialPorts = 64;
+
+// One serial port; an empty bsdPath means no port at that index.
+struct PortNameRecord {
+    char bsdPath[1024];   // the device path to open
+    char userName[1024];  // the name shown in the port pop-ups
+};
+
+// Where serial devices are discovered; the desktop application's Qt port
+// list implements this too. Fills at most `maxPorts` records, in a stable
+// order, and returns how many.
+struct SerialPortList {
+    virtual ~SerialPortList() = default;
+    virtual int findPorts(PortNameRecord* ports, int maxPorts) = 0;
+};
+
+// Scans /dev/serial/by-id, then /dev/ttyUSB*, /dev/ttyACM* and /dev/ttyS*
+// (each group sorted by name; a by-id link hides the device it points at).
+// `root` replaces "/dev" for tests.
+struct DevSerialPortList : SerialPortList {
+    explicit DevSerialPortList(const char* root = "/dev") : root_(root) {}
+    int findPorts(PortNameRecord* ports, int maxPorts) override;
+
+  private:
+    const char* root_;
+};
+
+// Clears all 64 records, then fills them from `list`, logging each when debug
+// is on. Returns the number found.
+int countSerialPorts(SerialPortList* list, PortNameRecord* ports, bool debug);
+
+// A path the user typed (a pseudo-terminal, a symlink): its index when it is
+// already listed, else it takes the first free record. -1 when the table is
+// full or the path is empty or too long.
+int addTypedPort(PortNameRecord* ports, const char* path);
+
+// The radio check box changed to `checked`. Stops the driver and closes the
+// port when off; when on, (re)opens the port at radioPort with radioBaud and
+// starts the driver. Returns 1 when the radio is now open: the caller then
+// handles the satellite anew so the radio is tuned at once.
+int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports, const char* versionString,
+                    RadioUi* ui);
+// The same for the gateway board; 1 when open.
+int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, RadioUi* ui);
+
+}  // namespace veloran

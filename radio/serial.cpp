@@ -1,0 +1,322 @@
+// Serial line discipline, paced writes, polled reads and the traffic log.
+
+#include "radio/serial.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include "engine/timebase.h"
+
+namespace veloran {
+
+namespace {
+
+int realOpen(const char* path, int flags) { return ::open(path, flags); }
+int realSetFileStatus(int fd, int flags) { return ::fcntl(fd, F_SETFL, flags); }
+int realGetAttributes(int fd, struct termios* attrs) { return ::tcgetattr(fd, attrs); }
+int realSetAttributes(int fd, int when, const struct termios* attrs) { return ::tcsetattr(fd, when, attrs); }
+int realDrain(int fd) { return ::tcdrain(fd); }
+int realClose(int fd) { return ::close(fd); }
+ssize_t realWrite(int fd, const void* bytes, size_t count) { return ::write(fd, bytes, count); }
+ssize_t realRead(int fd, void* bytes, size_t count) { return ::read(fd, bytes, count); }
+
+double realMicroseconds() {
+    using namespace std::chrono;
+    return static_cast<double>(duration_cast<microseconds>(steady_clock::now().time_since_epoch()).count());
+}
+
+// A short sleep between empty polls keeps a waiting read from taking a whole
+// core; at 38400 bit/s a byte takes 260 us, so nothing is noticeably delayed.
+void realIdle(double microseconds) {
+    std::this_thread::sleep_for(std::chrono::microseconds(static_cast<long>(microseconds)));
+}
+
+const SerialSystem kRealSystem = {realOpen,  realSetFileStatus, realGetAttributes, realSetAttributes,
+                                  realDrain, realClose,         realWrite,         realRead,
+                                  realMicroseconds, realIdle};
+
+const SerialSystem* gSystem = &kRealSystem;
+
+// Command delay in milliseconds applied by sendRadioCommand.
+float smsdelay = 0.0f;
+
+constexpr double kPollIdleMicroseconds = 250.0;
+
+// The gateway board's port-A set-up: line 0 an output, lines 1-7 inputs.
+constexpr char kGatewayConfigurePortA[] = "CPA11111110\r";
+constexpr int kGatewayConfigureLength = 12;
+constexpr int kFlushCount = 255;
+
+// Rendering for the traffic log: text when the whole block is printable,
+// otherwise hex pairs.
+std::string renderForLog(const unsigned char* bytes, int count) {
+    if (count <= 0) return std::string();
+    std::string text(static_cast<size_t>(count) * 5 + 1, '\0');
+    if (isPrintString(bytes, count)) asciiString(bytes, text.data(), count);
+    else hexString(bytes, text.data(), count);
+    text.resize(std::strlen(text.c_str()));
+    return text;
+}
+
+void logTraffic(const char* arrow, const unsigned char* bytes, int count) {
+    char stamp[32];
+    dateStamp(stamp);
+    std::fprintf(stderr, "%s%s%02d:%s\n", stamp, arrow, count, renderForLog(bytes, count).c_str());
+}
+
+void logClosedPort() {
+    char stamp[32];
+    dateStamp(stamp);
+    std::fprintf(stderr, "%s Serial Port port closed.\n", stamp);
+}
+
+int bitsPerSecondOf(speed_t speed) {
+    for (const BaudRate& b : kBaudTable) {
+        if (b.speed == speed && b.speed != B0) return b.bitsPerSecond;
+    }
+    return static_cast<int>(speed);
+}
+
+void flushGateway(int fd, bool debug) {
+    unsigned char reply[kFlushCount + 1];
+    readRadioResponse(fd, reply, kFlushCount, 0, debug);
+}
+
+}  // namespace
+
+// Linux termios has no 14400 or 28800 bit/s constant; those rows keep the
+// port's own speed (B0 marks them).
+const BaudRate kBaudTable[kBaudTableSize] = {
+    {B300, 300, 1},       {B600, 600, 1},     {B1200, 1200, 1},   {B2400, 2400, 1},   {B4800, 4800, 2},
+    {B9600, 9600, 1},     {B0, 14400, 1},     {B19200, 19200, 1}, {B0, 28800, 1},     {B38400, 38400, 1},
+    {B57600, 57600, 1},   {B115200, 115200, 1}, {B230400, 230400, 1},
+};
+
+struct termios gOriginalTTYAttrs;
+
+const SerialSystem* RealSerialSystem() { return &kRealSystem; }
+void SetSerialSystem(const SerialSystem* sys) { gSystem = sys ? sys : &kRealSystem; }
+
+unsigned long SerialTicks() { return static_cast<unsigned long>(gSystem->microseconds() * 60.0 / 1000000.0); }
+
+int openSerialPort(const char* path, int baudIndex, int radio, bool debug) {
+    if (!path) return -1;
+    // Non-blocking so that a port without carrier cannot hang the open; no
+    // controlling terminal so that a pseudo-terminal never becomes ours.
+    const int fd = gSystem->openPort(path, O_RDWR | O_NOCTTY | O_NONBLOCK);
+    if (fd == -1) {
+        if (debug) std::fprintf(stderr, "Error opening serial port %s - %s(%d).\n", path, std::strerror(errno), errno);
+        return -1;
+    }
+    if (gSystem->setFileStatus(fd, 0) == -1) {
+        if (debug) std::fprintf(stderr, "Error clearing O_NONBLOCK %s - %s(%d).\n", path, std::strerror(errno), errno);
+        gSystem->closePort(fd);
+        return -1;
+    }
+    if (gSystem->getAttributes(fd, &gOriginalTTYAttrs) == -1) {
+        if (debug) {
+            std::fprintf(stderr, "Error getting tty attributes %s - %s(%d).\n", path, std::strerror(errno), errno);
+        }
+        gSystem->closePort(fd);
+        return -1;
+    }
+    struct termios options = gOriginalTTYAttrs;
+    if (baudIndex >= 0 && baudIndex < kBaudTableSize && kBaudTable[baudIndex].speed != B0) {
+        cfsetispeed(&options, kBaudTable[baudIndex].speed);
+        cfsetospeed(&options, kBaudTable[baudIndex].speed);
+    }
+    // The control flags are replaced whole: 8N1 (8N2 at 4800 bit/s), no
+    // hardware flow control, modem lines ignored, no hang-up on close. The
+    // speed bits live in c_cflag on Linux, so they are carried over.
+    options.c_cflag = (options.c_cflag & CBAUD) | CS8 | CREAD | CLOCAL;
+    if (baudIndex == 4) options.c_cflag |= CSTOPB;
+    // Eight-bit input. Linux ports start with XON/XOFF and CR-to-LF on, which
+    // would swallow or alter the binary bytes 0x11, 0x13 and 0x0D of a CAT
+    // reply (a frequency of 145.913 MHz carries 0x13, and an XOFF from the
+    // radio would stop our output for good), so those go too.
+    options.c_iflag &= ~(ISTRIP | IXON | IXOFF | IXANY | ICRNL | INLCR | IGNCR);
+    options.c_oflag &= ~OPOST;
+    options.c_lflag &= ~(ICANON | ISIG | ECHO | ECHOE);
+    // Reads return at once with what is waiting; readRadioResponse does the timing.
+    options.c_cc[VMIN] = 0;
+    options.c_cc[VTIME] = 0;
+    if (gSystem->setAttributes(fd, TCSANOW, &options) == -1) {
+        if (debug) {
+            std::fprintf(stderr, "Error setting tty attributes %s - %s(%d).\n", path, std::strerror(errno), errno);
+        }
+        gSystem->closePort(fd);
+        return -1;
+    }
+    if (debug) {
+        std::fprintf(stderr, "Port %s open. iBaud: %d, oBaud: %d Radio: %d c_cflag %x\n", path,
+                     bitsPerSecondOf(cfgetispeed(&options)), bitsPerSecondOf(cfgetospeed(&options)), radio,
+                     static_cast<unsigned>(options.c_cflag));
+    }
+    return fd;
+}
+
+void closeSerialPort(int fd, bool debug) {
+    if (fd == -1) return;
+    if (debug) std::fprintf(stderr, "Closing Serial Port\n");
+    if (gSystem->drain(fd) == -1 && debug) {
+        std::fprintf(stderr, "Error waiting for drain - %s(%d).\n", std::strerror(errno), errno);
+    }
+    if (gSystem->setAttributes(fd, TCSANOW, &gOriginalTTYAttrs) == -1 && debug) {
+        std::fprintf(stderr, "Error resetting tty attributes - %s(%d).\n", std::strerror(errno), errno);
+    }
+    gSystem->closePort(fd);
+}
+
+void SetCommandDelay(float milliseconds) { smsdelay = milliseconds; }
+float CommandDelay() { return smsdelay; }
+
+void MicrosecondDelay(double microseconds, int noYield) {
+    const double start = gSystem->microseconds();
+    while (gSystem->microseconds() - start < microseconds) {
+        if (noYield == 0) sched_yield();
+    }
+}
+
+void MillisecondDelay(double milliseconds) {
+    if (milliseconds > 0) MicrosecondDelay(milliseconds * 1000.0, 1);
+}
+
+int sendRadioCommand(int fd, const unsigned char* bytes, int count, bool debug) {
+    if (fd == -1) {
+        if (debug) logClosedPort();
+        return 0;
+    }
+    if (!bytes || count <= 0) return 0;
+    int written = 0;
+    for (int i = 0; i < count; ++i) {
+        ssize_t result;
+        do {
+            result = gSystem->writePort(fd, bytes + i, 1);
+        } while (result < 0 && errno == EINTR);
+        if (result < 0) break;  // the device has gone; the rest would fail alike
+        written += static_cast<int>(result);
+        if (smsdelay > 0) MicrosecondDelay(smsdelay * 1000.0, 1);
+    }
+    if (2 * smsdelay > 0) MicrosecondDelay(2 * smsdelay * 1000.0, 1);
+    if (debug) logTraffic("->", bytes, written);
+    return written;
+}
+
+int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTicks, bool debug) {
+    if (!buffer) return 0;
+    if (fd == -1) {
+        if (debug) logClosedPort();
+        buffer[0] = 0;
+        return 0;
+    }
+    const unsigned long start = SerialTicks();
+    const unsigned long deadline = start + static_cast<unsigned long>(timeoutTicks > 0 ? timeoutTicks : 0);
+    int held = 0;
+    while (held < maxCount) {
+        const ssize_t result = gSystem->readPort(fd, buffer + held, static_cast<size_t>(maxCount - held));
+        if (result < 0 && errno != EINTR && errno != EAGAIN) {
+            if (debug) {
+                char stamp[32];
+                dateStamp(stamp);
+                std::fprintf(stderr, "%s Error reading from Serial Port - %s(%d).\n", stamp, std::strerror(errno),
+                             errno);
+            }
+            break;
+        }
+        if (result > 0) held += static_cast<int>(result);
+        if (SerialTicks() >= deadline) break;
+        if (result <= 0) gSystem->idle(kPollIdleMicroseconds);
+    }
+    buffer[held > 0 ? held : 0] = 0;
+    if (debug && held > 0) logTraffic("<-", buffer, held);
+    return held;
+}
+
+void pushToTalk(int fd, int line, int on, bool debug) {
+    if (fd == -1) return;
+    sendRadioCommand(fd, kGatewayConfigurePortA, kGatewayConfigureLength, debug);
+    flushGateway(fd, debug);
+    // Active-low: transmitting resets the line, receiving sets it.
+    char command[32];
+    const int length = std::snprintf(command, sizeof command, "%s%d\r", on == 1 ? "RESPA" : "SETPA", line);
+    sendRadioCommand(fd, command, length, debug);
+    flushGateway(fd, debug);
+}
+
+int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks, bool debug) {
+    if (fd == -1) return 1;
+    const unsigned long start = SerialTicks();
+    if (elapsedTicks) *elapsedTicks = 0;
+    sendRadioCommand(fd, kGatewayConfigurePortA, kGatewayConfigureLength, debug);
+    flushGateway(fd, debug);
+    char query[32];
+    const int queryLength = std::snprintf(query, sizeof query, "RPA%d\r", line);
+    unsigned char reply[4];
+    for (;;) {
+        if (SerialTicks() > start + timeoutTicks) return 0;
+        sendRadioCommand(fd, query, queryLength, debug);
+        if (readRadioResponse(fd, reply, 2, 60, debug) < 2) return 0;
+        if (reply[0] != '0') continue;
+        // Quiet once; it must still be quiet a second later.
+        MicrosecondDelay(1000000.0, 0);
+        sendRadioCommand(fd, query, queryLength, debug);
+        if (readRadioResponse(fd, reply, 2, 60, debug) == 2 && reply[0] == '0') {
+            if (elapsedTicks) *elapsedTicks = SerialTicks() - start;
+            return 1;
+        }
+    }
+}
+
+void hexString(const unsigned char* bytes, char* text, int count) {
+    if (!bytes || !text) return;
+    text[0] = 0;
+    char* out = text;
+    for (int i = 0; i < count; ++i) out += std::sprintf(out, "%02X ", bytes[i]);
+}
+
+void asciiString(const unsigned char* bytes, char* text, int count) {
+    if (!bytes || !text) return;
+    text[0] = 0;
+    char* out = text;
+    for (int i = 0; i < count; ++i) {
+        if (std::isprint(bytes[i])) out += std::sprintf(out, "%c", bytes[i]);
+        else out += std::sprintf(out, "<%02X>", bytes[i]);
+    }
+}
+
+int isPrintString(const unsigned char* bytes, int count) {
+    if (!bytes) return 0;
+    for (int i = 0; i < count; ++i) {
+        if (bytes[i] != 13 && bytes[i] != 10 && !std::isprint(bytes[i])) return 0;
+    }
+    return 1;
+}
+
+int Hex2CharsToNum(const char* chars) {
+    if (!chars) return 0;
+    char scratch[3] = {chars[0], chars[0] ? chars[1] : '\0', '\0'};
+    unsigned value = 0;
+    if (std::sscanf(scratch, "%x", &value) != 1) return 0;
+    return static_cast<int>(value);
+}
+
+void NumToHex(unsigned long number, char* text, int width) {
+    if (!text) return;
+    std::sprintf(text, "%0*lX", width, number);
+}
+
+void HexToNum(const char* text, unsigned long* result) {
+    if (!text || !result) return;
+    std::sscanf(text, "%8lx", result);
+}
+
+}  // namespace veloran

@@ -1,0 +1,103 @@
+// Serial ports and the byte-level I/O every device driver uses: opening with
+// the one line discipline all devices share, paced writes, polled reads with
+// time-outs in 1/60 s ticks, the traffic log, the hex/ASCII helpers and the
+// gateway board's push-to-talk and carrier-sense operations.
+#pragma once
+
+#include <sys/types.h>
+#include <termios.h>
+
+#include <cstdint>
+
+namespace veloran {
+
+// The system calls and clocks behind the serial primitives. Tests install
+// their own to inject short writes, EINTR, EIO or a virtual clock; every
+// member must be set.
+struct SerialSystem {
+    int (*openPort)(const char* path, int flags);
+    int (*setFileStatus)(int fd, int flags);  // fcntl(fd, F_SETFL, flags)
+    int (*getAttributes)(int fd, struct termios* attrs);
+    int (*setAttributes)(int fd, int when, const struct termios* attrs);
+    int (*drain)(int fd);
+    int (*closePort)(int fd);
+    ssize_t (*writePort)(int fd, const void* bytes, size_t count);
+    ssize_t (*readPort)(int fd, void* bytes, size_t count);
+    double (*microseconds)();          // a steady microsecond clock
+    void (*idle)(double microseconds); // pause between empty polls of a read
+};
+
+// The real system calls on the steady clock.
+const SerialSystem* RealSerialSystem();
+// Installs `sys` for every primitive below; null puts the real one back.
+void SetSerialSystem(const SerialSystem* sys);
+
+// Ticks of 1/60 s on the seam's clock.
+unsigned long SerialTicks();
+
+// One row of the baud pop-up: index -> speed and stop bits.
+struct BaudRate {
+    speed_t speed;     // termios speed constant
+    int bitsPerSecond;
+    int stopBits;      // 2 only at 4800 bit/s, whatever the device
+};
+constexpr int kBaudTableSize = 13;
+extern const BaudRate kBaudTable[kBaudTableSize];
+
+// The attributes of the port last opened, as found. One slot for all ports on
+// purpose: closing any port restores it from here.
+extern struct termios gOriginalTTYAttrs;
+
+// Opens `path` read/write with the shared line discipline at baud index
+// `baudIndex` (an index outside the table keeps the port's own speed).
+// `radio` only appears in the debug log. Returns the descriptor or -1.
+int openSerialPort(const char* path, int baudIndex, int radio, bool debug);
+// Drains, restores gOriginalTTYAttrs and closes; -1 is ignored.
+void closeSerialPort(int fd, bool debug);
+
+// The command delay in milliseconds that sendRadioCommand paces bytes with.
+void SetCommandDelay(float milliseconds);
+float CommandDelay();
+
+// Busy-waits; with noYield 0 the thread yields on each pass.
+void MicrosecondDelay(double microseconds, int noYield);
+// Busy-waits milliseconds x 1000 microseconds without yielding; <= 0 returns.
+void MillisecondDelay(double milliseconds);
+
+// Writes `count` bytes one write() each, waiting the command delay after each
+// and twice that after the last, then logs them. Returns the bytes the line
+// took; less than `count` means the device is gone or refused them. A closed
+// port (-1) is a logged no-op returning 0.
+int sendRadioCommand(int fd, const unsigned char* bytes, int count, bool debug);
+inline int sendRadioCommand(int fd, const char* text, int count, bool debug) {
+    return sendRadioCommand(fd, reinterpret_cast<const unsigned char*>(text), count, debug);
+}
+
+// Polls for up to `maxCount` bytes until `timeoutTicks` (1/60 s) have passed;
+// a time-out of 0 makes exactly one read. The buffer gets a terminating zero
+// after the data, so it must hold maxCount + 1 bytes. Returns the count read;
+// a read error ends the wait with what was gathered.
+int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTicks, bool debug);
+
+// Gateway board: key (on = 1) or unkey the transmitter on output line `line`
+// of port A. Keying is active-low on the board. -1 does nothing.
+void pushToTalk(int fd, int line, int on, bool debug);
+// 1 once input line `line` has read "0" (carrier-operated relay quiet) twice a
+// second apart, with the ticks waited in *elapsedTicks; 0 on time-out or when
+// the board stops answering. A closed port (-1) returns 1 at once.
+int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks, bool debug);
+
+// "%02X " per byte into `text` (3 x count + 1 bytes). Null pointers: nothing.
+void hexString(const unsigned char* bytes, char* text, int count);
+// Printable bytes as they are, any other as "<%02X>" (5 x count + 1 bytes).
+void asciiString(const unsigned char* bytes, char* text, int count);
+// 1 when every byte is CR, LF or printable; 0 otherwise or for null.
+int isPrintString(const unsigned char* bytes, int count);
+// The two characters at `chars` as a hex number; 0 when they do not parse.
+int Hex2CharsToNum(const char* chars);
+// Upper-case hex, zero-padded to `width` digits.
+void NumToHex(unsigned long number, char* text, int width);
+// Up to 8 hex digits into *result; nothing when either pointer is null.
+void HexToNum(const char* text, unsigned long* result);
+
+}  // namespace veloran

@@ -1,0 +1,199 @@
+// The Doppler tuning controller as free functions over the records.
+
+#include "radio/tuning.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "radio/serial.h"
+
+namespace veloran {
+
+namespace {
+
+constexpr double kDialLimitMHz = 0.05;  // larger jumps are band or memory changes on the radio
+constexpr int kDisconnectedRadio = 13;
+
+bool isInvertingMode(int commMode) { return commMode == 3 || commMode == 4 || commMode == 7 || commMode == 8; }
+
+void storeSwitch(Bool32* field, const char* key, bool on, RadioUi* ui) {
+    *field = on ? 1 : 0;
+    if (ui) ui->storeBool(key, on);
+}
+
+}  // namespace
+
+int SetVFO(int radio, int fd, int icomAddress, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+           bool force, bool debug) {
+    if (radio == kDisconnectedRadio) return 0;
+    const RadioDriver* driver = RadioDriverFor(radio);
+    if (!driver || !driver->setFrequencies) return 0;
+    return driver->setFrequencies(fd, icomAddress, upMHz, downMHz, commMode, gTone, gCTone, force, debug) ? 1 : 0;
+}
+
+int Band(double mhz) {
+    if (mhz <= 30.0) return 1;
+    if (mhz < 144.0) return -1;
+    if (mhz < 430.0) return 2;
+    if (mhz < 500.0) return 3;
+    if (mhz > 500.0) return 4;
+    return -1;  // exactly 500 MHz belongs to no band
+}
+
+void formatFreq(double mhz, char* text, size_t size) {
+    if (!text || size == 0) return;
+    std::snprintf(text, size, "%03.5f", mhz);
+}
+
+ModeRec* SelectedMode(SatRec* sat) {
+    if (!sat || sat->selectedModeIndex < 0 || sat->selectedModeIndex >= kMaxModes) return nullptr;
+    return &sat->modes[sat->selectedModeIndex];
+}
+
+void calculateFrequencies(VFORec* vfo, const SiteRec* site, const ModeRec* mode) {
+    if (!vfo || !site || !mode) return;
+    const int commMode = mode->commMode;
+    vfo->inverting = isInvertingMode(commMode) ? 1 : 0;
+    vfo->uncorrected_up = mode->upFreq;
+    vfo->uncorrected_down = mode->downFreq;
+    vfo->uncorrected_beacon = mode->beaconFreq;
+    const double u0 = mode->TXOffset + mode->upFreq - mode->txVrtrUp;
+    const double d0 = mode->RXOffset + mode->downFreq - mode->txVrtrDn;
+    if (site->listenForBeacon) {
+        vfo->up = 0.0;
+        // The beacon comes down through the downlink transverter.
+        vfo->down = mode->BEOffset + mode->beaconFreq - mode->txVrtrDn + vfo->dopplerBE;
+    } else if (site->fullDopplerTuning || !vfo->inverting) {
+        vfo->up = u0 - vfo->dopplerTX;
+        vfo->down = d0 + vfo->dopplerRX;
+    } else if (commMode == 3 || commMode == 7) {
+        // Downlink-only tuning: the whole correction goes on the downlink.
+        vfo->up = u0;
+        vfo->down = d0 - vfo->dopplerTX + vfo->dopplerRX;
+    } else {
+        // B_SSB and B_CW keep the downlink fixed and correct the uplink.
+        vfo->down = d0;
+        vfo->up = u0 - vfo->dopplerTX + vfo->dopplerRX;
+    }
+}
+
+int updateVFO(VFORec* vfo, SiteRec* site, SatRec* mainSat, const SatRec* bpSat, bool force, RadioUi* ui) {
+    if (!vfo || !site) return 1;
+    const ModeRec* mode = SelectedMode(mainSat);
+    calculateFrequencies(vfo, site, mode);
+    if (!site->vfo_enabled || site->radioPortFileDescriptor == -1) return 1;
+    if (mainSat && !mainSat->AOS && bpSat && bpSat->enabled) {
+        // Between passes the radio is set up for the between-passes mode.
+        mode = &bpSat->modes[0];
+        force = true;
+    }
+    if (!mode) return 1;
+    if (SetVFO(site->radio, site->radioPortFileDescriptor, site->icomAddress, vfo->up, vfo->down, mode->commMode,
+               mode->gTone, mode->gCTone, force, site->debug != 0)) {
+        return 1;
+    }
+    if (ui) ui->beep();
+    site->vfo_enabled = 0;
+    if (ui) ui->setRadioChecked(false);
+    return 0;
+}
+
+void startRadioDriver(const SiteRec* site) {
+    if (!site || !site->vfo_enabled) return;
+    SetCommandDelay(site->commandDelay);
+    const RadioDriver* driver = RadioDriverFor(site->radio);
+    if (driver && driver->start) driver->start(site->radioPortFileDescriptor, site->debug != 0);
+}
+
+void stopRadioDriver(const SiteRec* site) {
+    if (!site || !site->vfo_enabled) return;
+    const RadioDriver* driver = RadioDriverFor(site->radio);
+    if (driver && driver->stop) driver->stop(site->radioPortFileDescriptor, site->debug != 0);
+}
+
+int checkTuningDial(const VFORec* vfo, const SiteRec* site, ModeRec* mode) {
+    if (!vfo || !site || !mode || !site->vfo_enabled || !site->dial_tracking_enabled) return 0;
+    const RadioDriver* driver = RadioDriverFor(site->radio);
+    if (!driver || !driver->downlinkChanged) return 0;
+    int32_t changeHz = 0;
+    if (!driver->downlinkChanged(site->radioPortFileDescriptor, site->icomAddress, &changeHz, site->debug != 0)) {
+        return 0;
+    }
+    const double d = changeHz / 1000000.0;
+    if (std::fabs(d) >= kDialLimitMHz) return 0;
+    if (site->listenForBeacon) {
+        mode->BEOffset += d;
+    } else {
+        mode->RXOffset += d;
+        if (site->vfo_locked) mode->TXOffset += vfo->inverting ? -d : d;
+    }
+    return 1;
+}
+
+void checkSquelch(VFORec* vfo, const SiteRec* site, RadioUi* ui) {
+    if (!vfo || !site || !site->vfo_enabled || !site->s_meter_enabled) return;
+    const RadioDriver* driver = RadioDriverFor(site->radio);
+    if (!driver || !driver->squelched) return;
+    const int closed = driver->squelched(site->radioPortFileDescriptor, vfo, site->debug != 0);
+    vfo->squelched = closed ? 1 : 0;
+    if (!ui) return;
+    if (closed) ui->setSMeter(0);
+    else ui->setSMeter(static_cast<int>(vfo->signalStrength * driver->sMeterFactor));
+}
+
+void applyUplinkStepper(ModeRec* mode, bool inverting, bool locked, double previousUp, double upValue,
+                        double* downStepper) {
+    if (!mode) return;
+    mode->TXOffset = upValue;
+    if (!locked || !downStepper) return;
+    const double change = upValue - previousUp;
+    *downStepper += inverting ? -change : change;
+    mode->RXOffset = *downStepper;
+}
+
+void applyDownlinkStepper(ModeRec* mode, bool inverting, bool locked, double previousDown, double downValue,
+                          double* upStepper) {
+    if (!mode) return;
+    mode->RXOffset = downValue;
+    if (!locked || !upStepper) return;
+    const double change = downValue - previousDown;
+    *upStepper += inverting ? -change : change;
+    mode->TXOffset = *upStepper;
+}
+
+void applySliderMove(ModeRec* mode, bool inverting, bool locked, double sliderValue, double* previousSlider) {
+    if (!mode || !previousSlider) return;
+    const double d = (sliderValue - *previousSlider) / 100.0;
+    if (!locked) {
+        mode->TXOffset += d;
+    } else {
+        mode->RXOffset += d;
+        mode->TXOffset += inverting ? -d : d;
+    }
+    *previousSlider = sliderValue;
+}
+
+void setFullDopplerTuning(SiteRec* site, bool on, RadioUi* ui) {
+    if (site) storeSwitch(&site->fullDopplerTuning, "full_doppler_tuning", on, ui);
+}
+
+void setListenForBeacon(SiteRec* site, bool on, RadioUi* ui) {
+    if (site) storeSwitch(&site->listenForBeacon, "beacon_enabled", on, ui);
+}
+
+void setVfoLocked(SiteRec* site, bool on, RadioUi* ui) {
+    if (site) storeSwitch(&site->vfo_locked, "vfo_locked", on, ui);
+}
+
+RadioPrefsControls radioPrefsControls(int radio) {
+    switch (radio) {
+        case 1: case 3: case 4: case 13: case 15: return {false, false, true};
+        case 2: case 14: return {false, true, true};
+        case 5: case 6: case 8: case 9: case 10: case 12: return {true, false, true};
+        case 7: return {true, true, true};
+        case 16: return {false, true, false};
+        default: return {false, false, false};  // 0, 11
+    }
+}
+
+}  // namespace veloran
