@@ -110,7 +110,7 @@ void selectVfo817(CatLine* line, bool wantA) {
     line->block(readVfo);
     unsigned char reply[4];
     const bool onB = line->read(reply, 2, kFt817ReplyTicks) > 0 && (reply[0] & 0x01) != 0;
-    if (onB != !wantA) return;
+    if (onB == !wantA) return;  // already on the wanted VFO
     line->d1(kToggleVfo, 1);
     ack817(line);
 }
