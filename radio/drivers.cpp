@@ -52,6 +52,8 @@ const RadioDriver kRadios[kRadioCount] = {
     {"IC-706MKII", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
     // StartPCR1000 / SetPCR1000VFO / SquelchedPCR1000
     {"PCR1000", nullptr, nullptr, nullptr, nullptr, kPcr1000SMeter, nullptr},
+    // Set706VFO
+    {"IC-706MKIIG", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
     // Never connected: choosing it makes every tuning fail on purpose.
     {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
     // StartTS2000 / KillTS2000 / SetTS2000VFO / SquelchedTS2000 / DownLinkChangedTS2000
