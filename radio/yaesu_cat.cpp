@@ -15,17 +15,30 @@ namespace yaesu {
 
 State gState = {};
 
-void CatLine::d1(uint8_t opcode, uint8_t p) { sent(YaesuCommand_d1(fd, opcode, p, debug)); }
-void CatLine::d4(uint8_t opcode, uint8_t p) { sent(YaesuCommand_d4(fd, opcode, p, debug)); }
-void CatLine::frequency(uint8_t opcode, uint32_t hertz) { sent(YaesuSetFrequency(fd, opcode, hertz, debug)); }
-void CatLine::block(const unsigned char* five) { sent(sendRadioCommand(fd, five, 5, debug)); }
+void CatLine::d1(uint8_t opcode, uint8_t p) {
+    if (ok) sent(YaesuCommand_d1(fd, opcode, p, debug));
+}
+void CatLine::d4(uint8_t opcode, uint8_t p) {
+    if (ok) sent(YaesuCommand_d4(fd, opcode, p, debug));
+}
+void CatLine::frequency(uint8_t opcode, uint32_t hertz) {
+    if (ok) sent(YaesuSetFrequency(fd, opcode, hertz, debug));
+}
+void CatLine::block(const unsigned char* five) {
+    if (ok) sent(sendRadioCommand(fd, five, 5, debug));
+}
 
 void CatLine::flush() {
+    if (!ok) return;
     unsigned char reply[kFlushCount + 1];
     readRadioResponse(fd, reply, kFlushCount, 0, debug);
 }
 
 int CatLine::read(unsigned char* reply, int count, int ticks) {
+    if (!ok) {
+        reply[0] = 0;
+        return 0;
+    }
     if (count > 32) count = 32;
     return readRadioResponse(fd, reply, count, ticks, debug);
 }

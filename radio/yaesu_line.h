@@ -45,7 +45,9 @@ extern State gState;
 
 // One exchange sequence with the radio. `ok` turns false as soon as a command
 // could not be written whole (the device has gone), so a driver can report
-// failure instead of pretending the radio was tuned.
+// failure instead of pretending the radio was tuned. From then on nothing is
+// sent or waited for: a hung-up line reads as silence, and waiting out every
+// reply time-out of a set-up would freeze the program for seconds.
 struct CatLine {
     int fd;
     bool debug;

@@ -153,7 +153,7 @@ int Set100DVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, in
     CatLine line{fd, debug};
     if (force) line.d1(k100SetMode, mode);
     // Receive only: the FT-100D follows the downlink.
-    line.sent(YaesuSetFrequencyRev(fd, k100SetFrequency, down, debug));
+    if (line.ok) line.sent(YaesuSetFrequencyRev(fd, k100SetFrequency, down, debug));
     return line.ok ? 1 : 0;
 }
 
