@@ -22,6 +22,10 @@ const Command kCommands[] = {
     {"passes", veloran::cli::RunPasses,
      "passes FILE [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME]\n"
      "      the passes of the next H hours (default 24): AOS, maximum elevation, LOS"},
+    {"radio", veloran::cli::RunRadio,
+     "radio --type INDEX --port PATH [--baud INDEX] [--icom-address HEX] [--delay MS]\n"
+     "      --up MHZ --down MHZ --mode NAME [--tone N] [--ctone N] [--force] [--debug]\n"
+     "      one tuning update of the radio, as the tracker sends it each second"},
 };
 
 void PrintHelp(FILE* out) {

@@ -21,6 +21,10 @@ using SquelchFn = int (*)(int fd, VFORec* vfo, bool debug);
 // from the downlink last sent.
 using DownlinkChangedFn = int (*)(int fd, int icomAddress, int32_t* changeHz, bool debug);
 
+// 1 when the radio answers a harmless read: tells a connected radio from a
+// silent line before a pass.
+using AnswersFn = int (*)(int fd, bool debug);
+
 // One row of the radio table. A null operation does nothing for that radio; a
 // null setFrequencies makes every tuning attempt fail.
 struct RadioDriver {
@@ -31,6 +35,7 @@ struct RadioDriver {
     SquelchFn squelched;
     double sMeterFactor;                // raw reading -> S-meter indicator
     DownlinkChangedFn downlinkChanged;  // dial read-back
+    AnswersFn answers;                  // null: the radio never replies to anything
 };
 
 constexpr int kRadioCount = 17;

@@ -33,35 +33,37 @@ constexpr double kPcr1000SMeter = 1.0 / 2.54;
 constexpr double kTs2000SMeter = 1.666;
 
 const RadioDriver kRadios[kRadioCount] = {
-    {"FT-736R", Start736R, Kill736R, withoutAddress<Set736VFO>, Squelched736R, kYaesuSMeter, nullptr},
+    {"FT-736R", Start736R, Kill736R, withoutAddress<Set736VFO>, Squelched736R, kYaesuSMeter, nullptr,
+     YaesuRadioAnswers},
     {"FT-847", Start847, Kill847, withoutAddress<Set847VFO>, Squelched847, kYaesuSMeter,
-     dialWithoutAddress<DownLinkChanged847>},
+     dialWithoutAddress<DownLinkChanged847>, YaesuRadioAnswers},
     {"FT-817", Start817, Kill817, withoutAddress<SetFT817VFO>, Squelched817, kYaesuSMeter,
-     dialWithoutAddress<DownLinkChanged817>},
-    {"FT-100D", nullptr, nullptr, withoutAddress<Set100DVFO>, nullptr, 0.0, dialWithoutAddress<DownLinkChanged100>},
-    {"VR-5000", StartVR5000, KillVR5000, withoutAddress<SetVR5000VFO>, nullptr, 0.0, nullptr},
+     dialWithoutAddress<DownLinkChanged817>, YaesuRadioAnswers},
+    {"FT-100D", nullptr, nullptr, withoutAddress<Set100DVFO>, nullptr, 0.0, dialWithoutAddress<DownLinkChanged100>,
+     FT100Answers},
+    {"VR-5000", StartVR5000, KillVR5000, withoutAddress<SetVR5000VFO>, nullptr, 0.0, nullptr, nullptr},
     // Set821HVFO / DownLinkChanged821
-    {"IC-820", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    {"IC-821", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-820", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
+    {"IC-821", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Set910VFO / DownLinkChanged910
-    {"IC-910", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-910", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Set821HVFO / DownLinkChanged821
-    {"IC-970", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-970", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Set706VFO
-    {"IC-706", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    {"IC-706MKII", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-706", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
+    {"IC-706MKII", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // StartPCR1000 / SetPCR1000VFO / SquelchedPCR1000
-    {"PCR1000", nullptr, nullptr, nullptr, nullptr, kPcr1000SMeter, nullptr},
+    {"PCR1000", nullptr, nullptr, nullptr, nullptr, kPcr1000SMeter, nullptr, nullptr},
     // Set706VFO
-    {"IC-706MKIIG", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-706MKIIG", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Never connected: choosing it makes every tuning fail on purpose.
-    {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // StartTS2000 / KillTS2000 / SetTS2000VFO / SquelchedTS2000 / DownLinkChangedTS2000
-    {"TS-2000", nullptr, nullptr, nullptr, nullptr, kTs2000SMeter, nullptr},
+    {"TS-2000", nullptr, nullptr, nullptr, nullptr, kTs2000SMeter, nullptr, nullptr},
     // StartTS50 / KillTS50 / SetTS50VFO / DownLinkChangedTS50
-    {"TS-50", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"TS-50", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // SetAORVFO / SquelchedAOR
-    {"AOR AR8000", nullptr, nullptr, nullptr, nullptr, kYaesuSMeter, nullptr},
+    {"AOR AR8000", nullptr, nullptr, nullptr, nullptr, kYaesuSMeter, nullptr, nullptr},
 };
 
 }  // namespace

@@ -76,6 +76,12 @@ void StartVR5000(int fd, bool debug);
 void KillVR5000(int fd, bool debug);
 int SetVR5000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug);
 
+// 1 when the radio answers a receiver-status read (opcode E7) within half a
+// second: FT-736R, FT-847 (after CAT on), FT-817.
+int YaesuRadioAnswers(int fd, bool debug);
+// 1 when the FT-100D sends its status block.
+int FT100Answers(int fd, bool debug);
+
 // Forgets what every Yaesu driver last sent and the FT-847's satellite-mode
 // flag, as at program start (a new radio session, or a test).
 void ResetYaesuDriverState();

@@ -140,6 +140,15 @@ int Squelched736R(int fd, VFORec* vfo, bool debug) {
     return level == 0 ? 1 : 0;
 }
 
+int YaesuRadioAnswers(int fd, bool debug) {
+    if (fd == -1) return 0;
+    CatLine line{fd, debug};
+    line.flush();
+    line.d1(kReadRxStatus, 0);
+    unsigned char reply[4];
+    return line.read(reply, 1, k736ReplyTicks) == 1 ? 1 : 0;
+}
+
 // --- FT-100D ----------------------------------------------------------------
 
 int Set100DVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug) {
@@ -172,6 +181,15 @@ int DownLinkChanged100(int fd, int32_t* changeHz, bool debug) {
     if (changeHz) *changeHz = static_cast<int32_t>(static_cast<int64_t>(heard) - last);
     gState.ft100.down = heard;
     return 1;
+}
+
+int FT100Answers(int fd, bool debug) {
+    if (fd == -1) return 0;
+    CatLine line{fd, debug};
+    line.flush();
+    line.d4(k100ReadStatus, 0);
+    unsigned char reply[k100StatusLength + 1];
+    return line.read(reply, k100StatusLength, k100ReplyTicks) == k100StatusLength ? 1 : 0;
 }
 
 // --- VR-5000 ----------------------------------------------------------------
