@@ -332,14 +332,21 @@ class TuningWithRadio : public ::testing::Test {
         delete sat;
         delete bp;
     }
+    // Opens the port through the radio switch and waits for the FT-847's
+    // four start-up blocks, so that later comparisons see only their own traffic.
     void switchOn() {
         ASSERT_EQ(switchRadioPort(&site, true, ports, "0.1.0", &ui), 1);
-        ASSERT_TRUE(Eventually([&] { return radio.state().catOn; }));
+        ASSERT_TRUE(Eventually([&] { return radio.state().blocks >= 4; }));
     }
+    // Blocks received once `bytes` are in and nothing more follows.
     size_t blocksAfter(size_t bytes) {
         radio.waitForBytes(bytes, 2000);
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        return radio.received().size() / 5;
+        size_t before;
+        do {
+            before = radio.received().size();
+            std::this_thread::sleep_for(std::chrono::milliseconds(15));
+        } while (radio.received().size() != before);
+        return before / 5;
     }
 
     SimulatedRadio radio{RadioModel::FT847};
