@@ -1,7 +1,7 @@
 // The radio table: one row per model of the radio pop-up, and the common
 // start every set-frequencies driver makes.
 //
-// The Icom CI-V family (rows 5-10, 12), the Kenwoods (14, 15) and the PCR1000
+// The Icom CI-V family (rows 5-10, 12), the TS-2000 (14) and the PCR1000
 // and AOR receivers (11, 16) plug in here: fill their operations when their
 // drivers land; until then their rows can be chosen but fail the first tuning,
 // which switches the radio off with a beep.
@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "radio/driver.h"
+#include "radio/ts50.h"
 #include "radio/yaesu.h"
 
 namespace veloran {
@@ -60,8 +61,8 @@ const RadioDriver kRadios[kRadioCount] = {
     {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // StartTS2000 / KillTS2000 / SetTS2000VFO / SquelchedTS2000 / DownLinkChangedTS2000
     {"TS-2000", nullptr, nullptr, nullptr, nullptr, kTs2000SMeter, nullptr, nullptr},
-    // StartTS50 / KillTS50 / SetTS50VFO / DownLinkChangedTS50
-    {"TS-50", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
+    {"TS-50", StartTS50, KillTS50, withoutAddress<SetTS50VFO>, nullptr, 0.0, dialWithoutAddress<DownLinkChangedTS50>,
+     nullptr},
     // SetAORVFO / SquelchedAOR
     {"AOR AR8000", nullptr, nullptr, nullptr, nullptr, kYaesuSMeter, nullptr, nullptr},
 };
