@@ -20,7 +20,7 @@ struct Radio {
 };
 
 constexpr Radio kRadios[] = {
-    {0, RadioModel::FT736R}, {1, RadioModel::FT847}, {2, RadioModel::FT817},
+    {0, RadioModel::FT736R}, {1, RadioModel::FT847},  {2, RadioModel::FT817},
     {3, RadioModel::FT100D}, {4, RadioModel::VR5000},
 };
 
@@ -36,7 +36,8 @@ void Update(benchmark::State& state, bool force) {
     site.radio = radio.index;
     site.vfo_enabled = 1;
     site.commandDelay = 3.0f;
-    site.radioPortFileDescriptor = veloran::openSerialPort(sim.devicePath().c_str(), 5, radio.index, false);
+    site.radioPortFileDescriptor =
+        veloran::openSerialPort(sim.devicePath().c_str(), 5, radio.index, false);
     veloran::startRadioDriver(&site);
     const int fd = site.radioPortFileDescriptor;
     // An inverting SSB transponder: JA_SSB, 145.95 up, 435.85 down.
@@ -55,11 +56,23 @@ void Update(benchmark::State& state, bool force) {
     veloran::closeSerialPort(fd, false);
 }
 
-void ForcedUpdate(benchmark::State& state) { Update(state, true); }
-void UnforcedUpdate(benchmark::State& state) { Update(state, false); }
+void ForcedUpdate(benchmark::State& state) {
+    Update(state, true);
+}
+void UnforcedUpdate(benchmark::State& state) {
+    Update(state, false);
+}
 
-BENCHMARK(ForcedUpdate)->DenseRange(0, 4)->Iterations(5)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(UnforcedUpdate)->DenseRange(0, 4)->Iterations(10)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(ForcedUpdate)
+    ->DenseRange(0, 4)
+    ->Iterations(5)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(UnforcedUpdate)
+    ->DenseRange(0, 4)
+    ->Iterations(10)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace
 

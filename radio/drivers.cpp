@@ -18,8 +18,8 @@ namespace {
 
 // The Yaesu drivers take no CI-V address.
 template <int (*Driver)(int, double, double, int, int, int, bool, bool)>
-int withoutAddress(int fd, int, double up, double down, int commMode, int gTone, int gCTone, bool force,
-                   bool debug) {
+int withoutAddress(int fd, int, double up, double down, int commMode, int gTone, int gCTone,
+                   bool force, bool debug) {
     return Driver(fd, up, down, commMode, gTone, gCTone, force, debug);
 }
 
@@ -34,15 +34,16 @@ constexpr double kPcr1000SMeter = 1.0 / 2.54;
 constexpr double kTs2000SMeter = 1.666;
 
 const RadioDriver kRadios[kRadioCount] = {
-    {"FT-736R", Start736R, Kill736R, withoutAddress<Set736VFO>, Squelched736R, kYaesuSMeter, nullptr,
-     YaesuRadioAnswers},
+    {"FT-736R", Start736R, Kill736R, withoutAddress<Set736VFO>, Squelched736R, kYaesuSMeter,
+     nullptr, YaesuRadioAnswers},
     {"FT-847", Start847, Kill847, withoutAddress<Set847VFO>, Squelched847, kYaesuSMeter,
      dialWithoutAddress<DownLinkChanged847>, YaesuRadioAnswers},
     {"FT-817", Start817, Kill817, withoutAddress<SetFT817VFO>, Squelched817, kYaesuSMeter,
      dialWithoutAddress<DownLinkChanged817>, YaesuRadioAnswers},
-    {"FT-100D", nullptr, nullptr, withoutAddress<Set100DVFO>, nullptr, 0.0, dialWithoutAddress<DownLinkChanged100>,
-     FT100Answers},
-    {"VR-5000", StartVR5000, KillVR5000, withoutAddress<SetVR5000VFO>, nullptr, 0.0, nullptr, nullptr},
+    {"FT-100D", nullptr, nullptr, withoutAddress<Set100DVFO>, nullptr, 0.0,
+     dialWithoutAddress<DownLinkChanged100>, FT100Answers},
+    {"VR-5000", StartVR5000, KillVR5000, withoutAddress<SetVR5000VFO>, nullptr, 0.0, nullptr,
+     nullptr},
     // Set821HVFO / DownLinkChanged821
     {"IC-820", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     {"IC-821", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
@@ -61,8 +62,8 @@ const RadioDriver kRadios[kRadioCount] = {
     {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // StartTS2000 / KillTS2000 / SetTS2000VFO / SquelchedTS2000 / DownLinkChangedTS2000
     {"TS-2000", nullptr, nullptr, nullptr, nullptr, kTs2000SMeter, nullptr, nullptr},
-    {"TS-50", StartTS50, KillTS50, withoutAddress<SetTS50VFO>, nullptr, 0.0, dialWithoutAddress<DownLinkChangedTS50>,
-     nullptr},
+    {"TS-50", StartTS50, KillTS50, withoutAddress<SetTS50VFO>, nullptr, 0.0,
+     dialWithoutAddress<DownLinkChangedTS50>, nullptr},
     // SetAORVFO / SquelchedAOR
     {"AOR AR8000", nullptr, nullptr, nullptr, nullptr, kYaesuSMeter, nullptr, nullptr},
 };
@@ -82,7 +83,8 @@ uint32_t RadioHertz(double mhz) {
     return static_cast<uint32_t>(hertz);
 }
 
-int DriverCommonStart(LastSent* last, double upMHz, double downMHz, bool force, uint32_t* upHz, uint32_t* downHz) {
+int DriverCommonStart(LastSent* last, double upMHz, double downMHz, bool force, uint32_t* upHz,
+                      uint32_t* downHz) {
     const uint32_t up = RadioHertz(upMHz);
     const uint32_t down = RadioHertz(downMHz);
     if (upHz) *upHz = up;
@@ -100,7 +102,18 @@ bool IsSingleChannelMode(int commMode) {
 
 bool IsTwoBandMode(int commMode) {
     switch (commMode) {
-        case 2: case 3: case 4: case 5: case 7: case 8: case 9: case 10: case 11: case 13: case 14: case 17:
+        case 2:
+        case 3:
+        case 4:
+        case 5:
+        case 7:
+        case 8:
+        case 9:
+        case 10:
+        case 11:
+        case 13:
+        case 14:
+        case 17:
             return true;
         default:
             return false;

@@ -46,19 +46,44 @@ struct Line {
 // "MD1;" LSB, "MD2;" USB, "MD3;" CW, "MD4;" FM, "MD5;" AM.
 const char* uplinkMode(int commMode) {
     switch (commMode) {
-        case 2: case 10: case 11: return "MD4;";
-        case 3: case 4: case 5: case 13: return "MD1;";
-        case 7: case 8: case 9: case 14: return "MD3;";
-        default: return "MD2;";  // 17
+        case 2:
+        case 10:
+        case 11:
+            return "MD4;";
+        case 3:
+        case 4:
+        case 5:
+        case 13:
+            return "MD1;";
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+            return "MD3;";
+        default:
+            return "MD2;";  // 17
     }
 }
 
 const char* downlinkMode(int commMode) {
     switch (commMode) {
-        case 1: case 2: case 6: case 10: case 12: case 17: return "MD4;";
-        case 7: case 8: case 9: case 14: case -1: return "MD3;";
-        case 15: return "MD5;";
-        default: return "MD2;";  // 3, 4, 5, 11, 13, 16
+        case 1:
+        case 2:
+        case 6:
+        case 10:
+        case 12:
+        case 17:
+            return "MD4;";
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+        case -1:
+            return "MD3;";
+        case 15:
+            return "MD5;";
+        default:
+            return "MD2;";  // 3, 4, 5, 11, 13, 16
     }
 }
 
@@ -76,14 +101,16 @@ void KillTS50(int fd, bool debug) {
     Line{fd, debug}.flush();
 }
 
-int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug) {
+int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+               bool force, bool debug) {
     (void)gTone;
     (void)gCTone;  // no tone board is assumed
     if (fd == -1) return 0;
     uint32_t up = 0, down = 0;
     if (!DriverCommonStart(&gLast, upMHz, downMHz, force, &up, &down)) return 1;
     const bool twoBand = IsTwoBandMode(commMode);
-    if (!twoBand && !IsSingleChannelMode(commMode) && commMode != kReceiveOnlyMode) return 1;  // UNKNOWN
+    if (!twoBand && !IsSingleChannelMode(commMode) && commMode != kReceiveOnlyMode)
+        return 1;  // UNKNOWN
     Line line{fd, debug};
     line.flush();
     if (force) {
@@ -107,7 +134,8 @@ int DownLinkChangedTS50(int fd, int32_t* changeHz, bool debug) {
     line.send("IF;");
     if (!line.ok) return 0;
     unsigned char reply[kInformationLength + 1];
-    if (readRadioResponse(fd, reply, kInformationLength, kReplyTicks, debug) < kInformationLength) return 0;
+    if (readRadioResponse(fd, reply, kInformationLength, kReplyTicks, debug) < kInformationLength)
+        return 0;
     if (reply[0] != 'I' || reply[1] != 'F') return 0;
     char digits[12];
     std::memcpy(digits, reply + 2, 11);
@@ -121,6 +149,8 @@ int DownLinkChangedTS50(int fd, int32_t* changeHz, bool debug) {
     return 1;
 }
 
-void ResetTS50DriverState() { gLast = {0, 0}; }
+void ResetTS50DriverState() {
+    gLast = {0, 0};
+}
 
 }  // namespace veloran

@@ -11,7 +11,8 @@ namespace veloran {
 // our own questions arrive.
 void StartTS50(int fd, bool debug);
 void KillTS50(int fd, bool debug);
-int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug);
+int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+               bool force, bool debug);
 // Reads VFO A with "IF;": 1 and the change in hertz when the dial moved.
 int DownLinkChangedTS50(int fd, int32_t* changeHz, bool debug);
 // Forgets what was last sent, as at program start.

@@ -13,7 +13,9 @@
 namespace {
 
 volatile std::sig_atomic_t gStop = 0;
-void onSignal(int) { gStop = 1; }
+void onSignal(int) {
+    gStop = 1;
+}
 
 int usage(FILE* out) {
     std::fprintf(out,
@@ -25,18 +27,20 @@ int usage(FILE* out) {
 }
 
 void printState(const veloran::sim::RadioState& s) {
-    std::fprintf(stderr,
-                 "state: cat %s, satellite %s, split %s, main %u Hz mode %02X, sat rx %u Hz mode %02X, "
-                 "sat tx %u Hz mode %02X, vfo A %u Hz, vfo B %u Hz, %d blocks\n",
-                 s.catOn ? "on" : "off", s.satelliteMode ? "on" : "off", s.split ? "on" : "off", s.main.hertz,
-                 s.main.mode, s.satRx.hertz, s.satRx.mode, s.satTx.hertz, s.satTx.mode, s.vfoA.hertz, s.vfoB.hertz,
-                 s.blocks);
+    std::fprintf(
+        stderr,
+        "state: cat %s, satellite %s, split %s, main %u Hz mode %02X, sat rx %u Hz mode %02X, "
+        "sat tx %u Hz mode %02X, vfo A %u Hz, vfo B %u Hz, %d blocks\n",
+        s.catOn ? "on" : "off", s.satelliteMode ? "on" : "off", s.split ? "on" : "off",
+        s.main.hertz, s.main.mode, s.satRx.hertz, s.satRx.mode, s.satTx.hertz, s.satTx.mode,
+        s.vfoA.hertz, s.vfoB.hertz, s.blocks);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc >= 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) return usage(stdout);
+    if (argc >= 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0))
+        return usage(stdout);
     if (argc < 3 || std::strcmp(argv[1], "radio") != 0) return usage(stderr);
     veloran::sim::RadioModel model;
     if (!veloran::sim::ParseRadioModel(argv[2], &model)) {
@@ -45,13 +49,17 @@ int main(int argc, char** argv) {
     }
     bool silent = false, verbose = false;
     for (int i = 3; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--silent") == 0) silent = true;
-        else if (std::strcmp(argv[i], "--verbose") == 0) verbose = true;
-        else return usage(stderr);
+        if (std::strcmp(argv[i], "--silent") == 0)
+            silent = true;
+        else if (std::strcmp(argv[i], "--verbose") == 0)
+            verbose = true;
+        else
+            return usage(stderr);
     }
     veloran::sim::SimulatedRadio radio(model);
     if (!radio.open()) {
-        std::fprintf(stderr, "veloran-sim: cannot create a pseudo-terminal: %s\n", std::strerror(errno));
+        std::fprintf(stderr, "veloran-sim: cannot create a pseudo-terminal: %s\n",
+                     std::strerror(errno));
         return 1;
     }
     radio.setSilent(silent);
@@ -67,8 +75,8 @@ int main(int argc, char** argv) {
         if (!verbose) continue;
         const std::vector<uint8_t> bytes = radio.received();
         for (; shown + 5 <= bytes.size(); shown += 5) {
-            std::fprintf(stderr, "<- %02X %02X %02X %02X %02X\n", bytes[shown], bytes[shown + 1], bytes[shown + 2],
-                         bytes[shown + 3], bytes[shown + 4]);
+            std::fprintf(stderr, "<- %02X %02X %02X %02X %02X\n", bytes[shown], bytes[shown + 1],
+                         bytes[shown + 2], bytes[shown + 3], bytes[shown + 4]);
         }
     }
     printState(radio.state());

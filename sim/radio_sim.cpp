@@ -38,7 +38,9 @@ void putBcdHertz(uint32_t hertz, std::vector<uint8_t>* out) {
     out->insert(out->end(), bytes, bytes + 4);
 }
 
-int unBcd(uint8_t byte) { return (byte >> 4) * 10 + (byte & 0x0F); }
+int unBcd(uint8_t byte) {
+    return (byte >> 4) * 10 + (byte & 0x0F);
+}
 
 // The FT-817 answers every command that is not a read with one byte.
 constexpr uint8_t kAck = 0x00;
@@ -48,33 +50,47 @@ constexpr uint8_t kAck = 0x00;
 bool ParseRadioModel(const std::string& name, RadioModel* model) {
     std::string key;
     for (char c : name) {
-        if (c != '-' && c != '_') key += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        if (c != '-' && c != '_')
+            key += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     }
     RadioModel found;
-    if (key == "ft847") found = RadioModel::FT847;
-    else if (key == "ft817") found = RadioModel::FT817;
-    else if (key == "ft100d" || key == "ft100") found = RadioModel::FT100D;
-    else if (key == "ft736r" || key == "ft736") found = RadioModel::FT736R;
-    else if (key == "vr5000") found = RadioModel::VR5000;
-    else return false;
+    if (key == "ft847")
+        found = RadioModel::FT847;
+    else if (key == "ft817")
+        found = RadioModel::FT817;
+    else if (key == "ft100d" || key == "ft100")
+        found = RadioModel::FT100D;
+    else if (key == "ft736r" || key == "ft736")
+        found = RadioModel::FT736R;
+    else if (key == "vr5000")
+        found = RadioModel::VR5000;
+    else
+        return false;
     if (model) *model = found;
     return true;
 }
 
 const char* RadioModelName(RadioModel model) {
     switch (model) {
-        case RadioModel::FT847: return "FT-847";
-        case RadioModel::FT817: return "FT-817";
-        case RadioModel::FT100D: return "FT-100D";
-        case RadioModel::FT736R: return "FT-736R";
-        case RadioModel::VR5000: return "VR-5000";
+        case RadioModel::FT847:
+            return "FT-847";
+        case RadioModel::FT817:
+            return "FT-817";
+        case RadioModel::FT100D:
+            return "FT-100D";
+        case RadioModel::FT736R:
+            return "FT-736R";
+        case RadioModel::VR5000:
+            return "VR-5000";
     }
     return "?";
 }
 
 SimulatedRadio::SimulatedRadio(RadioModel model) : model_(model) {}
 
-SimulatedRadio::~SimulatedRadio() { close(); }
+SimulatedRadio::~SimulatedRadio() {
+    close();
+}
 
 bool SimulatedRadio::open() {
     if (master_ != -1) return true;
@@ -100,7 +116,9 @@ void SimulatedRadio::unplug() {
     master_ = slave_ = -1;
 }
 
-void SimulatedRadio::close() { unplug(); }
+void SimulatedRadio::close() {
+    unplug();
+}
 
 void SimulatedRadio::setRxStatus(uint8_t status) {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -129,7 +147,8 @@ void SimulatedRadio::clearReceived() {
 }
 
 bool SimulatedRadio::waitForBytes(size_t count, int milliseconds) const {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     for (;;) {
         {
             std::lock_guard<std::mutex> lock(mutex_);
@@ -176,20 +195,33 @@ void SimulatedRadio::run() {
 
 SimVfo* SimulatedRadio::receiveVfo() {
     switch (model_) {
-        case RadioModel::FT817: return state_.onVfoB ? &state_.vfoB : &state_.vfoA;
+        case RadioModel::FT817:
+            return state_.onVfoB ? &state_.vfoB : &state_.vfoA;
         case RadioModel::FT847:
-        case RadioModel::FT736R: return state_.satelliteMode ? &state_.satRx : &state_.main;
-        default: return &state_.main;
+        case RadioModel::FT736R:
+            return state_.satelliteMode ? &state_.satRx : &state_.main;
+        default:
+            return &state_.main;
     }
 }
 
 void SimulatedRadio::handle(const Block& block, std::vector<uint8_t>* reply) {
     switch (model_) {
-        case RadioModel::FT847: handle847(block, reply); break;
-        case RadioModel::FT817: handle817(block, reply); break;
-        case RadioModel::FT100D: handle100(block, reply); break;
-        case RadioModel::FT736R: handle736(block, reply); break;
-        case RadioModel::VR5000: handleVR5000(block, reply); break;
+        case RadioModel::FT847:
+            handle847(block, reply);
+            break;
+        case RadioModel::FT817:
+            handle817(block, reply);
+            break;
+        case RadioModel::FT100D:
+            handle100(block, reply);
+            break;
+        case RadioModel::FT736R:
+            handle736(block, reply);
+            break;
+        case RadioModel::VR5000:
+            handleVR5000(block, reply);
+            break;
     }
 }
 
@@ -198,28 +230,64 @@ void SimulatedRadio::handle(const Block& block, std::vector<uint8_t>* reply) {
 void SimulatedRadio::handle847(const Block& b, std::vector<uint8_t>* reply) {
     RadioState& s = state_;
     const uint8_t op = b[4];
-    if (op == 0x00) { s.catOn = true; return; }
+    if (op == 0x00) {
+        s.catOn = true;
+        return;
+    }
     if (!s.catOn) return;
     SimVfo* vfos[3] = {&s.main, &s.satRx, &s.satTx};
     SimTone* tones[3] = {&s.tone, &s.satRxTone, &s.satTxTone};
     const int row = op >> 4;
     switch (op) {
-        case 0x80: s.catOn = false; return;
-        case 0x4E: s.satelliteMode = true; return;
-        case 0x8E: s.satelliteMode = false; return;
-        case 0x07: case 0x17: case 0x27: vfos[row]->mode = b[0]; return;
-        case 0x01: case 0x11: case 0x21: vfos[row]->hertz = bcdHertz(b[0], b[1], b[2], b[3]); return;
-        case 0x03: case 0x13: case 0x23:
+        case 0x80:
+            s.catOn = false;
+            return;
+        case 0x4E:
+            s.satelliteMode = true;
+            return;
+        case 0x8E:
+            s.satelliteMode = false;
+            return;
+        case 0x07:
+        case 0x17:
+        case 0x27:
+            vfos[row]->mode = b[0];
+            return;
+        case 0x01:
+        case 0x11:
+        case 0x21:
+            vfos[row]->hertz = bcdHertz(b[0], b[1], b[2], b[3]);
+            return;
+        case 0x03:
+        case 0x13:
+        case 0x23:
             putBcdHertz(vfos[row]->hertz, reply);
             reply->push_back(vfos[row]->mode);
             return;
-        case 0x0A: case 0x1A: case 0x2A: tones[row]->mode = b[0]; return;
-        case 0x0B: case 0x1B: case 0x2B: tones[row]->code = b[0]; return;
-        case 0x09: s.shift = b[0]; return;
-        case 0xF9: s.offsetHertz = bcdHertz(b[0], b[1], b[2], b[3]); return;
-        case 0xE7: reply->push_back(s.rxStatus); return;
-        case 0xF7: reply->push_back(0x00); return;
-        default: return;
+        case 0x0A:
+        case 0x1A:
+        case 0x2A:
+            tones[row]->mode = b[0];
+            return;
+        case 0x0B:
+        case 0x1B:
+        case 0x2B:
+            tones[row]->code = b[0];
+            return;
+        case 0x09:
+            s.shift = b[0];
+            return;
+        case 0xF9:
+            s.offsetHertz = bcdHertz(b[0], b[1], b[2], b[3]);
+            return;
+        case 0xE7:
+            reply->push_back(s.rxStatus);
+            return;
+        case 0xF7:
+            reply->push_back(0x00);
+            return;
+        default:
+            return;
     }
 }
 
@@ -233,24 +301,47 @@ void SimulatedRadio::handle817(const Block& b, std::vector<uint8_t>* reply) {
             putBcdHertz(current->hertz, reply);
             reply->push_back(current->mode);
             return;
-        case 0xE7: reply->push_back(s.rxStatus); return;
-        case 0xF7: reply->push_back(0x00); return;
+        case 0xE7:
+            reply->push_back(s.rxStatus);
+            return;
+        case 0xF7:
+            reply->push_back(0x00);
+            return;
         case 0xBB: {
             const int address = (b[0] << 8) | b[1];
             reply->push_back(address == 0x0055 ? (s.onVfoB ? 0x01 : 0x00) : 0x00);
             reply->push_back(0x00);
             return;
         }
-        case 0x01: current->hertz = bcdHertz(b[0], b[1], b[2], b[3]); break;
-        case 0x07: current->mode = b[0]; break;
-        case 0x02: s.split = true; break;
-        case 0x82: s.split = false; break;
-        case 0x81: s.onVfoB = !s.onVfoB; break;
-        case 0x09: s.shift = b[0]; break;
-        case 0xF9: s.offsetHertz = bcdHertz(b[0], b[1], b[2], b[3]); break;
-        case 0x0A: s.tone.mode = b[0]; break;
-        case 0x0B: s.tone.tenths = unBcd(b[0]) * 100 + unBcd(b[1]); break;
-        default: break;
+        case 0x01:
+            current->hertz = bcdHertz(b[0], b[1], b[2], b[3]);
+            break;
+        case 0x07:
+            current->mode = b[0];
+            break;
+        case 0x02:
+            s.split = true;
+            break;
+        case 0x82:
+            s.split = false;
+            break;
+        case 0x81:
+            s.onVfoB = !s.onVfoB;
+            break;
+        case 0x09:
+            s.shift = b[0];
+            break;
+        case 0xF9:
+            s.offsetHertz = bcdHertz(b[0], b[1], b[2], b[3]);
+            break;
+        case 0x0A:
+            s.tone.mode = b[0];
+            break;
+        case 0x0B:
+            s.tone.tenths = unBcd(b[0]) * 100 + unBcd(b[1]);
+            break;
+        default:
+            break;
     }
     reply->push_back(kAck);
 }
@@ -260,10 +351,15 @@ void SimulatedRadio::handle817(const Block& b, std::vector<uint8_t>* reply) {
 void SimulatedRadio::handle100(const Block& b, std::vector<uint8_t>* reply) {
     RadioState& s = state_;
     switch (b[4]) {
-        case 0x0A: s.main.hertz = bcdHertz(b[3], b[2], b[1], b[0]); return;
-        case 0x0C: s.main.mode = b[0]; return;
+        case 0x0A:
+            s.main.hertz = bcdHertz(b[3], b[2], b[1], b[0]);
+            return;
+        case 0x0C:
+            s.main.mode = b[0];
+            return;
         case 0x10: {
-            const uint32_t steps = static_cast<uint32_t>(static_cast<uint64_t>(s.main.hertz) * 4 / 5);
+            const uint32_t steps =
+                static_cast<uint32_t>(static_cast<uint64_t>(s.main.hertz) * 4 / 5);
             uint8_t status[16] = {0};
             status[1] = static_cast<uint8_t>(steps >> 24);
             status[2] = static_cast<uint8_t>(steps >> 16);
@@ -273,7 +369,8 @@ void SimulatedRadio::handle100(const Block& b, std::vector<uint8_t>* reply) {
             reply->insert(reply->end(), status, status + 16);
             return;
         }
-        default: return;
+        default:
+            return;
     }
 }
 
@@ -282,24 +379,56 @@ void SimulatedRadio::handle100(const Block& b, std::vector<uint8_t>* reply) {
 void SimulatedRadio::handle736(const Block& b, std::vector<uint8_t>* reply) {
     RadioState& s = state_;
     const uint8_t op = b[4];
-    if (op == 0x00) { s.catOn = true; return; }
+    if (op == 0x00) {
+        s.catOn = true;
+        return;
+    }
     if (!s.catOn) return;
     switch (op) {
-        case 0x80: s.catOn = false; return;
-        case 0x0E: s.satelliteMode = true; return;
-        case 0x8E: s.satelliteMode = false; return;
-        case 0x07: s.main.mode = b[0]; return;
-        case 0x17: s.satRx.mode = b[0]; return;
-        case 0x27: s.satTx.mode = b[0]; return;
-        case 0x01: s.main.hertz = bcdHertz(b[0], b[1], b[2], b[3]); return;
-        case 0x1E: s.satRx.hertz = bcdHertz(b[0], b[1], b[2], b[3]); return;
-        case 0x2E: s.satTx.hertz = bcdHertz(b[0], b[1], b[2], b[3]); return;
-        case 0x09: s.shift = b[0]; return;
-        case 0xF9: s.offsetHertz = bcdHertz(b[0], b[1], b[2], b[3]); return;
-        case 0x0A: s.tone.mode = b[0]; return;
-        case 0xFA: s.tone.code = b[0]; return;
-        case 0xE7: reply->push_back(s.rxStatus); return;
-        default: return;
+        case 0x80:
+            s.catOn = false;
+            return;
+        case 0x0E:
+            s.satelliteMode = true;
+            return;
+        case 0x8E:
+            s.satelliteMode = false;
+            return;
+        case 0x07:
+            s.main.mode = b[0];
+            return;
+        case 0x17:
+            s.satRx.mode = b[0];
+            return;
+        case 0x27:
+            s.satTx.mode = b[0];
+            return;
+        case 0x01:
+            s.main.hertz = bcdHertz(b[0], b[1], b[2], b[3]);
+            return;
+        case 0x1E:
+            s.satRx.hertz = bcdHertz(b[0], b[1], b[2], b[3]);
+            return;
+        case 0x2E:
+            s.satTx.hertz = bcdHertz(b[0], b[1], b[2], b[3]);
+            return;
+        case 0x09:
+            s.shift = b[0];
+            return;
+        case 0xF9:
+            s.offsetHertz = bcdHertz(b[0], b[1], b[2], b[3]);
+            return;
+        case 0x0A:
+            s.tone.mode = b[0];
+            return;
+        case 0xFA:
+            s.tone.code = b[0];
+            return;
+        case 0xE7:
+            reply->push_back(s.rxStatus);
+            return;
+        default:
+            return;
     }
 }
 
@@ -308,15 +437,25 @@ void SimulatedRadio::handleVR5000(const Block& b, std::vector<uint8_t>* reply) {
     (void)reply;
     RadioState& s = state_;
     const uint8_t op = b[4];
-    if (op == 0x00) { s.catOn = true; return; }
+    if (op == 0x00) {
+        s.catOn = true;
+        return;
+    }
     if (!s.catOn) return;
     switch (op) {
-        case 0x80: s.catOn = false; return;
-        case 0x07: s.main.mode = b[0]; return;
-        case 0x01:
-            s.main.hertz = ((uint32_t{b[0]} << 24) | (uint32_t{b[1]} << 16) | (uint32_t{b[2]} << 8) | b[3]) * 10u;
+        case 0x80:
+            s.catOn = false;
             return;
-        default: return;
+        case 0x07:
+            s.main.mode = b[0];
+            return;
+        case 0x01:
+            s.main.hertz =
+                ((uint32_t{b[0]} << 24) | (uint32_t{b[1]} << 16) | (uint32_t{b[2]} << 8) | b[3]) *
+                10u;
+            return;
+        default:
+            return;
     }
 }
 

@@ -31,24 +31,24 @@ struct SimVfo {
 };
 
 struct SimTone {
-    uint8_t mode = 0x8A;   // the last tone-mode parameter (0x8A off)
-    uint8_t code = 0;      // one-byte tone code (FT-847, FT-736R)
-    int tenths = 0;        // BCD tone in tenths of hertz (FT-817)
+    uint8_t mode = 0x8A;  // the last tone-mode parameter (0x8A off)
+    uint8_t code = 0;     // one-byte tone code (FT-847, FT-736R)
+    int tenths = 0;       // BCD tone in tenths of hertz (FT-817)
 };
 
 struct RadioState {
-    bool catOn = false;         // FT-847, FT-736R, VR-5000: computer control accepted
-    bool satelliteMode = false; // FT-847 satellite mode, FT-736R full duplex
-    bool split = false;         // FT-817
-    bool onVfoB = false;        // FT-817: VFO B current
-    SimVfo main;                // main VFO (FT-847, FT-736R, FT-100D, VR-5000)
-    SimVfo satRx, satTx;        // satellite receive and transmit VFOs
-    SimVfo vfoA, vfoB;          // FT-817
-    uint8_t shift = 0x89;       // repeater shift parameter (0x89 simplex)
-    uint32_t offsetHertz = 0;   // repeater offset
+    bool catOn = false;          // FT-847, FT-736R, VR-5000: computer control accepted
+    bool satelliteMode = false;  // FT-847 satellite mode, FT-736R full duplex
+    bool split = false;          // FT-817
+    bool onVfoB = false;         // FT-817: VFO B current
+    SimVfo main;                 // main VFO (FT-847, FT-736R, FT-100D, VR-5000)
+    SimVfo satRx, satTx;         // satellite receive and transmit VFOs
+    SimVfo vfoA, vfoB;           // FT-817
+    uint8_t shift = 0x89;        // repeater shift parameter (0x89 simplex)
+    uint32_t offsetHertz = 0;    // repeater offset
     SimTone tone, satRxTone, satTxTone;
-    uint8_t rxStatus = 0;       // the reply to a receiver-status read
-    int blocks = 0;             // command blocks decoded
+    uint8_t rxStatus = 0;  // the reply to a receiver-status read
+    int blocks = 0;        // command blocks decoded
 };
 
 class SimulatedRadio {

@@ -81,11 +81,12 @@ TEST_P(OpenSerialPort, SetsSpeedStopBitsAndRawEightBitLine) {
 
 INSTANTIATE_TEST_SUITE_P(BaudTable, OpenSerialPort,
                          ::testing::Values(OpenCase{0, B300, false}, OpenCase{3, B2400, false},
-                                           OpenCase{4, B4800, true},  // two stop bits, tied to the speed
+                                           OpenCase{4, B4800,
+                                                    true},  // two stop bits, tied to the speed
                                            OpenCase{5, B9600, false}, OpenCase{11, B115200, false},
                                            OpenCase{12, B230400, false},
-                                           OpenCase{6, B0, false},    // 14400: no such speed here
-                                           OpenCase{13, B0, false},   // not in the table
+                                           OpenCase{6, B0, false},   // 14400: no such speed here
+                                           OpenCase{13, B0, false},  // not in the table
                                            OpenCase{-1, B0, false}));
 
 TEST(SerialPort, BinaryRepliesArriveUnaltered) {
@@ -129,18 +130,19 @@ TEST(SerialPort, MissingDeviceIsReportedAsMinusOne) {
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(openSerialPort("/dev/veloran-no-such-port", 5, 0, true), -1);
     const std::string log = ::testing::internal::GetCapturedStderr();
-    EXPECT_NE(log.find("Error opening serial port /dev/veloran-no-such-port - "), std::string::npos) << log;
+    EXPECT_NE(log.find("Error opening serial port /dev/veloran-no-such-port - "), std::string::npos)
+        << log;
     EXPECT_EQ(openSerialPort(nullptr, 5, 0, false), -1);
 }
 
 // --- a fake line on a virtual clock -----------------------------------------
 
 struct FakeLine {
-    double now = 0;          // microseconds
-    double clockStep = 10;   // each reading of the clock advances it
+    double now = 0;                                  // microseconds
+    double clockStep = 10;                           // each reading of the clock advances it
     std::vector<std::pair<double, uint8_t>> writes;  // time of each byte written
     int reads = 0;
-    std::function<ssize_t(int call)> writeResult;              // default: 1
+    std::function<ssize_t(int call)> writeResult;                // default: 1
     std::function<ssize_t(int call, void*, size_t)> readResult;  // default: 0 (nothing waiting)
     int writeCalls = 0;
 };
@@ -149,7 +151,10 @@ FakeLine* gLine = nullptr;
 const SerialSystem kFake = {
     [](const char*, int) { return 3; },
     [](int, int) { return 0; },
-    [](int, struct termios* t) { std::memset(t, 0, sizeof *t); return 0; },
+    [](int, struct termios* t) {
+        std::memset(t, 0, sizeof *t);
+        return 0;
+    },
     [](int, int, const struct termios*) { return 0; },
     [](int) { return 0; },
     [](int) { return 0; },
@@ -208,8 +213,9 @@ TEST_P(CommandPacing, EachByteWaitsTheDelayAndTheCommandTwoMore) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Delays, CommandPacing,
-                         ::testing::Values(PacingCase{5, 2.0f}, PacingCase{1, 3.0f}, PacingCase{12, 0.5f},
-                                           PacingCase{5, 0.0f}, PacingCase{11, 3.0f}));
+                         ::testing::Values(PacingCase{5, 2.0f}, PacingCase{1, 3.0f},
+                                           PacingCase{12, 0.5f}, PacingCase{5, 0.0f},
+                                           PacingCase{11, 3.0f}));
 
 TEST_F(FakeSerial, InterruptedWriteIsRetriedAndAFailedLineStopsTheCommand) {
     line.writeResult = [](int call) -> ssize_t {
@@ -297,8 +303,9 @@ TEST_F(FakeSerial, ClosedPortIsALoggedNoOp) {
     EXPECT_EQ(line.writeCalls, 0);
     EXPECT_EQ(line.reads, 0);
     EXPECT_TRUE(::testing::internal::RE::PartialMatch(
-        log, "^[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} Serial Port port closed\\.\n"
-             "[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} Serial Port port closed\\.\n$"))
+        log,
+        "^[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} Serial Port port closed\\.\n"
+        "[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} Serial Port port closed\\.\n$"))
         << log;
 }
 
@@ -309,7 +316,9 @@ struct LogCase {
     std::string expectedTail;  // after the date stamp
 };
 
-void PrintTo(const LogCase& c, std::ostream* os) { *os << Hex(c.bytes); }
+void PrintTo(const LogCase& c, std::ostream* os) {
+    *os << Hex(c.bytes);
+}
 
 class TrafficLog : public FakeSerial, public ::testing::WithParamInterface<LogCase> {};
 
@@ -320,7 +329,8 @@ TEST_P(TrafficLog, SentAndReadLinesShowCountAndRendering) {
     const std::string sent = ::testing::internal::GetCapturedStderr();
     // 19 characters of "yyyy/mm/dd hh:mm:ss", then the arrow.
     ASSERT_GE(sent.size(), 19u);
-    EXPECT_TRUE(::testing::internal::RE::FullMatch(sent.substr(0, 19), "[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
+    EXPECT_TRUE(::testing::internal::RE::FullMatch(
+        sent.substr(0, 19), "[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}"));
     EXPECT_EQ(sent.substr(19), "->" + c.expectedTail + "\n");
 
     const std::vector<uint8_t> reply = c.bytes;
@@ -338,14 +348,16 @@ TEST_P(TrafficLog, SentAndReadLinesShowCountAndRendering) {
     EXPECT_EQ(read.substr(19), "<-" + c.expectedTail + "\n");
 }
 
-std::vector<uint8_t> Text(const std::string& s) { return std::vector<uint8_t>(s.begin(), s.end()); }
+std::vector<uint8_t> Text(const std::string& s) {
+    return std::vector<uint8_t>(s.begin(), s.end());
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Renderings, TrafficLog,
-    ::testing::Values(LogCase{Text("FA145900000"), "11:FA145900000"},           // printable: as text
-                      LogCase{Text("RPA1\r"), "05:RPA1<0D>"},                   // CR allowed, shown in hex
+    ::testing::Values(LogCase{Text("FA145900000"), "11:FA145900000"},  // printable: as text
+                      LogCase{Text("RPA1\r"), "05:RPA1<0D>"},          // CR allowed, shown in hex
                       LogCase{Bytes("43 58 00 00 01"), "05:43 58 00 00 01 "},  // binary: hex pairs
-                      LogCase{Bytes("41 42 07"), "03:41 42 07 "}));             // one stray byte: all hex
+                      LogCase{Bytes("41 42 07"), "03:41 42 07 "}));  // one stray byte: all hex
 
 TEST_F(FakeSerial, NothingReadLogsNothing) {
     unsigned char buffer[4];
@@ -436,7 +448,8 @@ TEST_P(WaitForRadio, NeedsTwoQuietReadingsOneSecondApart) {
         *sWritten += *static_cast<const char*>(bytes);
         if (sWritten->size() >= 5 && sWritten->compare(sWritten->size() - 5, 5, "RPA1\r") == 0) {
             const int q = (*sQueries)++;
-            *sPending = q < static_cast<int>(sReadings->size()) ? (*sReadings)[static_cast<size_t>(q)] : "";
+            *sPending =
+                q < static_cast<int>(sReadings->size()) ? (*sReadings)[static_cast<size_t>(q)] : "";
         }
         return 1;
     };
@@ -451,8 +464,10 @@ TEST_P(WaitForRadio, NeedsTwoQuietReadingsOneSecondApart) {
     EXPECT_EQ(waitForRadio(3, 1, 21600, &elapsed, false), c.expected) << c.name;
     EXPECT_EQ(queries, c.queries) << c.name;
     EXPECT_EQ(written.rfind("CPA11111110\r", 0), 0u);
-    if (c.expected == 1) EXPECT_GE(elapsed, 60ul);  // the second reading comes a second later
-    else EXPECT_EQ(elapsed, 0ul);
+    if (c.expected == 1)
+        EXPECT_GE(elapsed, 60ul);  // the second reading comes a second later
+    else
+        EXPECT_EQ(elapsed, 0ul);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -460,7 +475,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(GatewayCase{"never answers", {}, 0, 1},
                       GatewayCase{"quiet twice", {"0\r", "0\r"}, 1, 2},
                       GatewayCase{"busy, then quiet twice", {"1\r", "1\r", "0\r", "0\r"}, 1, 4},
-                      GatewayCase{"quiet, busy again, quiet twice", {"0\r", "1\r", "0\r", "0\r"}, 1, 4},
+                      GatewayCase{
+                          "quiet, busy again, quiet twice", {"0\r", "1\r", "0\r", "0\r"}, 1, 4},
                       GatewayCase{"quiet, then silent, then stops", {"0\r", "", ""}, 0, 3},
                       GatewayCase{"one byte only", {"0"}, 0, 1}));
 

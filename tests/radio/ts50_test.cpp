@@ -11,9 +11,9 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <mutex>
-#include <chrono>
 #include <string>
 #include <thread>
 
@@ -39,7 +39,8 @@ class Kenwood {
     }
     const char* path() const { return name_; }
     std::string take(size_t count) {
-        for (int i = 0; i < 1000 && size() < count; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        for (int i = 0; i < 1000 && size() < count; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
         std::lock_guard<std::mutex> lock(mutex_);
         std::string out;
         out.swap(received_);

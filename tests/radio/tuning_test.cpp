@@ -6,7 +6,6 @@
 #include "radio/tuning.h"
 
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <chrono>
@@ -63,12 +62,14 @@ struct FrequencyCase {
     int commMode;
     bool fullDoppler;
     bool beacon;
-    double expectedUp;    // MHz, for upFreq 435.9, downFreq 145.95 and the shifts below
+    double expectedUp;  // MHz, for upFreq 435.9, downFreq 145.95 and the shifts below
     double expectedDown;
     bool inverting;
 };
 
-void PrintTo(const FrequencyCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const FrequencyCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class CalculateFrequencies : public ::testing::TestWithParam<FrequencyCase> {};
 
@@ -110,7 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
         // B keeps the downlink fixed and moves the uplink instead.
         FrequencyCase{"B_SSB uplink only", 4, false, false, 435.901 - 0.010 + 0.003, 145.948, true},
         FrequencyCase{"B_CW uplink only", 8, false, false, 435.901 - 0.007, 145.948, true},
-        FrequencyCase{"JA_SSB full Doppler", 3, true, false, 435.901 - 0.010, 145.948 + 0.003, true},
+        FrequencyCase{"JA_SSB full Doppler", 3, true, false, 435.901 - 0.010, 145.948 + 0.003,
+                      true},
         FrequencyCase{"B_SSB full Doppler", 4, true, false, 435.891, 145.951, true},
         // A non-inverting transponder is always tuned on both sides.
         FrequencyCase{"J_FM without full Doppler", 2, false, false, 435.891, 145.951, false},
@@ -198,14 +200,17 @@ TEST(RadioTable, DriverCommonStartTakesMicrowavesInTenthsAndSkipsRepeats) {
     uint32_t up, down;
     EXPECT_EQ(DriverCommonStart(&last, 145.9, 435.8, false, &up, &down), 1);
     EXPECT_EQ(DriverCommonStart(&last, 145.9, 435.8, false, &up, &down), 0);
-    EXPECT_EQ(DriverCommonStart(&last, 145.9, 435.800001, false, &up, &down), 1);  // 1 Hz is a change
+    EXPECT_EQ(DriverCommonStart(&last, 145.9, 435.800001, false, &up, &down),
+              1);  // 1 Hz is a change
     EXPECT_EQ(DriverCommonStart(&last, 145.9, 435.800001, true, &up, &down), 1);
 }
 
 TEST(SetVFO, RefusesUnconnectedRowsAndClosedPorts) {
     ResetYaesuDriverState();
-    for (int radio : {-1, 13, 17, 99}) EXPECT_EQ(SetVFO(radio, 3, 0, 145.9, 435.8, 3, 0, 0, true, false), 0);
-    for (int radio = 0; radio <= 4; ++radio) EXPECT_EQ(SetVFO(radio, -1, 0, 145.9, 435.8, 3, 0, 0, true, false), 0);
+    for (int radio : {-1, 13, 17, 99})
+        EXPECT_EQ(SetVFO(radio, 3, 0, 145.9, 435.8, 3, 0, 0, true, false), 0);
+    for (int radio = 0; radio <= 4; ++radio)
+        EXPECT_EQ(SetVFO(radio, -1, 0, 145.9, 435.8, 3, 0, 0, true, false), 0);
 }
 
 struct PrefsCase {
@@ -239,7 +244,9 @@ struct TrimCase {
     double expectedTX, expectedRX, expectedOtherStepper;
 };
 
-void PrintTo(const TrimCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const TrimCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class UplinkStepper : public ::testing::TestWithParam<TrimCase> {};
 
@@ -266,11 +273,12 @@ TEST_P(UplinkStepper, MovesTheDownlinkWhenLocked) {
     EXPECT_NEAR(upStepper, c.expectedOtherStepper, kMHzTolerance);
 }
 
-INSTANTIATE_TEST_SUITE_P(Lock, UplinkStepper,
-                         ::testing::Values(TrimCase{"unlocked", false, false, 0.003, 0.002, 0.002},
-                                           TrimCase{"locked normal", false, true, 0.003, 0.004, 0.004},
-                                           TrimCase{"locked inverting", true, true, 0.003, 0.000, 0.000},
-                                           TrimCase{"unlocked inverting", true, false, 0.003, 0.002, 0.002}));
+INSTANTIATE_TEST_SUITE_P(
+    Lock, UplinkStepper,
+    ::testing::Values(TrimCase{"unlocked", false, false, 0.003, 0.002, 0.002},
+                      TrimCase{"locked normal", false, true, 0.003, 0.004, 0.004},
+                      TrimCase{"locked inverting", true, true, 0.003, 0.000, 0.000},
+                      TrimCase{"unlocked inverting", true, false, 0.003, 0.002, 0.002}));
 
 TEST(Slider, HundredthsOfAMegahertzPerStep) {
     ModeRec mode = MakeMode(3, 435.9, 145.9);
@@ -297,8 +305,9 @@ TEST(CheckBoxes, CopiedIntoTheSiteAndTheUserDefaults) {
     EXPECT_EQ(site.fullDopplerTuning, 1);
     EXPECT_EQ(site.listenForBeacon, 1);
     EXPECT_EQ(site.vfo_locked, 1);
-    EXPECT_EQ(ui.stored, (std::map<std::string, bool>{
-                             {"full_doppler_tuning", true}, {"beacon_enabled", true}, {"vfo_locked", true}}));
+    EXPECT_EQ(ui.stored,
+              (std::map<std::string, bool>{
+                  {"full_doppler_tuning", true}, {"beacon_enabled", true}, {"vfo_locked", true}}));
     setListenForBeacon(&site, false, &ui);
     EXPECT_EQ(site.listenForBeacon, 0);
     EXPECT_FALSE(ui.stored["beacon_enabled"]);
@@ -370,7 +379,8 @@ TEST_F(TuningWithRadio, SwitchingOnOpensStartsAndStoresTheSetting) {
     EXPECT_EQ(site.vfo_enabled, 0);
     EXPECT_EQ(site.radioPortFileDescriptor, -1);
     EXPECT_FALSE(ui.stored["vfo_enabled"]);
-    EXPECT_TRUE(Eventually([&] { return !radio.state().catOn; }));  // the stop driver switched CAT off
+    EXPECT_TRUE(
+        Eventually([&] { return !radio.state().catOn; }));  // the stop driver switched CAT off
 }
 
 TEST_F(TuningWithRadio, NoPortOrAnUnopenablePortBeepsAndLeavesTheBoxOff) {
@@ -422,7 +432,8 @@ TEST_F(TuningWithRadio, BetweenPassesTheBetweenPassesModeIsForced) {
     ASSERT_EQ(updateVFO(&vfo, &site, sat, bp, false, &ui), 1);
     blocksAfter(5);
     EXPECT_EQ(Hex(radio.received()).substr(0, 31), "00 00 00 00 8E | 08 00 00 00 07");
-    EXPECT_TRUE(Eventually([&] { return radio.state().main.hertz == 435850000u; }));  // our downlink
+    EXPECT_TRUE(
+        Eventually([&] { return radio.state().main.hertz == 435850000u; }));  // our downlink
     EXPECT_FALSE(radio.state().satelliteMode);
 }
 
@@ -518,8 +529,10 @@ TEST_F(TuningWithRadio, SyntheticPassIsFollowedToTheHertz) {
         const double downHz = (mode.downFreq + mode.downFreq * v / kSpeedOfLight) * 1e6;
         ASSERT_TRUE(Eventually([&] {
             const sim::RadioState s = radio.state();
-            return std::fabs(s.satTx.hertz - upHz) < 10.0 && std::fabs(s.satRx.hertz - downHz) < 10.0;
-        })) << "step " << step;
+            return std::fabs(s.satTx.hertz - upHz) < 10.0 &&
+                   std::fabs(s.satRx.hertz - downHz) < 10.0;
+        })) << "step "
+            << step;
         const sim::RadioState s = radio.state();
         EXPECT_LE(s.satTx.hertz, upHz) << step;
         EXPECT_GT(s.satTx.hertz, upHz - 10.0) << step;

@@ -8,8 +8,8 @@
 
 #include <chrono>
 #include <functional>
-#include <thread>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "radio/bcd.h"
@@ -111,7 +111,9 @@ struct WireCase {
     int result;
 };
 
-void PrintTo(const WireCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const WireCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class YaesuBytes : public ::testing::TestWithParam<WireCase> {};
 
@@ -133,13 +135,14 @@ int Void(void (*f)(int, bool), int fd) {
 }
 
 // Forced and unforced updates; up, down in MHz.
-std::function<int(int)> Update(int (*driver)(int, double, double, int, int, int, bool, bool), double up,
-                               double down, int commMode, int tone, int ctone, bool force) {
+std::function<int(int)> Update(int (*driver)(int, double, double, int, int, int, bool, bool),
+                               double up, double down, int commMode, int tone, int ctone,
+                               bool force) {
     return [=](int fd) { return driver(fd, up, down, commMode, tone, ctone, force, false); };
 }
 
-std::function<void(int)> Before(int (*driver)(int, double, double, int, int, int, bool, bool), double up,
-                                double down, int commMode, bool force = true) {
+std::function<void(int)> Before(int (*driver)(int, double, double, int, int, int, bool, bool),
+                                double up, double down, int commMode, bool force = true) {
     return [=](int fd) { driver(fd, up, down, commMode, 0, 0, force, false); };
 }
 
@@ -149,18 +152,20 @@ const WireCase kWireCases[] = {
      [](int fd) { return YaesuSetFrequency(fd, 0x01, 435800000, false); }, "43 58 00 00 01", 5},
     {"set frequency reversed", RadioModel::FT100D, nullptr,
      [](int fd) { return YaesuSetFrequencyRev(fd, 0x0A, 435800000, false); }, "00 00 58 43 0A", 5},
-    {"parameter in P1", RadioModel::FT847, nullptr, [](int fd) { return YaesuCommand_d1(fd, 0x07, 0x08, false); },
-     "08 00 00 00 07", 5},
-    {"parameter in P4", RadioModel::FT847, nullptr, [](int fd) { return YaesuCommand_d4(fd, 0x10, 0x01, false); },
-     "00 00 00 01 10", 5},
+    {"parameter in P1", RadioModel::FT847, nullptr,
+     [](int fd) { return YaesuCommand_d1(fd, 0x07, 0x08, false); }, "08 00 00 00 07", 5},
+    {"parameter in P4", RadioModel::FT847, nullptr,
+     [](int fd) { return YaesuCommand_d4(fd, 0x10, 0x01, false); }, "00 00 00 01 10", 5},
 
     // FT-847: CAT on, satellite mode off, simplex, tones off.
     {"847 start", RadioModel::FT847, nullptr, [](int fd) { return Void(Start847, fd); },
      "00 00 00 00 00|00 00 00 00 8E|89 00 00 00 09|8A 00 00 00 0A", 1},
-    {"847 stop", RadioModel::FT847, nullptr, [](int fd) { return Void(Kill847, fd); }, "00 00 00 00 80", 1},
+    {"847 stop", RadioModel::FT847, nullptr, [](int fd) { return Void(Kill847, fd); },
+     "00 00 00 00 80", 1},
     // JA_SSB forced: satellite mode, transmit LSB, receive USB, tones off on
     // both satellite VFOs, then receive 435.8 and transmit 145.9.
-    {"847 JA_SSB forced", RadioModel::FT847, nullptr, Update(Set847VFO, 145.9, 435.8, 3, 0, 0, true),
+    {"847 JA_SSB forced", RadioModel::FT847, nullptr,
+     Update(Set847VFO, 145.9, 435.8, 3, 0, 0, true),
      "00 00 00 00 4E|00 00 00 00 27|01 00 00 00 17|8A 00 00 00 2A|8A 00 00 00 1A|"
      "43 58 00 00 11|14 59 00 00 21",
      1},
@@ -183,33 +188,39 @@ const WireCase kWireCases[] = {
      "2A 00 00 00 1A|43 67 95 00 11|14 58 50 00 21",
      1},
     // JD_MIX and J_EXP: both mode commands go to opcode 0x27.
-    {"847 JD_MIX forced", RadioModel::FT847, nullptr, Update(Set847VFO, 145.9, 435.8, 11, 0, 0, true),
+    {"847 JD_MIX forced", RadioModel::FT847, nullptr,
+     Update(Set847VFO, 145.9, 435.8, 11, 0, 0, true),
      "00 00 00 00 4E|01 00 00 00 27|08 00 00 00 27|8A 00 00 00 2A|8A 00 00 00 1A|"
      "43 58 00 00 11|14 59 00 00 21",
      1},
-    {"847 J_EXP forced", RadioModel::FT847, nullptr, Update(Set847VFO, 145.9, 435.8, 17, 0, 0, true),
+    {"847 J_EXP forced", RadioModel::FT847, nullptr,
+     Update(Set847VFO, 145.9, 435.8, 17, 0, 0, true),
      "00 00 00 00 4E|08 00 00 00 27|01 00 00 00 27|8A 00 00 00 2A|8A 00 00 00 1A|"
      "43 58 00 00 11|14 59 00 00 21",
      1},
     // Repeater: FM, tone 88.5 Hz (encoder only), downlink, minus shift, 600 kHz offset.
-    {"847 REPEATER forced with tone", RadioModel::FT847, nullptr, Update(Set847VFO, 145.2, 145.8, 1, 9, 0, true),
+    {"847 REPEATER forced with tone", RadioModel::FT847, nullptr,
+     Update(Set847VFO, 145.2, 145.8, 1, 9, 0, true),
      "00 00 00 00 8E|08 00 00 00 07|0E 00 00 00 0B|4A 00 00 00 0A|14 58 00 00 01|09 00 00 00 09|"
      "00 06 00 00 F9",
      1},
     {"847 SIMP_AM forced, uplink above", RadioModel::FT847, nullptr,
      Update(Set847VFO, 29.5, 29.4, 15, 0, 0, true),
-     "00 00 00 00 8E|04 00 00 00 07|8A 00 00 00 0A|02 94 00 00 01|49 00 00 00 09|00 01 00 00 F9", 1},
-    {"847 SIMP_SSB unforced", RadioModel::FT847, nullptr, Update(Set847VFO, 145.9, 145.9, 16, 0, 0, false),
-     "14 59 00 00 01|49 00 00 00 09|00 00 00 00 F9", 1},
-    {"847 receive only forced", RadioModel::FT847, nullptr, Update(Set847VFO, 0, 137.62, -1, 0, 0, true),
-     "00 00 00 00 8E|89 00 00 00 09|02 00 00 00 07|13 76 20 00 01", 1},
-    {"847 UNKNOWN sends nothing", RadioModel::FT847, nullptr, Update(Set847VFO, 145.9, 435.8, 0, 0, 0, true), "",
+     "00 00 00 00 8E|04 00 00 00 07|8A 00 00 00 0A|02 94 00 00 01|49 00 00 00 09|00 01 00 00 F9",
      1},
+    {"847 SIMP_SSB unforced", RadioModel::FT847, nullptr,
+     Update(Set847VFO, 145.9, 145.9, 16, 0, 0, false),
+     "14 59 00 00 01|49 00 00 00 09|00 00 00 00 F9", 1},
+    {"847 receive only forced", RadioModel::FT847, nullptr,
+     Update(Set847VFO, 0, 137.62, -1, 0, 0, true),
+     "00 00 00 00 8E|89 00 00 00 09|02 00 00 00 07|13 76 20 00 01", 1},
+    {"847 UNKNOWN sends nothing", RadioModel::FT847, nullptr,
+     Update(Set847VFO, 145.9, 435.8, 0, 0, 0, true), "", 1},
     {"847 out-of-range mode sends nothing", RadioModel::FT847, nullptr,
      Update(Set847VFO, 145.9, 435.8, 18, 0, 0, true), "", 1},
     // Microwave frequencies reach the driver in tenths: 2400.05 MHz is 240005000 Hz.
-    {"847 2400.05 MHz downlink", RadioModel::FT847, nullptr, Update(Set847VFO, 435.8, 2400.05, 5, 0, 0, false),
-     "24 00 05 00 11|43 58 00 00 21", 1},
+    {"847 2400.05 MHz downlink", RadioModel::FT847, nullptr,
+     Update(Set847VFO, 435.8, 2400.05, 5, 0, 0, false), "24 00 05 00 11|43 58 00 00 21", 1},
     {"847 tones off in main mode", RadioModel::FT847, nullptr,
      [](int fd) {
          CTCSS847(fd, 0, 0, false, false);
@@ -232,16 +243,19 @@ const WireCase kWireCases[] = {
          return 1;
      },
      "", 1},
-    {"817 JA_SSB forced", RadioModel::FT817, nullptr, Update(SetFT817VFO, 435.8, 145.9, 3, 0, 0, true),
+    {"817 JA_SSB forced", RadioModel::FT817, nullptr,
+     Update(SetFT817VFO, 435.8, 145.9, 3, 0, 0, true),
      "89 00 00 00 09|00 00 00 00 02|00 55 00 00 BB|01 00 00 00 81|00 00 00 00 07|8A 00 00 00 0A|"
      "00 55 00 00 BB|01 00 00 00 81|01 00 00 00 07|"
      "00 55 00 00 BB|01 00 00 00 81|43 58 00 00 01|00 55 00 00 BB|01 00 00 00 81|14 59 00 00 01",
      1},
-    {"817 uplink moved 800 Hz: downlink only", RadioModel::FT817, Before(SetFT817VFO, 435.8, 145.9, 3),
-     Update(SetFT817VFO, 435.8008, 145.9001, 3, 0, 0, false), "14 59 00 10 01", 1},
+    {"817 uplink moved 800 Hz: downlink only", RadioModel::FT817,
+     Before(SetFT817VFO, 435.8, 145.9, 3), Update(SetFT817VFO, 435.8008, 145.9001, 3, 0, 0, false),
+     "14 59 00 10 01", 1},
     {"817 uplink moved 1.2 kHz: both", RadioModel::FT817, Before(SetFT817VFO, 435.8, 145.9, 3),
      Update(SetFT817VFO, 435.8012, 145.9001, 3, 0, 0, false),
-     "00 55 00 00 BB|01 00 00 00 81|43 58 01 20 01|00 55 00 00 BB|01 00 00 00 81|14 59 00 10 01", 1},
+     "00 55 00 00 BB|01 00 00 00 81|43 58 01 20 01|00 55 00 00 BB|01 00 00 00 81|14 59 00 10 01",
+     1},
     {"817 REPEATER forced, tone and squelch", RadioModel::FT817, nullptr,
      Update(SetFT817VFO, 145.2, 145.8, 1, 9, 12, true),
      "00 00 00 00 82|08 00 00 00 07|09 74 00 00 0B|2A 00 00 00 0A|14 58 00 00 01|00 06 00 00 F9|"
@@ -254,47 +268,54 @@ const WireCase kWireCases[] = {
          return 1;
      },
      "09 74 00 00 0B|4A 00 00 00 0A", 1},
-    {"817 receive only forced", RadioModel::FT817, nullptr, Update(SetFT817VFO, 0, 137.1, -1, 0, 0, true),
+    {"817 receive only forced", RadioModel::FT817, nullptr,
+     Update(SetFT817VFO, 0, 137.1, -1, 0, 0, true),
      "00 00 00 00 82|89 00 00 00 09|02 00 00 00 07|13 71 00 00 01", 1},
 
     // FT-100D: mode then the downlink, bytes least significant first.
-    {"100D JA_SSB forced", RadioModel::FT100D, nullptr, Update(Set100DVFO, 145.9, 435.8, 3, 0, 0, true),
-     "01 00 00 00 0C|00 00 58 43 0A", 1},
-    {"100D unforced", RadioModel::FT100D, nullptr, Update(Set100DVFO, 145.9, 435.81234, 3, 0, 0, false),
-     "34 12 58 43 0A", 1},
+    {"100D JA_SSB forced", RadioModel::FT100D, nullptr,
+     Update(Set100DVFO, 145.9, 435.8, 3, 0, 0, true), "01 00 00 00 0C|00 00 58 43 0A", 1},
+    {"100D unforced", RadioModel::FT100D, nullptr,
+     Update(Set100DVFO, 145.9, 435.81234, 3, 0, 0, false), "34 12 58 43 0A", 1},
     {"100D WIDE_FM", RadioModel::FT100D, nullptr, Update(Set100DVFO, 0, 88.5, 12, 0, 0, true),
      "07 00 00 00 0C|00 00 85 08 0A", 1},
     {"100D J_FM", RadioModel::FT100D, nullptr, Update(Set100DVFO, 145.85, 436.795, 2, 0, 0, true),
      "06 00 00 00 0C|00 95 67 43 0A", 1},
-    {"100D receive only is CW", RadioModel::FT100D, nullptr, Update(Set100DVFO, 0, 145.825, -1, 0, 0, true),
-     "02 00 00 00 0C|00 25 58 14 0A", 1},
+    {"100D receive only is CW", RadioModel::FT100D, nullptr,
+     Update(Set100DVFO, 0, 145.825, -1, 0, 0, true), "02 00 00 00 0C|00 25 58 14 0A", 1},
     {"100D SIMP_AM", RadioModel::FT100D, nullptr, Update(Set100DVFO, 0, 29.4, 15, 0, 0, true),
      "04 00 00 00 0C|00 00 94 02 0A", 1},
 
     // VR-5000: mode with P2 0x21, frequency as a binary count of 10 Hz.
-    {"VR-5000 start", RadioModel::VR5000, nullptr, [](int fd) { return Void(StartVR5000, fd); }, "00 00 00 00 00",
-     1},
-    {"VR-5000 stop", RadioModel::VR5000, nullptr, [](int fd) { return Void(KillVR5000, fd); }, "00 00 00 00 80", 1},
-    {"VR-5000 FM forced", RadioModel::VR5000, nullptr, Update(SetVR5000VFO, 0, 145.9, 6, 0, 0, true),
-     "88 21 00 00 07|00 DE A0 30 01", 1},
-    {"VR-5000 USB forced", RadioModel::VR5000, nullptr, Update(SetVR5000VFO, 145.9, 435.8, 3, 0, 0, true),
-     "01 21 00 00 07|02 98 FA 60 01", 1},
-    {"VR-5000 CW unforced", RadioModel::VR5000, nullptr, Update(SetVR5000VFO, 0, 145.9, 7, 0, 0, false),
-     "00 DE A0 30 01", 1},
+    {"VR-5000 start", RadioModel::VR5000, nullptr, [](int fd) { return Void(StartVR5000, fd); },
+     "00 00 00 00 00", 1},
+    {"VR-5000 stop", RadioModel::VR5000, nullptr, [](int fd) { return Void(KillVR5000, fd); },
+     "00 00 00 00 80", 1},
+    {"VR-5000 FM forced", RadioModel::VR5000, nullptr,
+     Update(SetVR5000VFO, 0, 145.9, 6, 0, 0, true), "88 21 00 00 07|00 DE A0 30 01", 1},
+    {"VR-5000 USB forced", RadioModel::VR5000, nullptr,
+     Update(SetVR5000VFO, 145.9, 435.8, 3, 0, 0, true), "01 21 00 00 07|02 98 FA 60 01", 1},
+    {"VR-5000 CW unforced", RadioModel::VR5000, nullptr,
+     Update(SetVR5000VFO, 0, 145.9, 7, 0, 0, false), "00 DE A0 30 01", 1},
 
     // FT-736R: CAT on; CAT off is 80 in all five bytes; full duplex uses 1E/2E.
-    {"736R start", RadioModel::FT736R, nullptr, [](int fd) { return Void(Start736R, fd); }, "00 00 00 00 00", 1},
-    {"736R stop", RadioModel::FT736R, nullptr, [](int fd) { return Void(Kill736R, fd); }, "80 80 80 80 80", 1},
-    {"736R JA_SSB forced", RadioModel::FT736R, nullptr, Update(Set736VFO, 145.9, 435.8, 3, 0, 0, true),
-     "00 00 00 00 0E|01 00 00 00 17|00 00 00 00 27|8A 00 00 00 0A|43 58 00 00 1E|14 59 00 00 2E", 1},
-    {"736R J_FM unforced", RadioModel::FT736R, nullptr, Update(Set736VFO, 145.85, 436.795, 2, 0, 0, false),
-     "43 67 95 00 1E|14 58 50 00 2E", 1},
+    {"736R start", RadioModel::FT736R, nullptr, [](int fd) { return Void(Start736R, fd); },
+     "00 00 00 00 00", 1},
+    {"736R stop", RadioModel::FT736R, nullptr, [](int fd) { return Void(Kill736R, fd); },
+     "80 80 80 80 80", 1},
+    {"736R JA_SSB forced", RadioModel::FT736R, nullptr,
+     Update(Set736VFO, 145.9, 435.8, 3, 0, 0, true),
+     "00 00 00 00 0E|01 00 00 00 17|00 00 00 00 27|8A 00 00 00 0A|43 58 00 00 1E|14 59 00 00 2E",
+     1},
+    {"736R J_FM unforced", RadioModel::FT736R, nullptr,
+     Update(Set736VFO, 145.85, 436.795, 2, 0, 0, false), "43 67 95 00 1E|14 58 50 00 2E", 1},
     {"736R REPEATER forced with tone", RadioModel::FT736R, nullptr,
      Update(Set736VFO, 145.2, 145.8, 1, 9, 0, true),
      "00 00 00 00 8E|08 00 00 00 07|0E 00 00 00 FA|4A 00 00 00 0A|14 58 00 00 01|09 00 00 00 09|"
      "00 06 00 00 F9",
      1},
-    {"736R receive only forced", RadioModel::FT736R, nullptr, Update(Set736VFO, 0, 145.825, -1, 0, 0, true),
+    {"736R receive only forced", RadioModel::FT736R, nullptr,
+     Update(Set736VFO, 0, 145.825, -1, 0, 0, true),
      "00 00 00 00 8E|89 00 00 00 09|02 00 00 00 07|14 58 25 00 01", 1},
 };
 
@@ -337,7 +358,9 @@ struct SquelchCase {
     int strength;
 };
 
-void PrintTo(const SquelchCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const SquelchCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class YaesuSquelch : public ::testing::TestWithParam<SquelchCase> {};
 
@@ -345,8 +368,10 @@ TEST_P(YaesuSquelch, StatusByteGivesSquelchAndSMeter) {
     const SquelchCase& c = GetParam();
     YaesuWire wire(c.model);
     if (c.model != RadioModel::FT817) {
-        if (c.model == RadioModel::FT847) Start847(wire.fd, false);
-        else Start736R(wire.fd, false);
+        if (c.model == RadioModel::FT847)
+            Start847(wire.fd, false);
+        else
+            Start736R(wire.fd, false);
     }
     wire.radio.setRxStatus(c.status);
     wire.radio.setSilent(c.silent);

@@ -31,7 +31,9 @@ class Line {
         ::tcsetattr(fd_, TCSANOW, &t);
     }
     ~Line() { ::close(fd_); }
-    void send(std::vector<uint8_t> bytes) { ASSERT_EQ(::write(fd_, bytes.data(), bytes.size()), (ssize_t)bytes.size()); }
+    void send(std::vector<uint8_t> bytes) {
+        ASSERT_EQ(::write(fd_, bytes.data(), bytes.size()), (ssize_t)bytes.size());
+    }
     // Up to `count` bytes within half a second.
     std::vector<uint8_t> receive(size_t count) {
         std::vector<uint8_t> out;
@@ -111,7 +113,7 @@ TEST(RadioSim, Ft817AcknowledgesAndReportsItsVfoInTheConfigurationByte) {
     EXPECT_EQ(line.receive(1), std::vector<uint8_t>{0x00});
     line.send({0x00, 0x55, 0x00, 0x00, 0xBB});
     EXPECT_EQ(line.receive(2), (std::vector<uint8_t>{0x00, 0x00}));  // VFO A
-    line.send({0x01, 0x00, 0x00, 0x00, 0x81});                        // A/B
+    line.send({0x01, 0x00, 0x00, 0x00, 0x81});                       // A/B
     EXPECT_EQ(line.receive(1), std::vector<uint8_t>{0x00});
     line.send({0x00, 0x55, 0x00, 0x00, 0xBB});
     EXPECT_EQ(line.receive(2), (std::vector<uint8_t>{0x01, 0x00}));  // bit 0: VFO B
