@@ -1,14 +1,15 @@
 // The radio table: one row per model of the radio pop-up, and the common
 // start every set-frequencies driver makes.
 //
-// The Icom CI-V family (rows 5-10, 12), the TS-2000 (14) and the PCR1000
-// and AOR receivers (11, 16) plug in here: fill their operations when their
+// The Icom CI-V family (rows 5-10, 12), the TS-2000 (14) and the AOR
+// receiver (16) plug in here: fill their operations when their
 // drivers land; until then their rows can be chosen but fail the first tuning,
 // which switches the radio off with a beep.
 
 #include <cmath>
 
 #include "radio/driver.h"
+#include "radio/pcr1000.h"
 #include "radio/ts50.h"
 #include "radio/yaesu.h"
 
@@ -54,8 +55,8 @@ const RadioDriver kRadios[kRadioCount] = {
     // Set706VFO
     {"IC-706", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     {"IC-706MKII", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
-    // StartPCR1000 / SetPCR1000VFO / SquelchedPCR1000
-    {"PCR1000", nullptr, nullptr, nullptr, nullptr, kPcr1000SMeter, nullptr, nullptr},
+    {"PCR1000", StartPCR1000, nullptr, withoutAddress<SetPCR1000VFO>, SquelchedPCR1000,
+     kPcr1000SMeter, nullptr, nullptr},
     // Set706VFO
     {"IC-706MKIIG", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Never connected: choosing it makes every tuning fail on purpose.

@@ -19,71 +19,31 @@
 
 #include "radio/serial.h"
 #include "radio/tuning.h"
+#include "tests/radio/peer.h"
 
 namespace veloran {
 namespace {
 
-// The radio's end of the line: records what arrives and answers "IF;" with
-// the information string for `frequency`.
-class Kenwood {
-  public:
-    Kenwood() {
-        EXPECT_EQ(openpty(&master_, &slave_, name_, nullptr, nullptr), 0);
-        thread_ = std::thread([this] { run(); });
-    }
-    ~Kenwood() {
-        running_ = false;
-        thread_.join();
-        close(master_);
-        close(slave_);
-    }
-    const char* path() const { return name_; }
-    std::string take(size_t count) {
-        for (int i = 0; i < 1000 && size() < count; ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        std::lock_guard<std::mutex> lock(mutex_);
-        std::string out;
-        out.swap(received_);
-        return out;
-    }
+// The radio's end of the line: answers "IF;" with the information string
+// for `frequency`: IF, 11 digits of hertz, 24 status characters and ';'.
+struct Kenwood {
+    Kenwood()
+        : peer([this](std::string* pending) {
+              std::string reply;
+              size_t at;
+              while ((at = pending->find("IF;")) != std::string::npos) {
+                  pending->erase(0, at + 3);
+                  char text[64];
+                  std::snprintf(text, sizeof text, "IF%011lu%024d;", frequency.load(), 0);
+                  reply += text;
+              }
+              if (pending->size() > 2) pending->erase(0, pending->size() - 2);
+              return reply;
+          }) {}
+    const char* path() const { return peer.path(); }
+    std::string take(size_t count) { return peer.take(count); }
     std::atomic<unsigned long> frequency{0};
-    std::atomic<bool> silent{false};
-
-  private:
-    size_t size() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return received_.size();
-    }
-    void run() {
-        std::string pending;
-        while (running_) {
-            struct pollfd p = {master_, POLLIN, 0};
-            if (poll(&p, 1, 5) <= 0 || !(p.revents & POLLIN)) continue;
-            char buf[128];
-            const ssize_t n = read(master_, buf, sizeof buf);
-            if (n <= 0) continue;
-            {
-                std::lock_guard<std::mutex> lock(mutex_);
-                received_.append(buf, static_cast<size_t>(n));
-            }
-            pending.append(buf, static_cast<size_t>(n));
-            size_t at;
-            while ((at = pending.find("IF;")) != std::string::npos) {
-                pending.erase(0, at + 3);
-                if (silent) continue;
-                char reply[64];
-                // IF, 11 digits of hertz, then 24 status characters and ';'.
-                std::snprintf(reply, sizeof reply, "IF%011lu%024d;", frequency.load(), 0);
-                write(master_, reply, 38);
-            }
-        }
-    }
-    int master_ = -1, slave_ = -1;
-    char name_[256] = {0};
-    std::atomic<bool> running_{true};
-    std::thread thread_;
-    std::mutex mutex_;
-    std::string received_;
+    testing::ScriptedPeer peer;
 };
 
 class TS50 : public ::testing::Test {
@@ -129,7 +89,7 @@ TEST_F(TS50, DialReadBackThroughInformationString) {
     radio.frequency = 29410730;
     EXPECT_EQ(DownLinkChangedTS50(fd, &change, false), 1);
     EXPECT_EQ(change, 730);
-    radio.silent = true;
+    radio.peer.silent = true;
     EXPECT_EQ(DownLinkChangedTS50(fd, &change, false), 0);
 }
 
