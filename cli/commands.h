@@ -9,5 +9,6 @@ int RunPasses(int argc, char** argv);
 int RunMap(int argc, char** argv);
 int RunHorizon(int argc, char** argv);
 int RunRotor(int argc, char** argv);
+int RunRadio(int argc, char** argv);
 
 }  // namespace veloran::cli

@@ -34,6 +34,10 @@ const Command kCommands[] = {
      "rotor --type INDEX --port PATH [--baud INDEX] [--debug] [--read] AZ EL\n"
      "      points the rotor controller of type INDEX (0-11) at AZ/EL degrees;\n"
      "      --debug shows the traffic, --read prints the position read back"},
+    {"radio", veloran::cli::RunRadio,
+     "radio --type INDEX --port PATH [--baud INDEX] [--icom-address HEX] [--delay MS]\n"
+     "      --up MHZ --down MHZ --mode NAME [--tone N] [--ctone N] [--force] [--debug]\n"
+     "      one tuning update of the radio, as the tracker sends it each second"},
 };
 
 void PrintHelp(FILE* out) {

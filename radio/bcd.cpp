@@ -10,7 +10,9 @@ uint8_t BCD(int value) {
     return static_cast<uint8_t>(((value / 10) << 4) | (value % 10));
 }
 
-int UnpackBCD(uint8_t byte) { return (byte >> 4) * 10 + (byte & 0x0F); }
+int UnpackBCD(uint8_t byte) {
+    return (byte >> 4) * 10 + (byte & 0x0F);
+}
 
 void IcomToneBCD2(int tenths, unsigned char* out) {
     if (!out) return;

@@ -11,8 +11,8 @@ namespace veloran {
 
 // Set both frequencies (MHz) for a transponder mode; 1 on success, 0 when the
 // radio cannot be talked to. Yaesu and Kenwood drivers ignore icomAddress.
-using SetFrequenciesFn = int (*)(int fd, int icomAddress, double upMHz, double downMHz, int commMode, int gTone,
-                                 int gCTone, bool force, bool debug);
+using SetFrequenciesFn = int (*)(int fd, int icomAddress, double upMHz, double downMHz,
+                                 int commMode, int gTone, int gCTone, bool force, bool debug);
 // Start or stop the radio's computer control.
 using RadioControlFn = void (*)(int fd, bool debug);
 // 1 when the squelch is closed; stores the raw S-meter into vfo->signalStrength.
@@ -21,16 +21,21 @@ using SquelchFn = int (*)(int fd, VFORec* vfo, bool debug);
 // from the downlink last sent.
 using DownlinkChangedFn = int (*)(int fd, int icomAddress, int32_t* changeHz, bool debug);
 
+// 1 when the radio answers a harmless read: tells a connected radio from a
+// silent line before a pass.
+using AnswersFn = int (*)(int fd, bool debug);
+
 // One row of the radio table. A null operation does nothing for that radio; a
 // null setFrequencies makes every tuning attempt fail.
 struct RadioDriver {
-    const char* model;                  // the radio pop-up's item text
+    const char* model;  // the radio pop-up's item text
     RadioControlFn start;
     RadioControlFn stop;
     SetFrequenciesFn setFrequencies;
     SquelchFn squelched;
     double sMeterFactor;                // raw reading -> S-meter indicator
     DownlinkChangedFn downlinkChanged;  // dial read-back
+    AnswersFn answers;                  // null: the radio never replies to anything
 };
 
 constexpr int kRadioCount = 17;
@@ -51,7 +56,8 @@ struct LastSent {
 // The common start: converts both frequencies, and unless forced returns 0
 // when they equal what was last sent (nothing to send). Otherwise remembers
 // them and returns 1.
-int DriverCommonStart(LastSent* last, double upMHz, double downMHz, bool force, uint32_t* upHz, uint32_t* downHz);
+int DriverCommonStart(LastSent* last, double upMHz, double downMHz, bool force, uint32_t* upHz,
+                      uint32_t* downHz);
 
 // Transponder mode groups by commMode.
 bool IsSingleChannelMode(int commMode);  // 1, 6, 12, 15, 16

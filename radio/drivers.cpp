@@ -1,14 +1,16 @@
 // The radio table: one row per model of the radio pop-up, and the common
 // start every set-frequencies driver makes.
 //
-// The Icom CI-V family (rows 5-10, 12), the Kenwoods (14, 15) and the PCR1000
-// and AOR receivers (11, 16) plug in here: fill their operations when their
+// The Icom CI-V family (rows 5-10, 12), the TS-2000 (14) and the AOR
+// receiver (16) plug in here: fill their operations when their
 // drivers land; until then their rows can be chosen but fail the first tuning,
 // which switches the radio off with a beep.
 
 #include <cmath>
 
 #include "radio/driver.h"
+#include "radio/pcr1000.h"
+#include "radio/ts50.h"
 #include "radio/yaesu.h"
 
 namespace veloran {
@@ -17,8 +19,8 @@ namespace {
 
 // The Yaesu drivers take no CI-V address.
 template <int (*Driver)(int, double, double, int, int, int, bool, bool)>
-int withoutAddress(int fd, int, double up, double down, int commMode, int gTone, int gCTone, bool force,
-                   bool debug) {
+int withoutAddress(int fd, int, double up, double down, int commMode, int gTone, int gCTone,
+                   bool force, bool debug) {
     return Driver(fd, up, down, commMode, gTone, gCTone, force, debug);
 }
 
@@ -33,33 +35,38 @@ constexpr double kPcr1000SMeter = 1.0 / 2.54;
 constexpr double kTs2000SMeter = 1.666;
 
 const RadioDriver kRadios[kRadioCount] = {
-    {"FT-736R", Start736R, Kill736R, withoutAddress<Set736VFO>, Squelched736R, kYaesuSMeter, nullptr},
+    {"FT-736R", Start736R, Kill736R, withoutAddress<Set736VFO>, Squelched736R, kYaesuSMeter,
+     nullptr, YaesuRadioAnswers},
     {"FT-847", Start847, Kill847, withoutAddress<Set847VFO>, Squelched847, kYaesuSMeter,
-     dialWithoutAddress<DownLinkChanged847>},
+     dialWithoutAddress<DownLinkChanged847>, YaesuRadioAnswers},
     {"FT-817", Start817, Kill817, withoutAddress<SetFT817VFO>, Squelched817, kYaesuSMeter,
-     dialWithoutAddress<DownLinkChanged817>},
-    {"FT-100D", nullptr, nullptr, withoutAddress<Set100DVFO>, nullptr, 0.0, dialWithoutAddress<DownLinkChanged100>},
-    {"VR-5000", StartVR5000, KillVR5000, withoutAddress<SetVR5000VFO>, nullptr, 0.0, nullptr},
+     dialWithoutAddress<DownLinkChanged817>, YaesuRadioAnswers},
+    {"FT-100D", nullptr, nullptr, withoutAddress<Set100DVFO>, nullptr, 0.0,
+     dialWithoutAddress<DownLinkChanged100>, FT100Answers},
+    {"VR-5000", StartVR5000, KillVR5000, withoutAddress<SetVR5000VFO>, nullptr, 0.0, nullptr,
+     nullptr},
     // Set821HVFO / DownLinkChanged821
-    {"IC-820", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    {"IC-821", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-820", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
+    {"IC-821", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Set910VFO / DownLinkChanged910
-    {"IC-910", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-910", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Set821HVFO / DownLinkChanged821
-    {"IC-970", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-970", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Set706VFO
-    {"IC-706", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    {"IC-706MKII", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    // StartPCR1000 / SetPCR1000VFO / SquelchedPCR1000
-    {"PCR1000", nullptr, nullptr, nullptr, nullptr, kPcr1000SMeter, nullptr},
+    {"IC-706", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
+    {"IC-706MKII", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
+    {"PCR1000", StartPCR1000, nullptr, withoutAddress<SetPCR1000VFO>, SquelchedPCR1000,
+     kPcr1000SMeter, nullptr, nullptr},
+    // Set706VFO
+    {"IC-706MKIIG", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // Never connected: choosing it makes every tuning fail on purpose.
-    {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
     // StartTS2000 / KillTS2000 / SetTS2000VFO / SquelchedTS2000 / DownLinkChangedTS2000
-    {"TS-2000", nullptr, nullptr, nullptr, nullptr, kTs2000SMeter, nullptr},
-    // StartTS50 / KillTS50 / SetTS50VFO / DownLinkChangedTS50
-    {"TS-50", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"TS-2000", nullptr, nullptr, nullptr, nullptr, kTs2000SMeter, nullptr, nullptr},
+    {"TS-50", StartTS50, KillTS50, withoutAddress<SetTS50VFO>, nullptr, 0.0,
+     dialWithoutAddress<DownLinkChangedTS50>, nullptr},
     // SetAORVFO / SquelchedAOR
-    {"AOR AR8000", nullptr, nullptr, nullptr, nullptr, kYaesuSMeter, nullptr},
+    {"AOR AR8000", nullptr, nullptr, nullptr, nullptr, kYaesuSMeter, nullptr, nullptr},
 };
 
 }  // namespace
@@ -77,7 +84,8 @@ uint32_t RadioHertz(double mhz) {
     return static_cast<uint32_t>(hertz);
 }
 
-int DriverCommonStart(LastSent* last, double upMHz, double downMHz, bool force, uint32_t* upHz, uint32_t* downHz) {
+int DriverCommonStart(LastSent* last, double upMHz, double downMHz, bool force, uint32_t* upHz,
+                      uint32_t* downHz) {
     const uint32_t up = RadioHertz(upMHz);
     const uint32_t down = RadioHertz(downMHz);
     if (upHz) *upHz = up;
@@ -95,7 +103,18 @@ bool IsSingleChannelMode(int commMode) {
 
 bool IsTwoBandMode(int commMode) {
     switch (commMode) {
-        case 2: case 3: case 4: case 5: case 7: case 8: case 9: case 10: case 11: case 13: case 14: case 17:
+        case 2:
+        case 3:
+        case 4:
+        case 5:
+        case 7:
+        case 8:
+        case 9:
+        case 10:
+        case 11:
+        case 13:
+        case 14:
+        case 17:
             return true;
         default:
             return false;

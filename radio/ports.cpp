@@ -38,7 +38,8 @@ std::vector<fs::path> sortedEntries(const fs::path& folder, const char* prefix) 
 }
 
 const PortNameRecord* portAt(const PortNameRecord* ports, int index) {
-    if (!ports || index < 0 || index >= kMaxSerialPorts || ports[index].bsdPath[0] == 0) return nullptr;
+    if (!ports || index < 0 || index >= kMaxSerialPorts || ports[index].bsdPath[0] == 0)
+        return nullptr;
     return &ports[index];
 }
 
@@ -62,7 +63,8 @@ int DevSerialPortList::findPorts(PortNameRecord* ports, int maxPorts) {
     };
     // The by-id names carry the adapter's make and serial number, the most
     // useful thing to show; they are links to the ttyUSB/ttyACM nodes.
-    for (const fs::path& p : sortedEntries(root / "serial" / "by-id", nullptr)) add(p, p.filename().string());
+    for (const fs::path& p : sortedEntries(root / "serial" / "by-id", nullptr))
+        add(p, p.filename().string());
     for (const char* prefix : {"ttyUSB", "ttyACM", "ttyS"}) {
         for (const fs::path& p : sortedEntries(root, prefix)) add(p, p.filename().string());
     }
@@ -89,7 +91,8 @@ int countSerialPorts(SerialPortList* list, PortNameRecord* ports, bool debug) {
 }
 
 int addTypedPort(PortNameRecord* ports, const char* path) {
-    if (!ports || !path || path[0] == 0 || std::strlen(path) >= sizeof(PortNameRecord::bsdPath)) return -1;
+    if (!ports || !path || path[0] == 0 || std::strlen(path) >= sizeof(PortNameRecord::bsdPath))
+        return -1;
     for (int i = 0; i < kMaxSerialPorts; ++i) {
         if (std::strcmp(ports[i].bsdPath, path) == 0) return i;
     }
@@ -102,8 +105,8 @@ int addTypedPort(PortNameRecord* ports, const char* path) {
     return -1;
 }
 
-int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports, const char* versionString,
-                    RadioUi* ui) {
+int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
+                    const char* versionString, RadioUi* ui) {
     if (!site) return 0;
     const bool debug = site->debug != 0;
     if (debug) std::fprintf(stderr, "connectToRadio, state : %d\n", checked ? 1 : 0);
@@ -128,15 +131,20 @@ int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports, co
             site->radioPortFileDescriptor = -1;
             if (ui) ui->setRadioChecked(false);
         } else {
-            site->radioPortFileDescriptor = openSerialPort(port->bsdPath, site->radioBaud, site->radio, debug);
+            site->radioPortFileDescriptor =
+                openSerialPort(port->bsdPath, site->radioBaud, site->radio, debug);
             if (site->radioPortFileDescriptor != -1) {
-                if (debug) std::fprintf(stderr, "Radio serial port %s open. v%s.\n", port->userName, version);
+                if (debug)
+                    std::fprintf(stderr, "Radio serial port %s open. v%s.\n", port->userName,
+                                 version);
                 site->vfo_enabled = 1;
                 startRadioDriver(site);
                 open = 1;
             } else {
                 if (ui) ui->beep();
-                if (debug) std::fprintf(stderr, "Radio serial port %s open failed. v%s.\n", port->userName, version);
+                if (debug)
+                    std::fprintf(stderr, "Radio serial port %s open failed. v%s.\n", port->userName,
+                                 version);
                 site->vfo_enabled = 0;
                 if (ui) ui->setRadioChecked(false);
             }
@@ -168,7 +176,8 @@ int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, 
             site->gatewayPortFileDescriptor = -1;
             if (ui) ui->setGatewayChecked(false);
         } else {
-            site->gatewayPortFileDescriptor = openSerialPort(port->bsdPath, site->gatewayBaud, site->radio, debug);
+            site->gatewayPortFileDescriptor =
+                openSerialPort(port->bsdPath, site->gatewayBaud, site->radio, debug);
             if (site->gatewayPortFileDescriptor != -1) {
                 if (debug) std::fprintf(stderr, "Serial port %s open.\n", port->userName);
                 site->gateway_enabled = 1;

@@ -47,8 +47,8 @@ int addTypedPort(PortNameRecord* ports, const char* path);
 // port when off; when on, (re)opens the port at radioPort with radioBaud and
 // starts the driver. Returns 1 when the radio is now open: the caller then
 // handles the satellite anew so the radio is tuned at once.
-int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports, const char* versionString,
-                    RadioUi* ui);
+int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
+                    const char* versionString, RadioUi* ui);
 // The same for the gateway board; 1 when open.
 int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, RadioUi* ui);
 

@@ -20,18 +20,35 @@ namespace veloran {
 
 namespace {
 
-int realOpen(const char* path, int flags) { return ::open(path, flags); }
-int realSetFileStatus(int fd, int flags) { return ::fcntl(fd, F_SETFL, flags); }
-int realGetAttributes(int fd, struct termios* attrs) { return ::tcgetattr(fd, attrs); }
-int realSetAttributes(int fd, int when, const struct termios* attrs) { return ::tcsetattr(fd, when, attrs); }
-int realDrain(int fd) { return ::tcdrain(fd); }
-int realClose(int fd) { return ::close(fd); }
-ssize_t realWrite(int fd, const void* bytes, size_t count) { return ::write(fd, bytes, count); }
-ssize_t realRead(int fd, void* bytes, size_t count) { return ::read(fd, bytes, count); }
+int realOpen(const char* path, int flags) {
+    return ::open(path, flags);
+}
+int realSetFileStatus(int fd, int flags) {
+    return ::fcntl(fd, F_SETFL, flags);
+}
+int realGetAttributes(int fd, struct termios* attrs) {
+    return ::tcgetattr(fd, attrs);
+}
+int realSetAttributes(int fd, int when, const struct termios* attrs) {
+    return ::tcsetattr(fd, when, attrs);
+}
+int realDrain(int fd) {
+    return ::tcdrain(fd);
+}
+int realClose(int fd) {
+    return ::close(fd);
+}
+ssize_t realWrite(int fd, const void* bytes, size_t count) {
+    return ::write(fd, bytes, count);
+}
+ssize_t realRead(int fd, void* bytes, size_t count) {
+    return ::read(fd, bytes, count);
+}
 
 double realMicroseconds() {
     using namespace std::chrono;
-    return static_cast<double>(duration_cast<microseconds>(steady_clock::now().time_since_epoch()).count());
+    return static_cast<double>(
+        duration_cast<microseconds>(steady_clock::now().time_since_epoch()).count());
 }
 
 // A short sleep between empty polls keeps a waiting read from taking a whole
@@ -40,9 +57,9 @@ void realIdle(double microseconds) {
     std::this_thread::sleep_for(std::chrono::microseconds(static_cast<long>(microseconds)));
 }
 
-const SerialSystem kRealSystem = {realOpen,  realSetFileStatus, realGetAttributes, realSetAttributes,
-                                  realDrain, realClose,         realWrite,         realRead,
-                                  realMicroseconds, realIdle};
+const SerialSystem kRealSystem = {
+    realOpen,  realSetFileStatus, realGetAttributes, realSetAttributes, realDrain,
+    realClose, realWrite,         realRead,          realMicroseconds,  realIdle};
 
 const SerialSystem* gSystem = &kRealSystem;
 
@@ -61,8 +78,10 @@ constexpr int kFlushCount = 255;
 std::string renderForLog(const unsigned char* bytes, int count) {
     if (count <= 0) return std::string();
     std::string text(static_cast<size_t>(count) * 5 + 1, '\0');
-    if (isPrintString(bytes, count)) asciiString(bytes, text.data(), count);
-    else hexString(bytes, text.data(), count);
+    if (isPrintString(bytes, count))
+        asciiString(bytes, text.data(), count);
+    else
+        hexString(bytes, text.data(), count);
     text.resize(std::strlen(text.c_str()));
     return text;
 }
@@ -96,17 +115,24 @@ void flushGateway(int fd, bool debug) {
 // Linux termios has no 14400 or 28800 bit/s constant; those rows keep the
 // port's own speed (B0 marks them).
 const BaudRate kBaudTable[kBaudTableSize] = {
-    {B300, 300, 1},       {B600, 600, 1},     {B1200, 1200, 1},   {B2400, 2400, 1},   {B4800, 4800, 2},
-    {B9600, 9600, 1},     {B0, 14400, 1},     {B19200, 19200, 1}, {B0, 28800, 1},     {B38400, 38400, 1},
-    {B57600, 57600, 1},   {B115200, 115200, 1}, {B230400, 230400, 1},
+    {B300, 300, 1},       {B600, 600, 1},     {B1200, 1200, 1},   {B2400, 2400, 1},
+    {B4800, 4800, 2},     {B9600, 9600, 1},   {B0, 14400, 1},     {B19200, 19200, 1},
+    {B0, 28800, 1},       {B38400, 38400, 1}, {B57600, 57600, 1}, {B115200, 115200, 1},
+    {B230400, 230400, 1},
 };
 
 struct termios gOriginalTTYAttrs;
 
-const SerialSystem* RealSerialSystem() { return &kRealSystem; }
-void SetSerialSystem(const SerialSystem* sys) { gSystem = sys ? sys : &kRealSystem; }
+const SerialSystem* RealSerialSystem() {
+    return &kRealSystem;
+}
+void SetSerialSystem(const SerialSystem* sys) {
+    gSystem = sys ? sys : &kRealSystem;
+}
 
-unsigned long SerialTicks() { return static_cast<unsigned long>(gSystem->microseconds() * 60.0 / 1000000.0); }
+unsigned long SerialTicks() {
+    return static_cast<unsigned long>(gSystem->microseconds() * 60.0 / 1000000.0);
+}
 
 int openSerialPort(const char* path, int baudIndex, int radio, bool debug) {
     if (!path) return -1;
@@ -114,17 +140,22 @@ int openSerialPort(const char* path, int baudIndex, int radio, bool debug) {
     // controlling terminal so that a pseudo-terminal never becomes ours.
     const int fd = gSystem->openPort(path, O_RDWR | O_NOCTTY | O_NONBLOCK);
     if (fd == -1) {
-        if (debug) std::fprintf(stderr, "Error opening serial port %s - %s(%d).\n", path, std::strerror(errno), errno);
+        if (debug)
+            std::fprintf(stderr, "Error opening serial port %s - %s(%d).\n", path,
+                         std::strerror(errno), errno);
         return -1;
     }
     if (gSystem->setFileStatus(fd, 0) == -1) {
-        if (debug) std::fprintf(stderr, "Error clearing O_NONBLOCK %s - %s(%d).\n", path, std::strerror(errno), errno);
+        if (debug)
+            std::fprintf(stderr, "Error clearing O_NONBLOCK %s - %s(%d).\n", path,
+                         std::strerror(errno), errno);
         gSystem->closePort(fd);
         return -1;
     }
     if (gSystem->getAttributes(fd, &gOriginalTTYAttrs) == -1) {
         if (debug) {
-            std::fprintf(stderr, "Error getting tty attributes %s - %s(%d).\n", path, std::strerror(errno), errno);
+            std::fprintf(stderr, "Error getting tty attributes %s - %s(%d).\n", path,
+                         std::strerror(errno), errno);
         }
         gSystem->closePort(fd);
         return -1;
@@ -151,15 +182,16 @@ int openSerialPort(const char* path, int baudIndex, int radio, bool debug) {
     options.c_cc[VTIME] = 0;
     if (gSystem->setAttributes(fd, TCSANOW, &options) == -1) {
         if (debug) {
-            std::fprintf(stderr, "Error setting tty attributes %s - %s(%d).\n", path, std::strerror(errno), errno);
+            std::fprintf(stderr, "Error setting tty attributes %s - %s(%d).\n", path,
+                         std::strerror(errno), errno);
         }
         gSystem->closePort(fd);
         return -1;
     }
     if (debug) {
         std::fprintf(stderr, "Port %s open. iBaud: %d, oBaud: %d Radio: %d c_cflag %x\n", path,
-                     bitsPerSecondOf(cfgetispeed(&options)), bitsPerSecondOf(cfgetospeed(&options)), radio,
-                     static_cast<unsigned>(options.c_cflag));
+                     bitsPerSecondOf(cfgetispeed(&options)), bitsPerSecondOf(cfgetospeed(&options)),
+                     radio, static_cast<unsigned>(options.c_cflag));
     }
     return fd;
 }
@@ -171,13 +203,18 @@ void closeSerialPort(int fd, bool debug) {
         std::fprintf(stderr, "Error waiting for drain - %s(%d).\n", std::strerror(errno), errno);
     }
     if (gSystem->setAttributes(fd, TCSANOW, &gOriginalTTYAttrs) == -1 && debug) {
-        std::fprintf(stderr, "Error resetting tty attributes - %s(%d).\n", std::strerror(errno), errno);
+        std::fprintf(stderr, "Error resetting tty attributes - %s(%d).\n", std::strerror(errno),
+                     errno);
     }
     gSystem->closePort(fd);
 }
 
-void SetCommandDelay(float milliseconds) { smsdelay = milliseconds; }
-float CommandDelay() { return smsdelay; }
+void SetCommandDelay(float milliseconds) {
+    smsdelay = milliseconds;
+}
+float CommandDelay() {
+    return smsdelay;
+}
 
 void MicrosecondDelay(double microseconds, int noYield) {
     const double start = gSystem->microseconds();
@@ -219,16 +256,18 @@ int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTi
         return 0;
     }
     const unsigned long start = SerialTicks();
-    const unsigned long deadline = start + static_cast<unsigned long>(timeoutTicks > 0 ? timeoutTicks : 0);
+    const unsigned long deadline =
+        start + static_cast<unsigned long>(timeoutTicks > 0 ? timeoutTicks : 0);
     int held = 0;
     while (held < maxCount) {
-        const ssize_t result = gSystem->readPort(fd, buffer + held, static_cast<size_t>(maxCount - held));
+        const ssize_t result =
+            gSystem->readPort(fd, buffer + held, static_cast<size_t>(maxCount - held));
         if (result < 0 && errno != EINTR && errno != EAGAIN) {
             if (debug) {
                 char stamp[32];
                 dateStamp(stamp);
-                std::fprintf(stderr, "%s Error reading from Serial Port - %s(%d).\n", stamp, std::strerror(errno),
-                             errno);
+                std::fprintf(stderr, "%s Error reading from Serial Port - %s(%d).\n", stamp,
+                             std::strerror(errno), errno);
             }
             break;
         }
@@ -247,12 +286,14 @@ void pushToTalk(int fd, int line, int on, bool debug) {
     flushGateway(fd, debug);
     // Active-low: transmitting resets the line, receiving sets it.
     char command[32];
-    const int length = std::snprintf(command, sizeof command, "%s%d\r", on == 1 ? "RESPA" : "SETPA", line);
+    const int length =
+        std::snprintf(command, sizeof command, "%s%d\r", on == 1 ? "RESPA" : "SETPA", line);
     sendRadioCommand(fd, command, length, debug);
     flushGateway(fd, debug);
 }
 
-int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks, bool debug) {
+int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks,
+                 bool debug) {
     if (fd == -1) return 1;
     const unsigned long start = SerialTicks();
     if (elapsedTicks) *elapsedTicks = 0;
@@ -288,8 +329,10 @@ void asciiString(const unsigned char* bytes, char* text, int count) {
     text[0] = 0;
     char* out = text;
     for (int i = 0; i < count; ++i) {
-        if (std::isprint(bytes[i])) out += std::sprintf(out, "%c", bytes[i]);
-        else out += std::sprintf(out, "<%02X>", bytes[i]);
+        if (std::isprint(bytes[i]))
+            out += std::sprintf(out, "%c", bytes[i]);
+        else
+            out += std::sprintf(out, "<%02X>", bytes[i]);
     }
 }
 

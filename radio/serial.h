@@ -23,8 +23,8 @@ struct SerialSystem {
     int (*closePort)(int fd);
     ssize_t (*writePort)(int fd, const void* bytes, size_t count);
     ssize_t (*readPort)(int fd, void* bytes, size_t count);
-    double (*microseconds)();          // a steady microsecond clock
-    void (*idle)(double microseconds); // pause between empty polls of a read
+    double (*microseconds)();           // a steady microsecond clock
+    void (*idle)(double microseconds);  // pause between empty polls of a read
 };
 
 // The real system calls on the steady clock.
@@ -37,9 +37,9 @@ unsigned long SerialTicks();
 
 // One row of the baud pop-up: index -> speed and stop bits.
 struct BaudRate {
-    speed_t speed;     // termios speed constant
+    speed_t speed;  // termios speed constant
     int bitsPerSecond;
-    int stopBits;      // 2 only at 4800 bit/s, whatever the device
+    int stopBits;  // 2 only at 4800 bit/s, whatever the device
 };
 constexpr int kBaudTableSize = 13;
 extern const BaudRate kBaudTable[kBaudTableSize];
@@ -85,7 +85,8 @@ void pushToTalk(int fd, int line, int on, bool debug);
 // 1 once input line `line` has read "0" (carrier-operated relay quiet) twice a
 // second apart, with the ticks waited in *elapsedTicks; 0 on time-out or when
 // the board stops answering. A closed port (-1) returns 1 at once.
-int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks, bool debug);
+int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks,
+                 bool debug);
 
 // "%02X " per byte into `text` (3 x count + 1 bytes). Null pointers: nothing.
 void hexString(const unsigned char* bytes, char* text, int count);

@@ -14,7 +14,9 @@ namespace {
 constexpr double kDialLimitMHz = 0.05;  // larger jumps are band or memory changes on the radio
 constexpr int kDisconnectedRadio = 13;
 
-bool isInvertingMode(int commMode) { return commMode == 3 || commMode == 4 || commMode == 7 || commMode == 8; }
+bool isInvertingMode(int commMode) {
+    return commMode == 3 || commMode == 4 || commMode == 7 || commMode == 8;
+}
 
 void storeSwitch(Bool32* field, const char* key, bool on, RadioUi* ui) {
     *field = on ? 1 : 0;
@@ -23,12 +25,15 @@ void storeSwitch(Bool32* field, const char* key, bool on, RadioUi* ui) {
 
 }  // namespace
 
-int SetVFO(int radio, int fd, int icomAddress, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
-           bool force, bool debug) {
+int SetVFO(int radio, int fd, int icomAddress, double upMHz, double downMHz, int commMode,
+           int gTone, int gCTone, bool force, bool debug) {
     if (radio == kDisconnectedRadio) return 0;
     const RadioDriver* driver = RadioDriverFor(radio);
     if (!driver || !driver->setFrequencies) return 0;
-    return driver->setFrequencies(fd, icomAddress, upMHz, downMHz, commMode, gTone, gCTone, force, debug) ? 1 : 0;
+    return driver->setFrequencies(fd, icomAddress, upMHz, downMHz, commMode, gTone, gCTone, force,
+                                  debug)
+               ? 1
+               : 0;
 }
 
 int Band(double mhz) {
@@ -77,7 +82,8 @@ void calculateFrequencies(VFORec* vfo, const SiteRec* site, const ModeRec* mode)
     }
 }
 
-int updateVFO(VFORec* vfo, SiteRec* site, SatRec* mainSat, const SatRec* bpSat, bool force, RadioUi* ui) {
+int updateVFO(VFORec* vfo, SiteRec* site, SatRec* mainSat, const SatRec* bpSat, bool force,
+              RadioUi* ui) {
     if (!vfo || !site) return 1;
     const ModeRec* mode = SelectedMode(mainSat);
     calculateFrequencies(vfo, site, mode);
@@ -88,8 +94,8 @@ int updateVFO(VFORec* vfo, SiteRec* site, SatRec* mainSat, const SatRec* bpSat, 
         force = true;
     }
     if (!mode) return 1;
-    if (SetVFO(site->radio, site->radioPortFileDescriptor, site->icomAddress, vfo->up, vfo->down, mode->commMode,
-               mode->gTone, mode->gCTone, force, site->debug != 0)) {
+    if (SetVFO(site->radio, site->radioPortFileDescriptor, site->icomAddress, vfo->up, vfo->down,
+               mode->commMode, mode->gTone, mode->gCTone, force, site->debug != 0)) {
         return 1;
     }
     if (ui) ui->beep();
@@ -116,7 +122,8 @@ int checkTuningDial(const VFORec* vfo, const SiteRec* site, ModeRec* mode) {
     const RadioDriver* driver = RadioDriverFor(site->radio);
     if (!driver || !driver->downlinkChanged) return 0;
     int32_t changeHz = 0;
-    if (!driver->downlinkChanged(site->radioPortFileDescriptor, site->icomAddress, &changeHz, site->debug != 0)) {
+    if (!driver->downlinkChanged(site->radioPortFileDescriptor, site->icomAddress, &changeHz,
+                                 site->debug != 0)) {
         return 0;
     }
     const double d = changeHz / 1000000.0;
@@ -137,12 +144,14 @@ void checkSquelch(VFORec* vfo, const SiteRec* site, RadioUi* ui) {
     const int closed = driver->squelched(site->radioPortFileDescriptor, vfo, site->debug != 0);
     vfo->squelched = closed ? 1 : 0;
     if (!ui) return;
-    if (closed) ui->setSMeter(0);
-    else ui->setSMeter(static_cast<int>(vfo->signalStrength * driver->sMeterFactor));
+    if (closed)
+        ui->setSMeter(0);
+    else
+        ui->setSMeter(static_cast<int>(vfo->signalStrength * driver->sMeterFactor));
 }
 
-void applyUplinkStepper(ModeRec* mode, bool inverting, bool locked, double previousUp, double upValue,
-                        double* downStepper) {
+void applyUplinkStepper(ModeRec* mode, bool inverting, bool locked, double previousUp,
+                        double upValue, double* downStepper) {
     if (!mode) return;
     mode->TXOffset = upValue;
     if (!locked || !downStepper) return;
@@ -151,8 +160,8 @@ void applyUplinkStepper(ModeRec* mode, bool inverting, bool locked, double previ
     mode->RXOffset = *downStepper;
 }
 
-void applyDownlinkStepper(ModeRec* mode, bool inverting, bool locked, double previousDown, double downValue,
-                          double* upStepper) {
+void applyDownlinkStepper(ModeRec* mode, bool inverting, bool locked, double previousDown,
+                          double downValue, double* upStepper) {
     if (!mode) return;
     mode->RXOffset = downValue;
     if (!locked || !upStepper) return;
@@ -161,7 +170,8 @@ void applyDownlinkStepper(ModeRec* mode, bool inverting, bool locked, double pre
     mode->TXOffset = *upStepper;
 }
 
-void applySliderMove(ModeRec* mode, bool inverting, bool locked, double sliderValue, double* previousSlider) {
+void applySliderMove(ModeRec* mode, bool inverting, bool locked, double sliderValue,
+                     double* previousSlider) {
     if (!mode || !previousSlider) return;
     const double d = (sliderValue - *previousSlider) / 100.0;
     if (!locked) {
@@ -187,12 +197,28 @@ void setVfoLocked(SiteRec* site, bool on, RadioUi* ui) {
 
 RadioPrefsControls radioPrefsControls(int radio) {
     switch (radio) {
-        case 1: case 3: case 4: case 13: case 15: return {false, false, true};
-        case 2: case 14: return {false, true, true};
-        case 5: case 6: case 8: case 9: case 10: case 12: return {true, false, true};
-        case 7: return {true, true, true};
-        case 16: return {false, true, false};
-        default: return {false, false, false};  // 0, 11
+        case 1:
+        case 3:
+        case 4:
+        case 13:
+        case 15:
+            return {false, false, true};
+        case 2:
+        case 14:
+            return {false, true, true};
+        case 5:
+        case 6:
+        case 8:
+        case 9:
+        case 10:
+        case 12:
+            return {true, false, true};
+        case 7:
+            return {true, true, true};
+        case 16:
+            return {false, true, false};
+        default:
+            return {false, false, false};  // 0, 11
     }
 }
 

@@ -19,8 +19,8 @@ namespace veloran {
 
 // The radio's set-frequencies driver for radio index `radio`; 0 for index 13,
 // an index outside 0..16, a radio without a driver, or a closed port.
-int SetVFO(int radio, int fd, int icomAddress, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
-           bool force, bool debug);
+int SetVFO(int radio, int fd, int icomAddress, double upMHz, double downMHz, int commMode,
+           int gTone, int gCTone, bool force, bool debug);
 
 // Band code of a frequency in MHz: 1 up to 30, -1 between 30 and 144, 2 for
 // 144 to 430, 3 for 430 to 500, 4 above 500; exactly 500 has no band (-1).
@@ -41,7 +41,8 @@ void calculateFrequencies(VFORec* vfo, const SiteRec* site, const ModeRec* mode)
 // (main satellite not in view) an enabled `bpSat` lends its first mode's
 // operating mode and tones and the command is forced. When the driver fails:
 // beep, radio off, check box unticked; the result is then 0, else 1.
-int updateVFO(VFORec* vfo, SiteRec* site, SatRec* mainSat, const SatRec* bpSat, bool force, RadioUi* ui);
+int updateVFO(VFORec* vfo, SiteRec* site, SatRec* mainSat, const SatRec* bpSat, bool force,
+              RadioUi* ui);
 
 // The radio's start and stop drivers, when the radio is switched on; start
 // first sets the command delay.
@@ -60,15 +61,16 @@ void checkSquelch(VFORec* vfo, const SiteRec* site, RadioUi* ui);
 // follows it; with the lock on the downlink stepper value *downStepper moves
 // by the same change (its negative for an inverting transponder) and
 // RXOffset takes it. The caller then tunes without force and shows both.
-void applyUplinkStepper(ModeRec* mode, bool inverting, bool locked, double previousUp, double upValue,
-                        double* downStepper);
+void applyUplinkStepper(ModeRec* mode, bool inverting, bool locked, double previousUp,
+                        double upValue, double* downStepper);
 // The mirror image for the downlink stepper.
-void applyDownlinkStepper(ModeRec* mode, bool inverting, bool locked, double previousDown, double downValue,
-                          double* upStepper);
+void applyDownlinkStepper(ModeRec* mode, bool inverting, bool locked, double previousDown,
+                          double downValue, double* upStepper);
 // The trim slider moved to `sliderValue`: d = change / 100 MHz. Unlocked,
 // only TXOffset moves; locked, RXOffset moves by d and TXOffset by d (or -d
 // when inverting). *previousSlider takes the new value.
-void applySliderMove(ModeRec* mode, bool inverting, bool locked, double sliderValue, double* previousSlider);
+void applySliderMove(ModeRec* mode, bool inverting, bool locked, double sliderValue,
+                     double* previousSlider);
 
 // The three tuning check boxes: copy into the site and the user defaults
 // ("full_doppler_tuning", "beacon_enabled", "vfo_locked"). After the beacon

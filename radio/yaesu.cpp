@@ -21,8 +21,8 @@ constexpr uint8_t kSatModeOn = 0x4E;
 constexpr uint8_t kSatRxFrequency = 0x11;
 constexpr uint8_t kSatTxFrequency = 0x21;
 constexpr uint8_t kSatRxReadFrequency = 0x13;
-constexpr uint8_t kSatRxMode = 0x17;   // mode of the satellite receive VFO
-constexpr uint8_t kSatTxMode = 0x27;   // mode of the satellite transmit VFO
+constexpr uint8_t kSatRxMode = 0x17;  // mode of the satellite receive VFO
+constexpr uint8_t kSatTxMode = 0x27;  // mode of the satellite transmit VFO
 constexpr uint8_t kSatRxToneMode = 0x1A;
 constexpr uint8_t kSatRxToneFrequency = 0x1B;
 constexpr uint8_t kSatTxToneMode = 0x2A;
@@ -31,8 +31,8 @@ constexpr uint8_t kSatTxToneFrequency = 0x2B;
 // FT-817 extras.
 constexpr uint8_t kSplitOn = 0x02;
 constexpr uint8_t kSplitOff = 0x82;
-constexpr uint8_t kToggleVfo = 0x81;     // A/B
-constexpr uint8_t kReadEeprom = 0xBB;    // P1 P2 = address; reply: that byte and the next
+constexpr uint8_t kToggleVfo = 0x81;   // A/B
+constexpr uint8_t kReadEeprom = 0xBB;  // P1 P2 = address; reply: that byte and the next
 constexpr uint8_t kEepromVfoHigh = 0x00;
 constexpr uint8_t kEepromVfoLow = 0x55;  // bit 0 set while VFO B is current
 constexpr int kFt817ReplyTicks = 60;
@@ -44,18 +44,37 @@ constexpr uint32_t kFt847DialDeadBandHz = 50;
 // FT-847 satellite modes by commMode, in the order the set-up sends them.
 uint8_t Ft847FirstMode(int commMode) {
     switch (commMode) {
-        case 2: case 10: case 17: return kModeFM;
-        case 3: case 4: case 5: case 13: return kModeLSB;
-        case 7: case 8: case 9: case 14: return kModeCW;
-        default: return kModeUSB;  // 11
+        case 2:
+        case 10:
+        case 17:
+            return kModeFM;
+        case 3:
+        case 4:
+        case 5:
+        case 13:
+            return kModeLSB;
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+            return kModeCW;
+        default:
+            return kModeUSB;  // 11
     }
 }
 
 uint8_t Ft847SecondMode(int commMode) {
     switch (commMode) {
-        case 2: case 10: return kModeFM;
-        case 7: case 8: case 9: case 14: return kModeCW;
-        default: return kModeUSB;  // 3, 4, 5, 13
+        case 2:
+        case 10:
+            return kModeFM;
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+            return kModeCW;
+        default:
+            return kModeUSB;  // 3, 4, 5, 13
     }
 }
 
@@ -110,7 +129,7 @@ void selectVfo817(CatLine* line, bool wantA) {
     line->block(readVfo);
     unsigned char reply[4];
     const bool onB = line->read(reply, 2, kFt817ReplyTicks) > 0 && (reply[0] & 0x01) != 0;
-    if (onB != !wantA) return;
+    if (onB == !wantA) return;  // already on the wanted VFO
     line->d1(kToggleVfo, 1);
     ack817(line);
 }
@@ -162,7 +181,8 @@ void Kill847(int fd, bool debug) {
     line.read(reply, 1, kFt847ReplyTicks);
 }
 
-int Set847VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug) {
+int Set847VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
+              bool debug) {
     if (fd == -1) return 0;
     uint32_t up = 0, down = 0;
     if (!DriverCommonStart(&gState.ft847, upMHz, downMHz, force, &up, &down)) return 1;
@@ -192,9 +212,12 @@ int Set847VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int
             // as the original program did, so only the second one sticks.
             line.d1(kSatTxMode, Ft847FirstMode(commMode));
             line.flush();
-            if (commMode == 11) line.d1(kSatTxMode, kModeFM);
-            else if (commMode == 17) line.d1(kSatTxMode, kModeUSB);
-            else line.d1(kSatRxMode, Ft847SecondMode(commMode));
+            if (commMode == 11)
+                line.d1(kSatTxMode, kModeFM);
+            else if (commMode == 17)
+                line.d1(kSatTxMode, kModeUSB);
+            else
+                line.d1(kSatRxMode, Ft847SecondMode(commMode));
             line.flush();
             programFt847Tones(&line, gTone, gCTone, true);
         }
@@ -272,7 +295,8 @@ void VFO_A(int fd, bool wantA, bool debug) {
     selectVfo817(&line, wantA);
 }
 
-int SetFT817VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug) {
+int SetFT817VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+                bool force, bool debug) {
     if (fd == -1) return 0;
     uint32_t up = 0, down = 0;
     if (!DriverCommonStart(&gState.ft817, upMHz, downMHz, force, &up, &down)) return 1;

@@ -42,13 +42,15 @@ uint8_t FT847ToneCode(int index);
 // --- FT-736R (radio 0) --------------------------------------------------------
 void Start736R(int fd, bool debug);
 void Kill736R(int fd, bool debug);
-int Set736VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug);
+int Set736VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
+              bool debug);
 int Squelched736R(int fd, VFORec* vfo, bool debug);
 
 // --- FT-847 (radio 1) --------------------------------------------------------
 void Start847(int fd, bool debug);
 void Kill847(int fd, bool debug);
-int Set847VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug);
+int Set847VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
+              bool debug);
 int Squelched847(int fd, VFORec* vfo, bool debug);
 int DownLinkChanged847(int fd, int32_t* changeHz, bool debug);
 // Programs the repeater tone and tone squelch (indices, 0 = none); in
@@ -59,7 +61,8 @@ void CTCSS847(int fd, int gTone, int gCTone, bool satMode, bool debug);
 // --- FT-817 (radio 2) --------------------------------------------------------
 void Start817(int fd, bool debug);
 void Kill817(int fd, bool debug);
-int SetFT817VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug);
+int SetFT817VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+                bool force, bool debug);
 int Squelched817(int fd, VFORec* vfo, bool debug);
 int DownLinkChanged817(int fd, int32_t* changeHz, bool debug);
 // Tone programming of the FT-817 (indices, 0 = none).
@@ -68,13 +71,21 @@ void CTCSS(int fd, int gTone, int gCTone, bool debug);
 void VFO_A(int fd, bool wantA, bool debug);
 
 // --- FT-100D (radio 3) -------------------------------------------------------
-int Set100DVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug);
+int Set100DVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+               bool force, bool debug);
 int DownLinkChanged100(int fd, int32_t* changeHz, bool debug);
 
 // --- VR-5000 (radio 4) -------------------------------------------------------
 void StartVR5000(int fd, bool debug);
 void KillVR5000(int fd, bool debug);
-int SetVR5000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug);
+int SetVR5000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+                 bool force, bool debug);
+
+// 1 when the radio answers a receiver-status read (opcode E7) within half a
+// second: FT-736R, FT-847 (after CAT on), FT-817.
+int YaesuRadioAnswers(int fd, bool debug);
+// 1 when the FT-100D sends its status block.
+int FT100Answers(int fd, bool debug);
 
 // Forgets what every Yaesu driver last sent and the FT-847's satellite-mode
 // flag, as at program start (a new radio session, or a test).

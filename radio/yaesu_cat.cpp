@@ -15,35 +15,68 @@ namespace yaesu {
 
 State gState = {};
 
-void CatLine::d1(uint8_t opcode, uint8_t p) { sent(YaesuCommand_d1(fd, opcode, p, debug)); }
-void CatLine::d4(uint8_t opcode, uint8_t p) { sent(YaesuCommand_d4(fd, opcode, p, debug)); }
-void CatLine::frequency(uint8_t opcode, uint32_t hertz) { sent(YaesuSetFrequency(fd, opcode, hertz, debug)); }
-void CatLine::block(const unsigned char* five) { sent(sendRadioCommand(fd, five, 5, debug)); }
+void CatLine::d1(uint8_t opcode, uint8_t p) {
+    if (ok) sent(YaesuCommand_d1(fd, opcode, p, debug));
+}
+void CatLine::d4(uint8_t opcode, uint8_t p) {
+    if (ok) sent(YaesuCommand_d4(fd, opcode, p, debug));
+}
+void CatLine::frequency(uint8_t opcode, uint32_t hertz) {
+    if (ok) sent(YaesuSetFrequency(fd, opcode, hertz, debug));
+}
+void CatLine::block(const unsigned char* five) {
+    if (ok) sent(sendRadioCommand(fd, five, 5, debug));
+}
 
 void CatLine::flush() {
+    if (!ok) return;
     unsigned char reply[kFlushCount + 1];
     readRadioResponse(fd, reply, kFlushCount, 0, debug);
 }
 
 int CatLine::read(unsigned char* reply, int count, int ticks) {
+    if (!ok) {
+        reply[0] = 0;
+        return 0;
+    }
     if (count > 32) count = 32;
     return readRadioResponse(fd, reply, count, ticks, debug);
 }
 
 uint8_t UplinkModeFor(int commMode) {
     switch (commMode) {
-        case 2: case 10: case 11: return kModeFM;
-        case 3: case 4: case 5: case 13: return kModeLSB;
-        case 7: case 8: case 9: case 14: return kModeCW;
-        default: return kModeUSB;  // 17, J_EXP
+        case 2:
+        case 10:
+        case 11:
+            return kModeFM;
+        case 3:
+        case 4:
+        case 5:
+        case 13:
+            return kModeLSB;
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+            return kModeCW;
+        default:
+            return kModeUSB;  // 17, J_EXP
     }
 }
 
 uint8_t DownlinkModeFor(int commMode) {
     switch (commMode) {
-        case 2: case 10: case 17: return kModeFM;
-        case 7: case 8: case 9: case 14: return kModeCW;
-        default: return kModeUSB;  // 3, 4, 5, 11, 13
+        case 2:
+        case 10:
+        case 17:
+            return kModeFM;
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+            return kModeCW;
+        default:
+            return kModeUSB;  // 3, 4, 5, 11, 13
     }
 }
 
@@ -59,9 +92,10 @@ namespace {
 
 // The standard 50-tone EIA CTCSS set in ascending order, tenths of hertz.
 constexpr int kCtcssTenths[50] = {
-    670,  693,  719,  744,  770,  797,  825,  854,  885,  915,  948,  974,  1000, 1035, 1072, 1109, 1148,
-    1188, 1230, 1273, 1318, 1365, 1413, 1462, 1514, 1567, 1598, 1622, 1655, 1679, 1713, 1738, 1773, 1799,
-    1835, 1862, 1899, 1928, 1966, 1995, 2035, 2065, 2107, 2181, 2257, 2291, 2336, 2418, 2503, 2541,
+    670,  693,  719,  744,  770,  797,  825,  854,  885,  915,  948,  974,  1000,
+    1035, 1072, 1109, 1148, 1188, 1230, 1273, 1318, 1365, 1413, 1462, 1514, 1567,
+    1598, 1622, 1655, 1679, 1713, 1738, 1773, 1799, 1835, 1862, 1899, 1928, 1966,
+    1995, 2035, 2065, 2107, 2181, 2257, 2291, 2336, 2418, 2503, 2541,
 };
 
 // The FT-847 CAT manual's CTCSS code chart: the 39 tones the radio can
@@ -71,12 +105,13 @@ struct Ft847Tone {
     uint8_t code;
 };
 constexpr Ft847Tone kFt847Tones[] = {
-    {670, 0x3F},  {693, 0x39},  {719, 0x1F},  {744, 0x3E},  {770, 0x0F},  {797, 0x3D},  {825, 0x1E},
-    {854, 0x3C},  {885, 0x0E},  {915, 0x3B},  {948, 0x1D},  {974, 0x3A},  {1000, 0x0D}, {1035, 0x1C},
-    {1072, 0x0C}, {1109, 0x1B}, {1148, 0x0B}, {1188, 0x1A}, {1230, 0x0A}, {1273, 0x19}, {1318, 0x09},
-    {1365, 0x18}, {1413, 0x08}, {1462, 0x17}, {1514, 0x07}, {1567, 0x16}, {1622, 0x06}, {1679, 0x15},
-    {1738, 0x05}, {1799, 0x14}, {1862, 0x04}, {1928, 0x13}, {2035, 0x03}, {2107, 0x12}, {2181, 0x02},
-    {2257, 0x11}, {2336, 0x01}, {2418, 0x10}, {2503, 0x00},
+    {670, 0x3F},  {693, 0x39},  {719, 0x1F},  {744, 0x3E},  {770, 0x0F},  {797, 0x3D},
+    {825, 0x1E},  {854, 0x3C},  {885, 0x0E},  {915, 0x3B},  {948, 0x1D},  {974, 0x3A},
+    {1000, 0x0D}, {1035, 0x1C}, {1072, 0x0C}, {1109, 0x1B}, {1148, 0x0B}, {1188, 0x1A},
+    {1230, 0x0A}, {1273, 0x19}, {1318, 0x09}, {1365, 0x18}, {1413, 0x08}, {1462, 0x17},
+    {1514, 0x07}, {1567, 0x16}, {1622, 0x06}, {1679, 0x15}, {1738, 0x05}, {1799, 0x14},
+    {1862, 0x04}, {1928, 0x13}, {2035, 0x03}, {2107, 0x12}, {2181, 0x02}, {2257, 0x11},
+    {2336, 0x01}, {2418, 0x10}, {2503, 0x00},
 };
 
 // "%09d" of the hertz, first eight digits: 10 Hz units, the 1 Hz digit
@@ -105,7 +140,8 @@ void YaesuBCDPack(uint32_t hertz, unsigned char* out4) {
     if (!out4) return;
     char d[8];
     nineDigits(hertz, d);
-    for (int i = 0; i < 4; ++i) out4[i] = static_cast<unsigned char>(((d[2 * i] - '0') << 4) | (d[2 * i + 1] - '0'));
+    for (int i = 0; i < 4; ++i)
+        out4[i] = static_cast<unsigned char>(((d[2 * i] - '0') << 4) | (d[2 * i + 1] - '0'));
 }
 
 void YaesuBCDPackReverse(uint32_t hertz, unsigned char* out4) {
@@ -126,7 +162,8 @@ void YaesuHexPack(uint32_t hertz, unsigned char* out4) {
 
 uint32_t YaesuBinaryUnPack(const unsigned char* in4) {
     if (!in4) return 0;
-    return (uint32_t{in4[0]} << 24) | (uint32_t{in4[1]} << 16) | (uint32_t{in4[2]} << 8) | uint32_t{in4[3]};
+    return (uint32_t{in4[0]} << 24) | (uint32_t{in4[1]} << 16) | (uint32_t{in4[2]} << 8) |
+           uint32_t{in4[3]};
 }
 
 int YaesuCommand_d1(int fd, uint8_t opcode, uint8_t p, bool debug) {
@@ -167,6 +204,8 @@ uint8_t FT847ToneCode(int index) {
     return best->code;
 }
 
-void ResetYaesuDriverState() { yaesu::gState = {}; }
+void ResetYaesuDriverState() {
+    yaesu::gState = {};
+}
 
 }  // namespace veloran

@@ -25,20 +25,20 @@ constexpr uint8_t k736CatOff = 0x80;         // the FT-736R wants 80 in all five
 constexpr int k736ReplyTicks = 30;
 
 // FT-100D.
-constexpr uint8_t k100SetFrequency = 0x0A;   // 4 BCD bytes, least significant pair first
+constexpr uint8_t k100SetFrequency = 0x0A;  // 4 BCD bytes, least significant pair first
 constexpr uint8_t k100SetMode = 0x0C;
 constexpr uint8_t k100ModeUSB = 0x01;
 constexpr uint8_t k100ModeCW = 0x02;
 constexpr uint8_t k100ModeAM = 0x04;
 constexpr uint8_t k100ModeFM = 0x06;
 constexpr uint8_t k100ModeWFM = 0x07;
-constexpr uint8_t k100ReadStatus = 0x10;     // P4 0: 16-byte status of the current VFO
+constexpr uint8_t k100ReadStatus = 0x10;  // P4 0: 16-byte status of the current VFO
 constexpr int k100StatusLength = 16;
 constexpr int k100ReplyTicks = 30;
 constexpr uint32_t k100DialDeadBandHz = 50;
 
 // VR-5000.
-constexpr uint8_t kVR5000ModeP2 = 0x21;      // P2 of the mode command
+constexpr uint8_t kVR5000ModeP2 = 0x21;  // P2 of the mode command
 constexpr uint8_t kVR5000ModeAM = 0x04;
 constexpr uint8_t kVR5000ModeUSB = 0x01;
 constexpr uint8_t kVR5000ModeFM = 0x88;
@@ -56,22 +56,69 @@ void program736Tone(CatLine* line, int gTone) {
 // FT-100D mode for a commMode; false when the mode is not one to set.
 bool mode100For(int commMode, uint8_t* mode) {
     switch (commMode) {
-        case 15: *mode = k100ModeAM; return true;
-        case 12: *mode = k100ModeWFM; return true;
-        case 16: case 3: case 4: case 5: case 11: case 13: *mode = k100ModeUSB; return true;
-        case 1: case 6: case 2: case 10: case 17: *mode = k100ModeFM; return true;
-        case 7: case 8: case 9: case 14: case -1: *mode = k100ModeCW; return true;
-        default: return false;
+        case 15:
+            *mode = k100ModeAM;
+            return true;
+        case 12:
+            *mode = k100ModeWFM;
+            return true;
+        case 16:
+        case 3:
+        case 4:
+        case 5:
+        case 11:
+        case 13:
+            *mode = k100ModeUSB;
+            return true;
+        case 1:
+        case 6:
+        case 2:
+        case 10:
+        case 17:
+            *mode = k100ModeFM;
+            return true;
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+        case -1:
+            *mode = k100ModeCW;
+            return true;
+        default:
+            return false;
     }
 }
 
 bool modeVR5000For(int commMode, uint8_t* mode) {
     switch (commMode) {
-        case 15: *mode = kVR5000ModeAM; return true;
-        case 16: case 3: case 4: case 5: case 11: case 13: *mode = kVR5000ModeUSB; return true;
-        case 1: case 6: case 12: case 2: case 10: case 17: *mode = kVR5000ModeFM; return true;
-        case 7: case 8: case 9: case 14: case -1: *mode = kVR5000ModeCW; return true;
-        default: return false;
+        case 15:
+            *mode = kVR5000ModeAM;
+            return true;
+        case 16:
+        case 3:
+        case 4:
+        case 5:
+        case 11:
+        case 13:
+            *mode = kVR5000ModeUSB;
+            return true;
+        case 1:
+        case 6:
+        case 12:
+        case 2:
+        case 10:
+        case 17:
+            *mode = kVR5000ModeFM;
+            return true;
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+        case -1:
+            *mode = kVR5000ModeCW;
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -92,7 +139,8 @@ void Kill736R(int fd, bool debug) {
     CatLine{fd, debug}.block(off);
 }
 
-int Set736VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug) {
+int Set736VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
+              bool debug) {
     (void)gCTone;  // the FT-736R has a tone encoder only
     if (fd == -1) return 0;
     uint32_t up = 0, down = 0;
@@ -140,9 +188,19 @@ int Squelched736R(int fd, VFORec* vfo, bool debug) {
     return level == 0 ? 1 : 0;
 }
 
+int YaesuRadioAnswers(int fd, bool debug) {
+    if (fd == -1) return 0;
+    CatLine line{fd, debug};
+    line.flush();
+    line.d1(kReadRxStatus, 0);
+    unsigned char reply[4];
+    return line.read(reply, 1, k736ReplyTicks) == 1 ? 1 : 0;
+}
+
 // --- FT-100D ----------------------------------------------------------------
 
-int Set100DVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug) {
+int Set100DVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+               bool force, bool debug) {
     (void)gTone;
     (void)gCTone;
     if (fd == -1) return 0;
@@ -153,7 +211,7 @@ int Set100DVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, in
     CatLine line{fd, debug};
     if (force) line.d1(k100SetMode, mode);
     // Receive only: the FT-100D follows the downlink.
-    line.sent(YaesuSetFrequencyRev(fd, k100SetFrequency, down, debug));
+    if (line.ok) line.sent(YaesuSetFrequencyRev(fd, k100SetFrequency, down, debug));
     return line.ok ? 1 : 0;
 }
 
@@ -174,6 +232,15 @@ int DownLinkChanged100(int fd, int32_t* changeHz, bool debug) {
     return 1;
 }
 
+int FT100Answers(int fd, bool debug) {
+    if (fd == -1) return 0;
+    CatLine line{fd, debug};
+    line.flush();
+    line.d4(k100ReadStatus, 0);
+    unsigned char reply[k100StatusLength + 1];
+    return line.read(reply, k100StatusLength, k100ReplyTicks) == k100StatusLength ? 1 : 0;
+}
+
 // --- VR-5000 ----------------------------------------------------------------
 
 void StartVR5000(int fd, bool debug) {
@@ -190,8 +257,8 @@ void KillVR5000(int fd, bool debug) {
     line.flush();
 }
 
-int SetVR5000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
-                 bool debug) {
+int SetVR5000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+                 bool force, bool debug) {
     (void)gTone;
     (void)gCTone;
     if (fd == -1) return 0;

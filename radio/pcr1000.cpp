@@ -1,0 +1,159 @@
+// The Icom PCR1000 receiver.
+
+#include "radio/pcr1000.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "radio/driver.h"
+#include "radio/serial.h"
+
+namespace veloran {
+
+namespace {
+
+constexpr int kFlushCount = 255;
+constexpr int kReplyTicks = 30;
+constexpr int kReplyLength = 4;  // "G000", "I107", "I2A5": the CR LF (and the stray
+                                 // repeated last character some firmware adds) are flushed
+
+// Mode and IF filter codes of the "K0" command.
+// (00 is LSB; every satellite mode here receives the upper sideband.)
+constexpr int kModeUSB = 1, kModeAM = 2, kModeCW = 3, kModeFM = 5, kModeWFM = 6;
+constexpr int kFilter3k = 0, kFilter6k = 1, kFilter15k = 2, kFilter230k = 4;
+
+LastSent gLast = {0, 0};
+
+struct Line {
+    int fd;
+    bool debug;
+    bool ok = true;
+
+    void flush() {
+        if (!ok) return;
+        unsigned char reply[kFlushCount + 1];
+        readRadioResponse(fd, reply, kFlushCount, 0, debug);
+    }
+    void send(const char* text) {
+        if (!ok) return;
+        const int length = static_cast<int>(std::strlen(text));
+        if (sendRadioCommand(fd, text, length, debug) != length) ok = false;
+    }
+    // The first four characters of the answer; false when fewer came.
+    bool answer(char* text) {
+        if (!ok) return false;
+        unsigned char reply[kReplyLength + 1];
+        if (readRadioResponse(fd, reply, kReplyLength, kReplyTicks, debug) < kReplyLength)
+            return false;
+        std::memcpy(text, reply, kReplyLength);
+        text[kReplyLength] = 0;
+        return true;
+    }
+};
+
+// Mode and filter for the downlink of a commMode; false for UNKNOWN.
+bool modeFor(int commMode, int* mode, int* filter) {
+    switch (commMode) {
+        case 1:
+        case 2:
+        case 6:
+        case 10:
+        case 17:
+            *mode = kModeFM;
+            *filter = kFilter15k;
+            return true;
+        case 12:
+            *mode = kModeWFM;
+            *filter = kFilter230k;
+            return true;
+        case 15:
+            *mode = kModeAM;
+            *filter = kFilter6k;
+            return true;
+        case 7:
+        case 8:
+        case 9:
+        case 14:
+        case -1:
+            *mode = kModeCW;
+            *filter = kFilter3k;
+            return true;
+        case 3:
+        case 4:
+        case 5:
+        case 11:
+        case 13:
+        case 16:
+            *mode = kModeUSB;
+            *filter = kFilter3k;
+            return true;
+        default:
+            return false;
+    }
+}
+
+int hexValue(const char* two) {
+    char digits[3] = {two[0], two[1], 0};
+    char* end = nullptr;
+    const long v = std::strtol(digits, &end, 16);
+    return end == digits + 2 ? static_cast<int>(v) : -1;
+}
+
+}  // namespace
+
+void StartPCR1000(int fd, bool debug) {
+    if (fd == -1) return;
+    Line line{fd, debug};
+    char answer[kReplyLength + 1];
+    line.flush();
+    line.send("H101\r\n");
+    line.answer(answer);
+    line.flush();
+    line.send("G300\r\n");
+    line.answer(answer);
+    line.flush();
+}
+
+int SetPCR1000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+                  bool force, bool debug) {
+    (void)gTone;
+    (void)gCTone;
+    if (fd == -1) return 0;
+    uint32_t up = 0, down = 0;
+    if (!DriverCommonStart(&gLast, upMHz, downMHz, force, &up, &down)) return 1;
+    int mode = 0, filter = 0;
+    if (!modeFor(commMode, &mode, &filter)) return 1;  // UNKNOWN: nothing is sent
+    Line line{fd, debug};
+    char command[32];
+    std::snprintf(command, sizeof command, "K0%010u%02d%02d00\r\n", down, mode, filter);
+    line.flush();
+    line.send(command);
+    char answer[kReplyLength + 1];
+    line.answer(answer);  // "G001" (refused, e.g. out of range) changes nothing here
+    return line.ok ? 1 : 0;
+}
+
+int SquelchedPCR1000(int fd, VFORec* vfo, bool debug) {
+    if (fd == -1) return 1;
+    Line line{fd, debug};
+    char answer[kReplyLength + 1];
+    line.flush();
+    line.send("I1?\r\n");
+    if (!line.answer(answer) || std::strncmp(answer, "I1", 2) != 0) return 1;
+    const int status = hexValue(answer + 2);
+    const int closed = (status < 0 || (status & 0x02) == 0) ? 1 : 0;
+    line.flush();
+    line.send("I2?\r\n");
+    if (line.answer(answer) && std::strncmp(answer, "I2", 2) == 0) {
+        const int level = hexValue(answer + 2);
+        if (level >= 0 && vfo) vfo->signalStrength = level;
+    }
+    return closed;
+}
+
+void ResetPCR1000DriverState() {
+    gLast = {0, 0};
+}
+
+}  // namespace veloran

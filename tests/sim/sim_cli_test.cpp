@@ -1,0 +1,123 @@
+// veloran-sim driven by the program: the simulator prints its device path,
+// veloran-cli radio tunes it as the tracker would, and the simulator's
+// final state shows the frequencies it was given.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+// A child process with its standard output and error on pipes.
+struct Child {
+    pid_t pid = -1;
+    FILE* out = nullptr;
+    int err = -1;
+
+    explicit Child(const std::vector<const char*>& argv) {
+        int o[2], e[2];
+        if (pipe(o) != 0 || pipe(e) != 0) return;
+        pid = fork();
+        if (pid == 0) {
+            dup2(o[1], 1);
+            dup2(e[1], 2);
+            close(o[0]);
+            close(e[0]);
+            std::vector<char*> args;
+            for (const char* a : argv) args.push_back(const_cast<char*>(a));
+            args.push_back(nullptr);
+            execv(args[0], args.data());
+            _exit(127);
+        }
+        close(o[1]);
+        close(e[1]);
+        out = fdopen(o[0], "r");
+        err = e[0];
+    }
+    // Stops the child and returns what it wrote on standard error.
+    std::string stop() {
+        if (pid > 0) kill(pid, SIGTERM);
+        std::string text;
+        char buf[512];
+        ssize_t n;
+        while ((n = read(err, buf, sizeof buf)) > 0) text.append(buf, static_cast<size_t>(n));
+        int status = 0;
+        if (pid > 0) waitpid(pid, &status, 0);
+        pid = -1;
+        return text;
+    }
+    ~Child() {
+        if (pid > 0) stop();
+        if (out) fclose(out);
+        if (err != -1) close(err);
+    }
+};
+
+std::string RunCommand(const std::string& command, int* status) {
+    FILE* p = popen((command + " 2>&1").c_str(), "r");
+    std::string text;
+    char buf[512];
+    size_t n;
+    while (p && (n = fread(buf, 1, sizeof buf, p)) > 0) text.append(buf, n);
+    const int s = p ? pclose(p) : -1;
+    *status = WIFEXITED(s) ? WEXITSTATUS(s) : -1;
+    return text;
+}
+
+std::string DevicePath(Child* sim) {
+    char line[256] = {0};
+    if (!sim->out || !std::fgets(line, sizeof line, sim->out)) return "";
+    std::string path = line;
+    while (!path.empty() && (path.back() == '\n' || path.back() == '\r')) path.pop_back();
+    return path;
+}
+
+TEST(SimulatorWithTheProgram, Ft847IsTunedByVeloranCliRadio) {
+    Child sim({VELORAN_SIM_EXE, "radio", "ft847"});
+    const std::string path = DevicePath(&sim);
+    ASSERT_EQ(path.rfind("/dev/", 0), 0u) << path;
+    int status = 0;
+    const std::string out =
+        RunCommand(std::string(VELORAN_CLI_EXE) + " radio --type 1 --port " + path +
+                       " --delay 0 --up 145.9 --down 435.8 --mode JA_SSB --force",
+                   &status);
+    EXPECT_EQ(status, 0) << out;
+    EXPECT_NE(out.find("sent; the radio answers"), std::string::npos) << out;
+    const std::string log = sim.stop();
+    EXPECT_NE(log.find("sat rx 435800000 Hz mode 01, sat tx 145900000 Hz mode 00"),
+              std::string::npos)
+        << log;
+}
+
+TEST(SimulatorWithTheProgram, SilentRadioIsReported) {
+    Child sim({VELORAN_SIM_EXE, "radio", "ft847", "--silent"});
+    const std::string path = DevicePath(&sim);
+    ASSERT_FALSE(path.empty());
+    int status = 0;
+    const std::string out =
+        RunCommand(std::string(VELORAN_CLI_EXE) + " radio --type 1 --port " + path +
+                       " --delay 0 --up 145.9 --down 435.8 --mode JA_SSB",
+                   &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_NE(out.find("does not answer"), std::string::npos) << out;
+}
+
+TEST(SimulatorWithTheProgram, UnknownModelAndMissingPortAreClearErrors) {
+    int status = 0;
+    std::string out = RunCommand(std::string(VELORAN_SIM_EXE) + " radio ic9700", &status);
+    EXPECT_EQ(status, 2);
+    EXPECT_NE(out.find("unknown radio 'ic9700'"), std::string::npos) << out;
+    out = RunCommand(
+        std::string(VELORAN_CLI_EXE) +
+            " radio --type 1 --port /dev/veloran-none --up 145.9 --down 435.8 --mode J_FM",
+        &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_NE(out.find("cannot open /dev/veloran-none as a serial port"), std::string::npos) << out;
+}
+
+}  // namespace
