@@ -1,21 +1,22 @@
 // The radio table: one row per model of the radio pop-up, and the common
 // start every set-frequencies driver makes.
 //
-// The Icom CI-V family (rows 5-10, 12), the Kenwoods (14, 15) and the PCR1000
-// and AOR receivers (11, 16) plug in here: fill their operations when their
-// drivers land; until then their rows can be chosen but fail the first tuning,
-// which switches the radio off with a beep.
+// The TS-50 (15) and the PCR1000 and AOR receivers (11, 16) plug in here:
+// fill their operations when their drivers land; until then their rows can be
+// chosen but fail the first tuning, which switches the radio off with a beep.
 
 #include <cmath>
 
 #include "radio/driver.h"
+#include "radio/icom.h"
+#include "radio/kenwood.h"
 #include "radio/yaesu.h"
 
 namespace veloran {
 
 namespace {
 
-// The Yaesu drivers take no CI-V address.
+// The Yaesu and Kenwood drivers take no CI-V address.
 template <int (*Driver)(int, double, double, int, int, int, bool, bool)>
 int withoutAddress(int fd, int, double up, double down, int commMode, int gTone, int gCTone, bool force,
                    bool debug) {
@@ -40,22 +41,19 @@ const RadioDriver kRadios[kRadioCount] = {
      dialWithoutAddress<DownLinkChanged817>},
     {"FT-100D", nullptr, nullptr, withoutAddress<Set100DVFO>, nullptr, 0.0, dialWithoutAddress<DownLinkChanged100>},
     {"VR-5000", StartVR5000, KillVR5000, withoutAddress<SetVR5000VFO>, nullptr, 0.0, nullptr},
-    // Set821HVFO / DownLinkChanged821
-    {"IC-820", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    {"IC-821", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    // Set910VFO / DownLinkChanged910
-    {"IC-910", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    // Set821HVFO / DownLinkChanged821
-    {"IC-970", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    // Set706VFO
-    {"IC-706", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    {"IC-706MKII", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
+    {"IC-820", nullptr, nullptr, Set821HVFO, nullptr, 0.0, DownLinkChanged821},
+    {"IC-821", nullptr, nullptr, Set821HVFO, nullptr, 0.0, DownLinkChanged821},
+    {"IC-910", nullptr, nullptr, Set910VFO, nullptr, 0.0, DownLinkChanged910},
+    {"IC-970", nullptr, nullptr, Set821HVFO, nullptr, 0.0, DownLinkChanged821},
+    {"IC-706", nullptr, nullptr, Set706VFO, nullptr, 0.0, nullptr},
+    {"IC-706MKII", nullptr, nullptr, Set706VFO, nullptr, 0.0, nullptr},
     // StartPCR1000 / SetPCR1000VFO / SquelchedPCR1000
     {"PCR1000", nullptr, nullptr, nullptr, nullptr, kPcr1000SMeter, nullptr},
+    {"IC-706MKIIG", nullptr, nullptr, Set706VFO, nullptr, 0.0, nullptr},
     // Never connected: choosing it makes every tuning fail on purpose.
     {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
-    // StartTS2000 / KillTS2000 / SetTS2000VFO / SquelchedTS2000 / DownLinkChangedTS2000
-    {"TS-2000", nullptr, nullptr, nullptr, nullptr, kTs2000SMeter, nullptr},
+    {"TS-2000", StartTS2000, KillTS2000, withoutAddress<SetTS2000VFO>, SquelchedTS2000, kTs2000SMeter,
+     dialWithoutAddress<DownLinkChangedTS2000>},
     // StartTS50 / KillTS50 / SetTS50VFO / DownLinkChangedTS50
     {"TS-50", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr},
     // SetAORVFO / SquelchedAOR
