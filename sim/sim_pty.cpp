@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -48,12 +49,26 @@ void PtyServer::serve(SimDevice* device) {
     while (!stopping_) pump(device, 5);
 }
 
+void PtyServer::waitIdle() const {
+    // The kernel hands bytes written on the slave side to the master side a
+    // moment later, so the line must stay quiet for a while to count as idle.
+    int quiet = 0;
+    for (int i = 0; i < 1000 && quiet < 15; ++i) {
+        int waiting = 0;
+        if (::ioctl(master_, FIONREAD, &waiting) != 0) return;
+        quiet = waiting == 0 && !busy_ ? quiet + 1 : 0;
+        ::usleep(1000);
+    }
+}
+
 bool PtyServer::pump(SimDevice* device, int waitMilliseconds) {
     struct pollfd p = {master_, POLLIN, 0};
     if (::poll(&p, 1, waitMilliseconds) <= 0) return false;
     uint8_t in[256];
+    busy_ = true;
     const ssize_t n = ::read(master_, in, sizeof in);
     if (n <= 0) {
+        busy_ = false;
         // No program has the slave open, or a signal: wait a little.
         if (n < 0 && errno != EINTR && errno != EAGAIN) ::usleep(10000);
         return false;
@@ -70,6 +85,7 @@ bool PtyServer::pump(SimDevice* device, int waitMilliseconds) {
             done += static_cast<size_t>(w);
         }
     }
+    busy_ = false;
     return true;
 }
 

@@ -34,6 +34,9 @@ public:
     // Serves `device` on a thread until stop() or destruction.
     void start(SimDevice* device);
     void stop();
+    // Returns once everything the program has written so far has been read
+    // and acted on (or after a second, if the server is not running).
+    void waitIdle() const;
     // Serves `device` on the calling thread, for ever.
     void serveForever(SimDevice* device);
 
@@ -46,6 +49,7 @@ private:
     std::string path_;
     std::thread thread_;
     std::atomic<bool> stopping_{false};
+    std::atomic<bool> busy_{false};  // between taking bytes off the line and answering them
 };
 
 }  // namespace veloran::sim
