@@ -21,29 +21,35 @@ int RunLook(int argc, char** argv) {
     if (!ParseSite(args, &site) || !ParseTime(args, &now)) return kUsageError;
     std::vector<SatRec> sats;
     const std::string& file = args.positional[0];
-    if (!ReadElementFile(file, &site, &sats) || !SelectSatellite(args, file, &sats)) return kUsageError;
+    if (!ReadElementFile(file, &site, &sats) || !SelectSatellite(args, file, &sats))
+        return kUsageError;
 
     const double t = EpochTime(now);
     SatRec sun = MakeSun(&site);
     SatelliteCalculationsV(t, kSunMoonSearchSpan, &sun, &site, 0, now, &sun);
 
-    std::printf("%s UTC, site %.4f %c %.4f %c %.0f m\n", FormatIso(now).c_str(), std::fabs(site.siteLatDegs),
-                site.siteLatDegs < 0 ? 'S' : 'N', std::fabs(site.siteLongDegs), site.siteLongDegs > 0 ? 'W' : 'E',
+    std::printf("%s UTC, site %.4f %c %.4f %c %.0f m\n", FormatIso(now).c_str(),
+                std::fabs(site.siteLatDegs), site.siteLatDegs < 0 ? 'S' : 'N',
+                std::fabs(site.siteLongDegs), site.siteLongDegs > 0 ? 'W' : 'E',
                 site.siteAltitudeM);
     std::printf("%-10s %6s %6s %9s %8s %7s %8s %8s %4s %10s %6s\n", "Name", "Az", "El", "Range km",
                 "RR km/s", "Lat", "Lon", "Height", "Ecl", "AOS in", "MaxEl");
     for (SatRec& s : sats) {
         SatelliteCalculationsV(t, kSatelliteSearchSpan, &s, &site, 0, now, &sun);
         std::string aos;
-        if (s.AOS) aos = "in view";
-        else if (s.secondsToAOS == kSecondsToAOSUnknown) aos = "none";
-        else aos = FormatDuration(s.secondsToAOS);
+        if (s.AOS)
+            aos = "in view";
+        else if (s.secondsToAOS == kSecondsToAOSUnknown)
+            aos = "none";
+        else
+            aos = FormatDuration(s.secondsToAOS);
         // Shown east positive, in (-180, 180], like every map a user knows.
         double lonEast = -s.subSatPtLongitudeDegs;
         if (lonEast <= -180.0) lonEast += 360.0;
-        std::printf("%-10s %6.1f %6.1f %9.1f %8.3f %7.2f %8.2f %8.1f %4s %10s %6.1f\n", s.name, s.azimuthDegs,
-                    s.elevationDegs, s.satRange, -s.satVelocity, s.subSatPtLatitudeDegs, lonEast, s.satAltitude,
-                    s.eclipsed ? "yes" : "no", aos.c_str(), s.maxElevation);
+        std::printf("%-10s %6.1f %6.1f %9.1f %8.3f %7.2f %8.2f %8.1f %4s %10s %6.1f\n", s.name,
+                    s.azimuthDegs, s.elevationDegs, s.satRange, -s.satVelocity,
+                    s.subSatPtLatitudeDegs, lonEast, s.satAltitude, s.eclipsed ? "yes" : "no",
+                    aos.c_str(), s.maxElevation);
     }
     return 0;
 }

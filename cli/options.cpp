@@ -93,14 +93,18 @@ bool ParseSite(const Arguments& args, SiteRec* site) {
         bool ok = true;
         while (ok) {
             const size_t comma = text.find(',', start);
-            const std::string piece = text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+            const std::string piece =
+                text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
             ok = count < 3 && ToNumber(piece, &parts[count]);
             ++count;
             if (comma == std::string::npos) break;
             start = comma + 1;
         }
         if (!ok || count < 2) {
-            Fail("--site wants LAT,LON[,ALT_M] in degrees (longitude east positive) and metres, not '" + text + "'");
+            Fail(
+                "--site wants LAT,LON[,ALT_M] in degrees (longitude east positive) and metres, not "
+                "'" +
+                text + "'");
             return false;
         }
         if (std::fabs(parts[0]) > 90.0 || std::fabs(parts[1]) > 180.0) {
@@ -125,11 +129,11 @@ bool ParseTime(const Arguments& args, uint32_t* secs) {
     int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
     char separator = 'T';
     int used = 0;
-    int fields = std::sscanf(text.c_str(), "%4d-%2d-%2d%n%c%2d:%2d%n:%2d%n", &year, &month, &day, &used,
-                             &separator, &hour, &minute, &used, &second, &used);
+    int fields = std::sscanf(text.c_str(), "%4d-%2d-%2d%n%c%2d:%2d%n:%2d%n", &year, &month, &day,
+                             &used, &separator, &hour, &minute, &used, &second, &used);
     std::string rest = text.substr(static_cast<size_t>(used));
-    bool ok = (fields == 3 || fields == 6 || fields == 7) && (separator == 'T' || separator == ' ') &&
-              (rest.empty() || rest == "Z");
+    bool ok = (fields == 3 || fields == 6 || fields == 7) &&
+              (separator == 'T' || separator == ' ') && (rest.empty() || rest == "Z");
     if (fields == 3 && text.size() != 10) ok = false;
     if (fields < 6) hour = minute = second = 0;
     ok = ok && month >= 1 && month <= 12 && day >= 1 && day <= 31 && hour >= 0 && hour <= 23 &&
@@ -139,8 +143,13 @@ bool ParseTime(const Arguments& args, uint32_t* secs) {
         return false;
     }
     // Time values count seconds since 1904 in 32 bits: they end in February 2040.
-    const DateTimeRec rec{static_cast<int16_t>(year), static_cast<int16_t>(month), static_cast<int16_t>(day),
-                          static_cast<int16_t>(hour), static_cast<int16_t>(minute), static_cast<int16_t>(second), 0};
+    const DateTimeRec rec{static_cast<int16_t>(year),
+                          static_cast<int16_t>(month),
+                          static_cast<int16_t>(day),
+                          static_cast<int16_t>(hour),
+                          static_cast<int16_t>(minute),
+                          static_cast<int16_t>(second),
+                          0};
     DateTimeRec back{};
     *secs = QFDateToSeconds(&rec);
     QFSecondsToDate(*secs, &back);
@@ -163,8 +172,8 @@ std::string FormatIso(uint32_t secs) {
     DateTimeRec d{};
     QFSecondsToDate(secs, &d);
     char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ", d.year, d.month, d.day, d.hour,
-                  d.minute, d.second);
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ", d.year, d.month, d.day,
+                  d.hour, d.minute, d.second);
     return text;
 }
 

@@ -37,7 +37,8 @@ void FindPasses(SatRec* sat, SiteRec* site, uint32_t start, uint32_t end, std::v
             continue;
         }
         if (sat->AOSTime >= end) return;
-        Pass p{sat->name, sat->AOSTime, sat->MAXETime, sat->secondsToLOS ? sat->LOSTime : 0, sat->maxElevation};
+        Pass p{sat->name, sat->AOSTime, sat->MAXETime, sat->secondsToLOS ? sat->LOSTime : 0,
+               sat->maxElevation};
         if (p.maxTime < p.aos) p.maxTime = p.aos;  // already falling at the start
         out->push_back(p);
         if (p.los == 0) return;  // in view beyond the search: stationary or very high
@@ -54,22 +55,27 @@ int RunPasses(int argc, char** argv) {
     SiteRec site;
     uint32_t now = 0;
     double hours = 24;
-    if (!ParseSite(args, &site) || !ParseTime(args, &now) || !ParseNumber(args, "--hours", 24, &hours))
+    if (!ParseSite(args, &site) || !ParseTime(args, &now) ||
+        !ParseNumber(args, "--hours", 24, &hours))
         return kUsageError;
     if (!(hours > 0 && hours <= 24 * 30)) return Fail("--hours must lie between 0 and 720");
     std::vector<SatRec> sats;
     const std::string& file = args.positional[0];
-    if (!ReadElementFile(file, &site, &sats) || !SelectSatellite(args, file, &sats)) return kUsageError;
+    if (!ReadElementFile(file, &site, &sats) || !SelectSatellite(args, file, &sats))
+        return kUsageError;
 
     const uint32_t end = now + static_cast<uint32_t>(hours * 3600.0);
     std::vector<Pass> passes;
     for (SatRec& s : sats) FindPasses(&s, &site, now, end, &passes);
-    std::stable_sort(passes.begin(), passes.end(), [](const Pass& a, const Pass& b) { return a.aos < b.aos; });
+    std::stable_sort(passes.begin(), passes.end(),
+                     [](const Pass& a, const Pass& b) { return a.aos < b.aos; });
 
-    std::printf("Passes from %s for %.4g hours, site %.4f %c %.4f %c %.0f m\n", FormatIso(now).c_str(), hours,
-                std::fabs(site.siteLatDegs), site.siteLatDegs < 0 ? 'S' : 'N', std::fabs(site.siteLongDegs),
+    std::printf("Passes from %s for %.4g hours, site %.4f %c %.4f %c %.0f m\n",
+                FormatIso(now).c_str(), hours, std::fabs(site.siteLatDegs),
+                site.siteLatDegs < 0 ? 'S' : 'N', std::fabs(site.siteLongDegs),
                 site.siteLongDegs > 0 ? 'W' : 'E', site.siteAltitudeM);
-    std::printf("%-10s %-20s %-20s %6s %-20s %9s\n", "Name", "AOS", "Max elevation at", "MaxEl", "LOS", "Length");
+    std::printf("%-10s %-20s %-20s %6s %-20s %9s\n", "Name", "AOS", "Max elevation at", "MaxEl",
+                "LOS", "Length");
     for (const Pass& p : passes) {
         const std::string los = p.los ? FormatIso(p.los) : "beyond search";
         const std::string length = p.los ? FormatDuration(p.los - p.aos) : "-";

@@ -16,8 +16,8 @@ namespace veloran {
 namespace {
 
 constexpr double kOneSecond = 1.0 / 86400.0;
-constexpr double kLeoCoarseStep = 1.0 / 1440.0;   // one minute
-constexpr double kHighCoarseStep = 1.0 / 72.0;    // twenty minutes
+constexpr double kLeoCoarseStep = 1.0 / 1440.0;  // one minute
+constexpr double kHighCoarseStep = 1.0 / 72.0;   // twenty minutes
 constexpr double kTenMinutes = 1.0 / 144.0;
 constexpr double kRadiansToDegrees = 57.29577951308232;
 
@@ -40,11 +40,14 @@ void Propagate(SatRec* rec, double tau, double* meanAnomaly, double* trueAnomaly
     KepRec* k = &rec->satKep;
     SolveKeplerD(tau, k, meanAnomaly, trueAnomaly, radius);
     GetSatPosition(k->epochDay, k->epochRAAN, k->epochArgPerigee, k->semiMajorAxis, k->inclination,
-                   k->eccentricity, rec->satRAANPrecession, rec->perigeePrecession, tau, *trueAnomaly,
-                   radius, X, Y, Z, VX, VY, VZ);
+                   k->eccentricity, rec->satRAANPrecession, rec->perigeePrecession, tau,
+                   *trueAnomaly, radius, X, Y, Z, VX, VY, VZ);
 }
 
-Fix Locate(SatRec* rec, const SiteRec* site, double tau, double t0, double theta0) {
+// Where the satellite is at tau. Range and the sub-satellite point cost as
+// much as the rest together and most steps of a search need neither: they
+// are computed only when `full` is set; the height always is.
+Fix Locate(SatRec* rec, const SiteRec* site, double tau, double t0, double theta0, bool full) {
     Fix f{};
     Propagate(rec, tau, &f.meanAnomaly, &f.trueAnomaly, &f.radius, &f.X, &f.Y, &f.Z, &f.VX, &f.VY,
               &f.VZ);
@@ -52,9 +55,13 @@ Fix Locate(SatRec* rec, const SiteRec* site, double tau, double t0, double theta
     GetSitePosition(site->siteLatRads, site->siteLongRads, site->siteAltitudeM / 1000.0, tau, t0,
                     theta0, &f.siteX, &f.siteY, &f.siteZ, &siteVX, &siteVY, rotation);
     GetNewBearings(rotation, f.X, f.Y, f.Z, f.siteX, f.siteY, f.siteZ, &f.azimuth, &f.elevation);
-    GetRange(f.siteX, f.siteY, f.siteZ, siteVX, siteVY, f.X, f.Y, f.Z, f.VX, f.VY, f.VZ, &f.range,
-             &f.rangeRate);
-    GetNewSubSatPoint(f.X, f.Y, f.Z, tau, t0, theta0, &f.longitude, &f.latitude, &f.height);
+    if (full) {
+        GetRange(f.siteX, f.siteY, f.siteZ, siteVX, siteVY, f.X, f.Y, f.Z, f.VX, f.VY, f.VZ,
+                 &f.range, &f.rangeRate);
+        GetNewSubSatPoint(f.X, f.Y, f.Z, tau, t0, theta0, &f.longitude, &f.latitude, &f.height);
+    } else {
+        f.height = std::sqrt(f.X * f.X + f.Y * f.Y + f.Z * f.Z) - kEarthRadiusKm;
+    }
     return f;
 }
 
@@ -63,7 +70,8 @@ void StoreLiveValues(SatRec* rec, SiteRec* site, const Fix& f, double tau) {
     site->SiteX = f.siteX;
     site->SiteY = f.siteY;
     site->SiteZ = f.siteZ;
-    rec->currentOrbit = WholePart(k->referenceOrbit) + WholePart((tau - k->epochDay) * k->epochMeanMotion);
+    rec->currentOrbit =
+        WholePart(k->referenceOrbit) + WholePart((tau - k->epochDay) * k->epochMeanMotion);
     rec->satVelocity = -f.rangeRate;
     rec->satOrbitRadius = f.radius;
     rec->trueAnomaly = f.trueAnomaly;
@@ -88,7 +96,8 @@ void StoreLiveValues(SatRec* rec, SiteRec* site, const Fix& f, double tau) {
         rec->pathLoss = std::numeric_limits<double>::infinity();
     } else {
         // Free-space loss in dB for a range in km and a frequency in MHz.
-        rec->pathLoss = 20.0 * std::log10(rec->satRange) + 20.0 * std::log10(rec->currrentDownlink) + 32.44;
+        rec->pathLoss =
+            20.0 * std::log10(rec->satRange) + 20.0 * std::log10(rec->currrentDownlink) + 32.44;
     }
     if (rec->hasBVals) {
         rec->squintAngleRads = CalcSquintAngle(rec, &site->sitePosition, &rec->squintSatPosition,
@@ -99,7 +108,8 @@ void StoreLiveValues(SatRec* rec, SiteRec* site, const Fix& f, double tau) {
 }
 
 int LocalHour(uint32_t secs) {
-    const std::time_t unixTime = static_cast<std::time_t>(static_cast<double>(secs) - kSecondsFrom1904To1970);
+    const std::time_t unixTime =
+        static_cast<std::time_t>(static_cast<double>(secs) - kSecondsFrom1904To1970);
     std::tm local{};
     localtime_r(&unixTime, &local);
     return local.tm_hour;
@@ -143,12 +153,14 @@ void SatelliteCalculationsV(double t, double span, SatRec* rec, SiteRec* site, B
     for (double tau = t; tau < t + span; tau += step) {
         ++n;
         if (n == 1) {
-            const Fix before = Locate(rec, site, tau - kTenMinutes, t0, theta0);
+            const Fix before = Locate(rec, site, tau - kTenMinutes, t0, theta0, true);
             rec->oldSubSatPtLatitudeRads = before.latitude;
             rec->oldSubSatPtLongitudeRads = before.longitude;
         }
 
-        const Fix f = Locate(rec, site, tau, t0, theta0);
+        // Only the main satellite's dead-spot check reads the sub-satellite
+        // point after the first step.
+        const Fix f = Locate(rec, site, tau, t0, theta0, n == 1 || mainFlag);
         const double E = f.elevation * kRadiansToDegrees;
         const double latitude = f.latitude * kRadiansToDegrees;
         const double longitude = f.longitude * kRadiansToDegrees;
@@ -158,7 +170,8 @@ void SatelliteCalculationsV(double t, double span, SatRec* rec, SiteRec* site, B
             rising = previousElevation < E;
             const bool ascending = previousHeight < f.height;
             if (checkEclipse && rec->secondsToECL == 0 &&
-                (EclipsedAt(sunEccentricity, f.radius, f.X, f.Y, f.Z, sunRec) != 0) != (rec->eclipsed != 0)) {
+                (EclipsedAt(sunEccentricity, f.radius, f.X, f.Y, f.Z, sunRec) != 0) !=
+                    (rec->eclipsed != 0)) {
                 rec->secondsToECL = secondsFromNow;
                 rec->ECLTime = nowSecs + rec->secondsToECL;
             }
@@ -174,10 +187,15 @@ void SatelliteCalculationsV(double t, double span, SatRec* rec, SiteRec* site, B
             // which sets and clears it at rise and set.
             if (!mainFlag) {
                 rec->AOS = f.elevation >= 0.0;
-                rec->eclipsed = sunRec != nullptr ? EclipsedAt(sunEccentricity, f.radius, f.X, f.Y, f.Z, sunRec) : 0;
+                rec->eclipsed = sunRec != nullptr
+                                    ? EclipsedAt(sunEccentricity, f.radius, f.X, f.Y, f.Z, sunRec)
+                                    : 0;
             }
             if (f.elevation < 0.0) rec->maxElevation = -90.0;
         }
+        // Elements that decode to nonsense (a zero or unreadable mean motion)
+        // give no position at all; searching on would only burn the tick.
+        if (std::isnan(f.elevation)) break;
 
         if (f.elevation < 0.0) {
             if (passEntered) {
@@ -217,9 +235,11 @@ void SatelliteCalculationsV(double t, double span, SatRec* rec, SiteRec* site, B
                 const double low = previousLongitude < longitude ? previousLongitude : longitude;
                 const double high = previousLongitude < longitude ? longitude : previousLongitude;
                 if (low < siteLongDegs && siteLongDegs < high) {
-                    if (site->deadSpotState == 1 && previousLatitude < siteLatDegs && latitude < siteLatDegs)
+                    if (site->deadSpotState == 1 && previousLatitude < siteLatDegs &&
+                        latitude < siteLatDegs)
                         site->deadSpotCrossed = 1;
-                    else if (site->deadSpotState == 2 && previousLatitude > siteLatDegs && latitude > siteLatDegs)
+                    else if (site->deadSpotState == 2 && previousLatitude > siteLatDegs &&
+                             latitude > siteLatDegs)
                         site->deadSpotCrossed = 1;
                 }
             }

@@ -30,7 +30,6 @@ struct SiteCache {
 };
 SiteCache gSiteCache;
 
-
 // A point at `radius` (Earth radii) over (latitude, west-positive longitude)
 // in the 3D scene: (0, 0, radius) turned by -latitude about x, then by
 // pi - longitude about y.
@@ -51,7 +50,8 @@ void SitePreCalc(SiteRec* site) {
     site->sinSiteLong = std::sin(site->siteLongRads);
     site->cosSiteLong = std::cos(site->siteLongRads);
     site->siteAltitudeGEOC =
-        kEarthRadiusKm * (0.9983235540653814 + 0.0016764459346186086 * std::cos(2.0 * site->siteLatRads)) +
+        kEarthRadiusKm *
+            (0.9983235540653814 + 0.0016764459346186086 * std::cos(2.0 * site->siteLatRads)) +
         site->siteAltitudeM / 1000.0;
 }
 
@@ -70,7 +70,8 @@ void GetSitePosition(double latitude, double longitude, double height, double t,
         const double geocentric = std::atan(std::tan(latitude) * kLatitudeFactor);
         c.cosLat = std::cos(geocentric);
         c.sinLat = std::sin(geocentric);
-        const double N = kEarthRadiusKm / std::sqrt(1.0 - kEccentricitySquared * c.sinLat * c.sinLat);
+        const double N =
+            kEarthRadiusKm / std::sqrt(1.0 - kEccentricitySquared * c.sinLat * c.sinLat);
         c.G1 = N + height;
         c.G2 = N * kOneMinusFlattening * kOneMinusFlattening + height;
         c.latitude = latitude;
@@ -132,14 +133,15 @@ void GetNewSubSatPoint(double X, double Y, double Z, double t, double t0, double
 
 void GetBearings(const SiteRec* site, double latitude, double longitude, double r, double* azimuth,
                  double* elevation, double* range) {
-    const double cosBeta = std::clamp(std::cos(latitude) * site->CosSiteLat *
-                                              std::cos(site->siteLongRads - longitude) +
-                                          std::sin(latitude) * site->SinSiteLat,
-                                      -1.0, 1.0);
+    const double cosBeta = std::clamp(
+        std::cos(latitude) * site->CosSiteLat * std::cos(site->siteLongRads - longitude) +
+            std::sin(latitude) * site->SinSiteLat,
+        -1.0, 1.0);
     const double beta = std::acos(cosBeta);
     const double sinBeta = std::sin(beta);
-    double az = std::acos(std::clamp(
-        (std::sin(latitude) - site->SinSiteLat * cosBeta) / (site->CosSiteLat * sinBeta), -1.0, 1.0));
+    double az = std::acos(
+        std::clamp((std::sin(latitude) - site->SinSiteLat * cosBeta) / (site->CosSiteLat * sinBeta),
+                   -1.0, 1.0));
     double difference = site->siteLongRads - longitude;
     difference = ReduceTwoPi(difference + kPi) - kPi;
     if (difference < 0.0) az = kTwoPi - az;
@@ -155,14 +157,16 @@ double GetElevationD(const SiteRec* site, double latitude, double longitude, dou
     return elevation;
 }
 
-Bool32 EclipsedAt(double sunEccentricity, double r, double x, double y, double z, const SatRec* sun) {
+Bool32 EclipsedAt(double sunEccentricity, double r, double x, double y, double z,
+                  const SatRec* sun) {
     const double e = sunEccentricity;
     const double sunDistance =
         kSunDistanceKm * (1.0 - e * e) / (1.0 + e * std::cos(sun->trueAnomaly));
     const double s = kSunLessEarthRadiusKm / sunDistance;  // sine of the shadow cone's half angle
     const double c = std::sqrt(1.0 - s * s);
     const double offset = s * r / kEarthRadiusKm;
-    const double sunLength = std::sqrt(sun->SatX * sun->SatX + sun->SatY * sun->SatY + sun->SatZ * sun->SatZ);
+    const double sunLength =
+        std::sqrt(sun->SatX * sun->SatX + sun->SatY * sun->SatY + sun->SatZ * sun->SatZ);
     const double k = c * (x * sun->SatX + y * sun->SatY + z * sun->SatZ) / (r * sunLength) + offset;
     return k < 0.0 && k < c * (-std::sqrt(r * r - kEarthRadiusSquared) / r) + offset;
 }
@@ -181,7 +185,8 @@ float AngleBetweenVectors(const Vector3F* a, const Vector3F* b) {
 float CalcSquintAngle(const SatRec* rec, const Point3F* sitePoint, Point3F* satPosition,
                       Point3F* boreSiteEnd, Vector3F* boreSiteDirection) {
     const float radius = static_cast<float>(rec->satOrbitRadius / kEarthRadiusKm);
-    const Matrix4x4F ground = SurfaceRotation(rec->subSatPtLatitudeRads, rec->subSatPtLongitudeRads);
+    const Matrix4x4F ground =
+        SurfaceRotation(rec->subSatPtLatitudeRads, rec->subSatPtLongitudeRads);
     const Point3F above{0.0f, 0.0f, radius};
     const Point3F sat = TransformPoint(&above, &ground);
 
@@ -191,8 +196,10 @@ float CalcSquintAngle(const SatRec* rec, const Point3F* sitePoint, Point3F* satP
 
     // The attitude turns the nadir direction about the satellite's own point.
     const double inclination = rec->satKep.inclination;
-    const float xAngle = static_cast<float>(-inclination * (rec->meanAnomaly / 360.0 * kDegreesToRadians));
-    const float yAngle = static_cast<float>(rec->bLonDegs * kDegreesToRadians + (kPi - rec->trueAnomaly));
+    const float xAngle =
+        static_cast<float>(-inclination * (rec->meanAnomaly / 360.0 * kDegreesToRadians));
+    const float yAngle =
+        static_cast<float>(rec->bLonDegs * kDegreesToRadians + (kPi - rec->trueAnomaly));
     const float zAngle = static_cast<float>(rec->bLatDegs * kDegreesToRadians);
     const Matrix4x4F attitude = MatrixRotateAboutPoint(&sat, xAngle, yAngle, zAngle);
     Vector3F axis = TransformVector(&nadir, &attitude);
@@ -203,11 +210,14 @@ float CalcSquintAngle(const SatRec* rec, const Point3F* sitePoint, Point3F* satP
 
     if (satPosition != nullptr) *satPosition = sat;
     if (boreSiteEnd != nullptr)
-        *boreSiteEnd = Point3F{sat.x + axis.x * radius, sat.y + axis.y * radius, sat.z + axis.z * radius};
+        *boreSiteEnd =
+            Point3F{sat.x + axis.x * radius, sat.y + axis.y * radius, sat.z + axis.z * radius};
     if (boreSiteDirection != nullptr) *boreSiteDirection = axis;
     return AngleBetweenVectors(&toSite, &axis);
 }
 
-double CloseEnough(double a, double b) { return std::fabs(a - b); }
+double CloseEnough(double a, double b) {
+    return std::fabs(a - b);
+}
 
 }  // namespace veloran

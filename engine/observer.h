@@ -51,7 +51,8 @@ double GetElevationD(const SiteRec* site, double latitude, double longitude, dou
 // True when a satellite at radius r (km) and position (x, y, z) is in the
 // Earth's shadow, the Sun being the pseudo-satellite `sun` with eccentricity
 // sunEccentricity.
-Bool32 EclipsedAt(double sunEccentricity, double r, double x, double y, double z, const SatRec* sun);
+Bool32 EclipsedAt(double sunEccentricity, double r, double x, double y, double z,
+                  const SatRec* sun);
 // The same for the satellite's stored position (SatX, SatY, SatZ).
 Bool32 Eclipsed(double sunEccentricity, double r, const SatRec* sat, const SatRec* sun);
 

@@ -13,7 +13,6 @@ namespace {
 // A garbled element set can hand the solver a NaN; it must not hang the tick.
 constexpr int kKeplerIterationLimit = 1000;
 
-
 }  // namespace
 
 double ReduceTwoPi(double angle) {

@@ -8,9 +8,9 @@
 namespace veloran {
 
 constexpr double kEarthRadiusKm = 6378.16;
-constexpr double kEarthGM = 398600.0;                 // km^3/s^2
+constexpr double kEarthGM = 398600.0;  // km^3/s^2
 constexpr double kSiderealPerSolarDay = 1.0027379093;
-constexpr double kSiderealAtEpochDayZero = 0.27518504;  // revolutions
+constexpr double kSiderealAtEpochDayZero = 0.27518504;     // revolutions
 constexpr double kKeplerTolerance = 4.84813681109536e-06;  // one arc-second, radians
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kPi = 3.141592653589793;

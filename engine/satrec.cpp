@@ -121,8 +121,8 @@ int DecodeLineTwo(const char* line, SatRec* rec) {
     return 1;
 }
 
-void GetPrecession(double semiMajorAxis, double eccentricity, double inclination,
-                   double* nodeRate, double* perigeeRate) {
+void GetPrecession(double semiMajorAxis, double eccentricity, double inclination, double* nodeRate,
+                   double* perigeeRate) {
     const double oneMinusE2 = 1.0 - eccentricity * eccentricity;
     const double ratio = std::pow(kEarthRadiusKm / semiMajorAxis, 3.5);
     const double cosI = std::cos(inclination);

@@ -19,26 +19,40 @@ constexpr double kRadiansToDegrees = 57.29577951308232;
 // One Moon element set per calendar month, one anomalistic month apart from
 // the end of 2003 through 2004 (a month is skipped between sets 9 and 10).
 struct MoonSet {
-    double epoch;  // YYDDD.dddddddd
+    double epoch;                                                     // YYDDD.dddddddd
     double inclination, raan, eccentricity, argPerigee, meanAnomaly;  // radians
 };
 
 constexpr MoonSet kMoonSets[12] = {
-    {3364.38944783191, 0.46979725607632167, 0.15027284859671178, 0.0564, 4.163854685763148, 2.013223329541443},
-    {4026.70760668824, 0.47167348502221557, 0.1407817481243666, 0.0449, 4.230016627047749, 1.9593188355935982},
-    {4054.06968611191, 0.47338390768917005, 0.132964418404684, 0.0477, 4.284479626356232, 1.915429040893697},
-    {4081.42401412577, 0.4751589075384482, 0.13017538225999706, 0.0549, 4.329453270521622, 1.8697729729907773},
-    {4108.72439981326, 0.4768256969741028, 0.1310864441295381, 0.0617, 4.3744827652230756, 1.8118158245198015},
-    {4135.96538613716, 0.4784942317390094, 0.13130984627379338, 0.0639, 4.428113242478357, 1.7403131757240977},
-    {4163.18706391512, 0.48005281076104034, 0.12764640017385728, 0.0601, 4.49189629999249, 1.6644088065548646},
-    {4190.44444974397, 0.4816061537953153, 0.11986921302697055, 0.0529, 4.573287984329994, 1.5966463983461845},
-    {4217.76939604396, 0.48310015563502245, 0.11102912036561928, 0.0468, 4.640917747515521, 1.5442900114448588},
-    {4272.52718311595, 0.48448769239035794, 0.10369350151948711, 0.0457, 4.729744534466521, 1.464179398778319},
-    {4299.84869153387, 0.4858612665116775, 0.10444050243934068, 0.0504, 4.779308394564657, 1.4110376137135958},
-    {4327.08962878098, 0.4871283755486253, 0.10301456844046132, 0.0638, 4.836823974734878, 1.33952449294238},
+    {3364.38944783191, 0.46979725607632167, 0.15027284859671178, 0.0564, 4.163854685763148,
+     2.013223329541443},
+    {4026.70760668824, 0.47167348502221557, 0.1407817481243666, 0.0449, 4.230016627047749,
+     1.9593188355935982},
+    {4054.06968611191, 0.47338390768917005, 0.132964418404684, 0.0477, 4.284479626356232,
+     1.915429040893697},
+    {4081.42401412577, 0.4751589075384482, 0.13017538225999706, 0.0549, 4.329453270521622,
+     1.8697729729907773},
+    {4108.72439981326, 0.4768256969741028, 0.1310864441295381, 0.0617, 4.3744827652230756,
+     1.8118158245198015},
+    {4135.96538613716, 0.4784942317390094, 0.13130984627379338, 0.0639, 4.428113242478357,
+     1.7403131757240977},
+    {4163.18706391512, 0.48005281076104034, 0.12764640017385728, 0.0601, 4.49189629999249,
+     1.6644088065548646},
+    {4190.44444974397, 0.4816061537953153, 0.11986921302697055, 0.0529, 4.573287984329994,
+     1.5966463983461845},
+    {4217.76939604396, 0.48310015563502245, 0.11102912036561928, 0.0468, 4.640917747515521,
+     1.5442900114448588},
+    {4272.52718311595, 0.48448769239035794, 0.10369350151948711, 0.0457, 4.729744534466521,
+     1.464179398778319},
+    {4299.84869153387, 0.4858612665116775, 0.10444050243934068, 0.0504, 4.779308394564657,
+     1.4110376137135958},
+    {4327.08962878098, 0.4871283755486253, 0.10301456844046132, 0.0638, 4.836823974734878,
+     1.33952449294238},
 };
 
-double Reduce360(double x) { return x - 360.0 * std::floor(x / 360.0); }
+double Reduce360(double x) {
+    return x - 360.0 * std::floor(x / 360.0);
+}
 
 }  // namespace
 
@@ -97,8 +111,8 @@ void sunpos(double jd, bool apparent, double* rightAscension, double* declinatio
     const double M = Reduce360(358.47583 + 35999.04975 * t - 0.00015 * t2 - 3.3e-06 * t3);
     const double e = 0.01675104 - 4.18e-05 * t - 1.26e-07 * t2;
     const double E = SolKeplerD(M / kRadiansToDegrees, e);
-    const double v =
-        Reduce360(2.0 * std::atan(std::sqrt((1.0 + e) / (1.0 - e)) * std::tan(E / 2.0)) * kRadiansToDegrees);
+    const double v = Reduce360(
+        2.0 * std::atan(std::sqrt((1.0 + e) / (1.0 - e)) * std::tan(E / 2.0)) * kRadiansToDegrees);
     double theta = Reduce360(L) + v - M;
     double epsilon = 23.452294 - 0.0130125 * t - 1.64e-06 * t2 + 5.03e-07 * t3;
     if (apparent) {
@@ -109,8 +123,8 @@ void sunpos(double jd, bool apparent, double* rightAscension, double* declinatio
     const double thetaR = theta / kRadiansToDegrees, epsR = epsilon / kRadiansToDegrees;
     *eclipticLongitude = theta;
     *radiusVector = 1.0000002 * (1.0 - e * e) / (1.0 + e * std::cos(v / kRadiansToDegrees));
-    *rightAscension =
-        Reduce360(std::atan2(std::cos(epsR) * std::sin(thetaR), std::cos(thetaR)) * kRadiansToDegrees);
+    *rightAscension = Reduce360(std::atan2(std::cos(epsR) * std::sin(thetaR), std::cos(thetaR)) *
+                                kRadiansToDegrees);
     *declination = std::asin(std::sin(epsR) * std::sin(thetaR)) * kRadiansToDegrees;
 }
 
@@ -162,8 +176,10 @@ void projillum(int16_t* table, int mapWidth, int mapHeight, double declinationDe
 
 void sunCalcTask(uint32_t timeBaseSecs, SatRec* sun, SatRec* moon, SiteRec* site) {
     const double t = EpochTime(timeBaseSecs);
-    if (sun != nullptr) SatelliteCalculationsV(t, kSunMoonSearchSpan, sun, site, 0, timeBaseSecs, sun);
-    if (moon != nullptr) SatelliteCalculationsV(t, kSunMoonSearchSpan, moon, site, 0, timeBaseSecs, sun);
+    if (sun != nullptr)
+        SatelliteCalculationsV(t, kSunMoonSearchSpan, sun, site, 0, timeBaseSecs, sun);
+    if (moon != nullptr)
+        SatelliteCalculationsV(t, kSunMoonSearchSpan, moon, site, 0, timeBaseSecs, sun);
 }
 
 }  // namespace veloran

@@ -36,7 +36,11 @@ void Throb() {
     gSunBrightness = 0.8f - gSatelliteBrightness / 5.0f;
 }
 
-float ThrobSatelliteBrightness() { return gSatelliteBrightness; }
-float ThrobSunBrightness() { return gSunBrightness; }
+float ThrobSatelliteBrightness() {
+    return gSatelliteBrightness;
+}
+float ThrobSunBrightness() {
+    return gSunBrightness;
+}
 
 }  // namespace veloran

@@ -99,7 +99,9 @@ UTCDateTime* convertNSDatetoUTC(const Date* date, UTCDateTime* out) {
     return out;
 }
 
-uint32_t QFGetDateTimeUTC() { return dateToSecs(Now()); }
+uint32_t QFGetDateTimeUTC() {
+    return dateToSecs(Now());
+}
 
 int32_t QFGetGMTDelta() {
     const std::time_t now = std::time(nullptr);
@@ -112,7 +114,9 @@ int32_t QFGetGMTDelta() {
     return delta;
 }
 
-uint32_t QFGetDateTime() { return QFGetDateTimeUTC() - static_cast<uint32_t>(QFGetGMTDelta()); }
+uint32_t QFGetDateTime() {
+    return QFGetDateTimeUTC() - static_cast<uint32_t>(QFGetGMTDelta());
+}
 
 void QFGetTime(DateTimeRec* rec) {
     if (rec == nullptr) return;
@@ -147,7 +151,8 @@ void QFSecondsToDate(uint32_t secs, DateTimeRec* rec) {
 uint32_t QFDateToSeconds(const DateTimeRec* rec) {
     if (rec == nullptr) return 0;
     const int64_t days = DaysFromCivil(rec->year, static_cast<unsigned>(rec->month),
-                                       static_cast<unsigned>(rec->day)) + kDays1904To1970;
+                                       static_cast<unsigned>(rec->day)) +
+                         kDays1904To1970;
     const int64_t secs = days * kSecondsPerDay + rec->hour * 3600 + rec->minute * 60 + rec->second;
     return static_cast<uint32_t>(secs);
 }

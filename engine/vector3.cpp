@@ -55,7 +55,8 @@ Matrix4x4F MatrixRotateAboutPoint(const Point3F* origin, float xAngle, float yAn
     m.value[3][0] = -origin->x;
     m.value[3][1] = -origin->y;
     m.value[3][2] = -origin->z;
-    const Matrix4x4F rx = MatrixRotateX(xAngle), ry = MatrixRotateY(yAngle), rz = MatrixRotateZ(zAngle);
+    const Matrix4x4F rx = MatrixRotateX(xAngle), ry = MatrixRotateY(yAngle),
+                     rz = MatrixRotateZ(zAngle);
     m = MatrixMultiply(&m, &rx);
     m = MatrixMultiply(&m, &ry);
     m = MatrixMultiply(&m, &rz);
@@ -86,7 +87,9 @@ Vector3F Normalize(const Vector3F* v) {
     return Vector3F{v->x / length, v->y / length, v->z / length};
 }
 
-float Dot(const Vector3F* a, const Vector3F* b) { return a->x * b->x + a->y * b->y + a->z * b->z; }
+float Dot(const Vector3F* a, const Vector3F* b) {
+    return a->x * b->x + a->y * b->y + a->z * b->z;
+}
 
 Vector3F PointDifference(const Point3F* to, const Point3F* from) {
     return Vector3F{to->x - from->x, to->y - from->y, to->z - from->z};
