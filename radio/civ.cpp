@@ -85,8 +85,8 @@ int IcomCommandSubNoData(uint8_t address, unsigned char* buffer, uint8_t command
     return appendData(buffer, at, nullptr, 0);
 }
 
-int IcomCommandNoSubData(uint8_t address, unsigned char* buffer, uint8_t command, const unsigned char* data,
-                         int n) {
+int IcomCommandNoSubData(uint8_t address, unsigned char* buffer, uint8_t command,
+                         const unsigned char* data, int n) {
     if (!buffer || n < 0) return 0;
     return appendData(buffer, startFrame(address, buffer, command), data, n);
 }
@@ -124,7 +124,8 @@ void IcomBCD3(uint32_t hundredsOfHertz, unsigned char* out3) {
 
 int SendIcomRadioCommand(int fd, const unsigned char* bytes, int count, bool debug) {
     if (count <= 0 || !bytes) return 0;
-    if (fd == -1) return sendRadioCommand(fd, bytes, count, debug);  // the serial layer logs the closed port
+    if (fd == -1)
+        return sendRadioCommand(fd, bytes, count, debug);  // the serial layer logs the closed port
     flushInput(fd, debug);
     // The CI-V bus is one wire: every byte we send comes straight back to us,
     // so each echo is read before the next byte goes out. Once the echoed end
@@ -152,13 +153,13 @@ int SendIcomRadioCommand(int fd, const unsigned char* bytes, int count, bool deb
     return written;
 }
 
-int ReadAndCheckIcomFlag(int fd, uint8_t address, unsigned char* buffer, uint8_t command, int expectedLength,
-                         int timeoutTicks, bool debug) {
+int ReadAndCheckIcomFlag(int fd, uint8_t address, unsigned char* buffer, uint8_t command,
+                         int expectedLength, int timeoutTicks, bool debug) {
     if (!buffer || expectedLength <= 0) return 0;
     const int got = readRadioResponse(fd, buffer, expectedLength, timeoutTicks, debug);
     if (got != expectedLength || got < 5) return 0;
-    return buffer[0] == kCivPreamble && buffer[1] == kCivPreamble && buffer[2] == kCivControllerAddress &&
-           buffer[3] == address && buffer[4] == command;
+    return buffer[0] == kCivPreamble && buffer[1] == kCivPreamble &&
+           buffer[2] == kCivControllerAddress && buffer[3] == address && buffer[4] == command;
 }
 
 int SetIcomBandVFO(int fd, uint8_t address, uint8_t selector, bool debug) {
@@ -193,15 +194,15 @@ uint32_t GetIcomRadioDownLinkCycles(int fd, uint8_t address, bool debug) {
     const int length = IcomCommandNoSubNoData(address, frame, kCivReadFrequency);
     SendIcomRadioCommand(fd, frame, length, debug);
     unsigned char reply[kCivFrequencyReplyLength + 1];
-    if (!ReadAndCheckIcomFlag(fd, address, reply, kCivReadFrequency, kCivFrequencyReplyLength, kCivReplyTicks,
-                              debug)) {
+    if (!ReadAndCheckIcomFlag(fd, address, reply, kCivReadFrequency, kCivFrequencyReplyLength,
+                              kCivReplyTicks, debug)) {
         return 0;
     }
     return UnpackIcom(reply + 5);
 }
 
-void IcomCommand(int fd, uint8_t address, uint8_t command, uint8_t sub, const unsigned char* data, bool hasData,
-                 bool debug) {
+void IcomCommand(int fd, uint8_t address, uint8_t command, uint8_t sub, const unsigned char* data,
+                 bool hasData, bool debug) {
     if (fd == -1) return;
     unsigned char frame[kCivMaxFrame];
     // With data the sub-command is left out: the only data this carries is a
@@ -217,7 +218,8 @@ void SendTone(int fd, uint8_t address, int toneIndex, bool debug) {
     unsigned char tone[2];
     IcomToneBCD2(tableToToneTenths(toneIndex), tone);
     unsigned char frame[kCivMaxFrame];
-    const int length = IcomCommandSubAndData(address, frame, kCivToneFrequency, kCivRepeaterToneFrequency, tone, 2);
+    const int length = IcomCommandSubAndData(address, frame, kCivToneFrequency,
+                                             kCivRepeaterToneFrequency, tone, 2);
     SendIcomRadioCommand(fd, frame, length, debug);
     unsigned char reply[kCivAckLength + 1];
     readRadioResponse(fd, reply, kCivAckLength, kCivReplyTicks, debug);

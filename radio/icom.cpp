@@ -16,20 +16,20 @@ constexpr int8_t kNoMode = -1;
 // How the IC-821 family's forced update sets the operating modes.
 enum class Setup821 : uint8_t {
     None,
-    MainThenVfoB,    // single channel: main band VFO A, then VFO B, each + simplex
-    MainAndSub,      // main band, then sub band, each + simplex
-    MainOnly,        // main band + simplex
-    MainNoSimplex,   // main band, no simplex command
-    SubOnly,         // sub band + simplex
+    MainThenVfoB,   // single channel: main band VFO A, then VFO B, each + simplex
+    MainAndSub,     // main band, then sub band, each + simplex
+    MainOnly,       // main band + simplex
+    MainNoSimplex,  // main band, no simplex command
+    SubOnly,        // sub band + simplex
 };
 
 // Where the IC-821 family's frequencies go on every update.
 enum class Tuning821 : uint8_t {
     None,
-    SplitVfos,         // uplink on VFO B, downlink on VFO A, duplex and split
-    SubDownMainUp,     // downlink on the sub band, uplink on the main band
-    UplinkHere,        // the uplink on whatever band is current
-    DownlinkHere,      // the downlink on whatever band is current
+    SplitVfos,      // uplink on VFO B, downlink on VFO A, duplex and split
+    SubDownMainUp,  // downlink on the sub band, uplink on the main band
+    UplinkHere,     // the uplink on whatever band is current
+    DownlinkHere,   // the downlink on whatever band is current
 };
 
 // Per-model operating modes for one transponder mode (commMode). The IC-910
@@ -40,7 +40,7 @@ struct CivModeRow {
     int8_t ic910Up;      // two-band modes: sub band (uplink)
     int8_t ic910Down;    // two-band modes: main band (downlink)
     int8_t ic821Main;
-    int8_t ic821Sub;     // also the VFO B mode of a single-channel mode
+    int8_t ic821Sub;  // also the VFO B mode of a single-channel mode
     Setup821 ic821Setup;
     Tuning821 ic821Tuning;
     int8_t ic706;
@@ -51,26 +51,26 @@ constexpr int8_t L = kCivModeLSB, U = kCivModeUSB, A = kCivModeAM, C = kCivModeC
 
 // Indexed by commMode + 1 (receive-only -1 first).
 constexpr CivModeRow kCivModes[19] = {
-    // single  up  down  821 main  sub  setup                      tuning                    706
-    {N, N, N, N, C, Setup821::SubOnly, Tuning821::DownlinkHere, C},              // -1 receive only
-    {N, N, N, N, N, Setup821::None, Tuning821::None, N},                         // 0 UNKNOWN
-    {F, N, N, F, F, Setup821::MainThenVfoB, Tuning821::SplitVfos, F},            // 1 REPEATER
-    {N, F, F, F, F, Setup821::MainAndSub, Tuning821::SubDownMainUp, F},          // 2 J_FM
-    {N, L, U, L, U, Setup821::MainAndSub, Tuning821::SubDownMainUp, U},          // 3 JA_SSB
-    {N, L, U, L, U, Setup821::MainAndSub, Tuning821::SubDownMainUp, U},          // 4 B_SSB
-    {N, L, U, U, N, Setup821::MainOnly, Tuning821::UplinkHere, U},               // 5 A_SSB
-    {F, N, N, F, F, Setup821::MainThenVfoB, Tuning821::SplitVfos, F},            // 6 SIMP_FM
-    {N, C, C, C, C, Setup821::MainAndSub, Tuning821::SubDownMainUp, C},          // 7 JA_CW
-    {N, C, C, C, C, Setup821::MainAndSub, Tuning821::SubDownMainUp, C},          // 8 B_CW
-    {N, C, C, C, N, Setup821::MainOnly, Tuning821::UplinkHere, C},               // 9 A_CW
-    {N, F, F, F, F, Setup821::MainAndSub, Tuning821::SubDownMainUp, F},          // 10 B_FM
-    {N, F, U, F, U, Setup821::MainAndSub, Tuning821::SubDownMainUp, U},          // 11 JD_MIX
-    {F, N, N, F, F, Setup821::MainThenVfoB, Tuning821::SplitVfos, W},            // 12 WIDE_FM
-    {N, L, U, U, N, Setup821::MainNoSimplex, Tuning821::DownlinkHere, U},        // 13 T_SSB
-    {N, C, C, C, N, Setup821::MainNoSimplex, Tuning821::DownlinkHere, C},        // 14 T_CW
-    {A, N, N, A, A, Setup821::MainThenVfoB, Tuning821::SplitVfos, A},            // 15 SIMP_AM
-    {U, N, N, U, U, Setup821::MainThenVfoB, Tuning821::SplitVfos, U},            // 16 SIMP_SSB
-    {N, U, F, U, F, Setup821::MainAndSub, Tuning821::SubDownMainUp, F},          // 17 J_EXP
+    // IC-910 single, up, down; IC-821 main, sub, set-up, tuning; IC-706
+    {N, N, N, N, C, Setup821::SubOnly, Tuning821::DownlinkHere, C},        // -1 receive only
+    {N, N, N, N, N, Setup821::None, Tuning821::None, N},                   // 0 UNKNOWN
+    {F, N, N, F, F, Setup821::MainThenVfoB, Tuning821::SplitVfos, F},      // 1 REPEATER
+    {N, F, F, F, F, Setup821::MainAndSub, Tuning821::SubDownMainUp, F},    // 2 J_FM
+    {N, L, U, L, U, Setup821::MainAndSub, Tuning821::SubDownMainUp, U},    // 3 JA_SSB
+    {N, L, U, L, U, Setup821::MainAndSub, Tuning821::SubDownMainUp, U},    // 4 B_SSB
+    {N, L, U, U, N, Setup821::MainOnly, Tuning821::UplinkHere, U},         // 5 A_SSB
+    {F, N, N, F, F, Setup821::MainThenVfoB, Tuning821::SplitVfos, F},      // 6 SIMP_FM
+    {N, C, C, C, C, Setup821::MainAndSub, Tuning821::SubDownMainUp, C},    // 7 JA_CW
+    {N, C, C, C, C, Setup821::MainAndSub, Tuning821::SubDownMainUp, C},    // 8 B_CW
+    {N, C, C, C, N, Setup821::MainOnly, Tuning821::UplinkHere, C},         // 9 A_CW
+    {N, F, F, F, F, Setup821::MainAndSub, Tuning821::SubDownMainUp, F},    // 10 B_FM
+    {N, F, U, F, U, Setup821::MainAndSub, Tuning821::SubDownMainUp, U},    // 11 JD_MIX
+    {F, N, N, F, F, Setup821::MainThenVfoB, Tuning821::SplitVfos, W},      // 12 WIDE_FM
+    {N, L, U, U, N, Setup821::MainNoSimplex, Tuning821::DownlinkHere, U},  // 13 T_SSB
+    {N, C, C, C, N, Setup821::MainNoSimplex, Tuning821::DownlinkHere, C},  // 14 T_CW
+    {A, N, N, A, A, Setup821::MainThenVfoB, Tuning821::SplitVfos, A},      // 15 SIMP_AM
+    {U, N, N, U, U, Setup821::MainThenVfoB, Tuning821::SplitVfos, U},      // 16 SIMP_SSB
+    {N, U, F, U, F, Setup821::MainAndSub, Tuning821::SubDownMainUp, F},    // 17 J_EXP
 };
 
 const CivModeRow* rowFor(int commMode) {
@@ -82,7 +82,7 @@ struct IcomState {
     LastSent ic910;
     LastSent ic821;  // shared by the IC-820, IC-821 and IC-970
     LastSent ic706;
-    bool s_modeJ;    // the IC-821's main and sub bands are exchanged
+    bool s_modeJ;  // the IC-821's main and sub bands are exchanged
 };
 IcomState gIcom = {};
 
@@ -91,7 +91,9 @@ IcomState gIcom = {};
 constexpr uint32_t kModeJDownlinkAboveHz = 400000000;
 constexpr uint32_t kModeJUplinkBelowHz = 200000000;
 
-double megahertz(uint32_t hertz) { return hertz / 1000000.0; }
+double megahertz(uint32_t hertz) {
+    return hertz / 1000000.0;
+}
 
 // A frame with its acknowledgement read and not looked at.
 void sendAndAck(int fd, const unsigned char* frame, int length, bool debug) {
@@ -115,18 +117,19 @@ void sendSwitch(int fd, uint8_t address, uint8_t command, uint8_t sub, bool on, 
 // differently, or not at all, never hold the update back.
 bool transmitting910(int fd, uint8_t address, bool debug) {
     unsigned char frame[kCivMaxFrame];
-    SendIcomRadioCommand(fd, frame, IcomCommandSubNoData(address, frame, kCivTransmitState, kCivTransmitting),
+    SendIcomRadioCommand(fd, frame,
+                         IcomCommandSubNoData(address, frame, kCivTransmitState, kCivTransmitting),
                          debug);
     unsigned char reply[kCivTransmitStateReplyLength + 1];
-    if (!ReadAndCheckIcomFlag(fd, address, reply, kCivTransmitState, kCivTransmitStateReplyLength, kCivReplyTicks,
-                              debug)) {
+    if (!ReadAndCheckIcomFlag(fd, address, reply, kCivTransmitState, kCivTransmitStateReplyLength,
+                              kCivReplyTicks, debug)) {
         return false;
     }
     return reply[6] == kCivOn;
 }
 
-int set910SingleChannel(int fd, uint8_t a, const CivModeRow& row, uint32_t up, uint32_t down, int gTone,
-                        int gCTone, bool force, bool debug) {
+int set910SingleChannel(int fd, uint8_t a, const CivModeRow& row, uint32_t up, uint32_t down,
+                        int gTone, int gCTone, bool force, bool debug) {
     if (force) {
         Set910SatMode(fd, a, false, debug);
         if (!SetIcomBandVFO(fd, a, kCivMainBand, debug)) return 0;
@@ -150,8 +153,8 @@ int set910SingleChannel(int fd, uint8_t a, const CivModeRow& row, uint32_t up, u
     return 1;
 }
 
-int set910TwoBand(int fd, uint8_t a, const CivModeRow& row, uint32_t up, uint32_t down, int gTone, int gCTone,
-                  bool force, bool debug) {
+int set910TwoBand(int fd, uint8_t a, const CivModeRow& row, uint32_t up, uint32_t down, int gTone,
+                  int gCTone, bool force, bool debug) {
     if (force) {
         Set910SubBand(fd, a, true, debug);
         Set910SatMode(fd, a, true, debug);
@@ -211,11 +214,13 @@ void tune821(int fd, uint8_t a, const CivModeRow& row, uint32_t up, uint32_t dow
             // The two ways back to VFO A differ only in whether the
             // acknowledgement is waited for; kept as the radio was first
             // driven.
-            if (down <= up) SetIcomBandVFO(fd, a, kCivVfoA, debug);
-            else IcomCommand(fd, a, kCivSelect, kCivVfoA, nullptr, false, debug);
+            if (down <= up)
+                SetIcomBandVFO(fd, a, kCivVfoA, debug);
+            else
+                IcomCommand(fd, a, kCivSelect, kCivVfoA, nullptr, false, debug);
             SetIcomFrequency(fd, a, down, debug);
-            IcomCommand(fd, a, kCivSplitDuplex, down <= up ? kCivDuplexPlus : kCivDuplexMinus, nullptr, false,
-                        debug);
+            IcomCommand(fd, a, kCivSplitDuplex, down <= up ? kCivDuplexPlus : kCivDuplexMinus,
+                        nullptr, false, debug);
             IcomCommand(fd, a, kCivSplitDuplex, kCivSplitOn, nullptr, false, debug);
             break;
         case Tuning821::SubDownMainUp:
@@ -269,8 +274,8 @@ void Set910CTone(int fd, uint8_t address, int toneIndex, bool debug) {
     sendSwitch(fd, address, kCivFunction, kCivToneSquelch, toneIndex != 0, debug);
 }
 
-int Set910VFO(int fd, int address, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
-              bool debug) {
+int Set910VFO(int fd, int address, double upMHz, double downMHz, int commMode, int gTone,
+              int gCTone, bool force, bool debug) {
     if (fd == -1) return 0;
     uint32_t up = 0;
     uint32_t down = 0;
@@ -280,14 +285,17 @@ int Set910VFO(int fd, int address, double upMHz, double downMHz, int commMode, i
         // The downlink belongs on the main band; if the main band is on the
         // other band, the two change places.
         const uint32_t onRadio = GetIcomRadioDownLinkCycles(fd, a, debug);
-        if (Band(megahertz(down)) != Band(megahertz(onRadio)) && !SetIcomBandVFO(fd, a, kCivExchangeBands, debug)) {
+        if (Band(megahertz(down)) != Band(megahertz(onRadio)) &&
+            !SetIcomBandVFO(fd, a, kCivExchangeBands, debug)) {
             return 0;
         }
     }
     const CivModeRow* row = rowFor(commMode);
     if (!row || commMode == 0) return 1;
-    if (IsSingleChannelMode(commMode)) return set910SingleChannel(fd, a, *row, up, down, gTone, gCTone, force, debug);
-    if (IsTwoBandMode(commMode)) return set910TwoBand(fd, a, *row, up, down, gTone, gCTone, force, debug);
+    if (IsSingleChannelMode(commMode))
+        return set910SingleChannel(fd, a, *row, up, down, gTone, gCTone, force, debug);
+    if (IsTwoBandMode(commMode))
+        return set910TwoBand(fd, a, *row, up, down, gTone, gCTone, force, debug);
     // Receive only: the downlink on the main band.
     if (force) {
         Set910SubBand(fd, a, true, debug);
@@ -299,7 +307,8 @@ int Set910VFO(int fd, int address, double upMHz, double downMHz, int commMode, i
     return 1;
 }
 
-int Set821HVFO(int fd, int address, double upMHz, double downMHz, int commMode, int, int, bool force, bool debug) {
+int Set821HVFO(int fd, int address, double upMHz, double downMHz, int commMode, int, int,
+               bool force, bool debug) {
     uint32_t up = 0;
     uint32_t down = 0;
     if (!DriverCommonStart(&gIcom.ic821, upMHz, downMHz, force, &up, &down)) return 1;
@@ -317,7 +326,8 @@ int Set821HVFO(int fd, int address, double upMHz, double downMHz, int commMode, 
     return 1;
 }
 
-int Set706VFO(int fd, int address, double upMHz, double downMHz, int commMode, int, int, bool force, bool debug) {
+int Set706VFO(int fd, int address, double upMHz, double downMHz, int commMode, int, int, bool force,
+              bool debug) {
     uint32_t down = 0;
     if (!DriverCommonStart(&gIcom.ic706, upMHz, downMHz, force, nullptr, &down)) return 1;
     const CivModeRow* row = rowFor(commMode);
@@ -336,6 +346,8 @@ int DownLinkChanged821(int fd, int address, int32_t* changeHz, bool debug) {
     return downLinkChanged(&gIcom.ic821, fd, static_cast<uint8_t>(address), changeHz, debug);
 }
 
-void ResetIcomDriverState() { gIcom = {}; }
+void ResetIcomDriverState() {
+    gIcom = {};
+}
 
 }  // namespace veloran

@@ -15,18 +15,18 @@ namespace veloran {
 constexpr uint8_t kCivPreamble = 0xFE;           // sent twice at the start of every frame
 constexpr uint8_t kCivControllerAddress = 0xE0;  // our own address on the bus
 constexpr uint8_t kCivEndOfMessage = 0xFD;
-constexpr uint8_t kCivAck = 0xFB;                // the radio did it
-constexpr uint8_t kCivNak = 0xFA;                // the radio refused it
+constexpr uint8_t kCivAck = 0xFB;  // the radio did it
+constexpr uint8_t kCivNak = 0xFA;  // the radio refused it
 
 // Commands.
 constexpr uint8_t kCivReadFrequency = 0x03;  // reply carries the 5 frequency bytes
 constexpr uint8_t kCivSetFrequency = 0x05;
 constexpr uint8_t kCivSetMode = 0x06;
-constexpr uint8_t kCivSelect = 0x07;         // VFO or band, by sub-command
-constexpr uint8_t kCivDuplexOffset = 0x0D;   // 3 bytes, 100 Hz resolution
+constexpr uint8_t kCivSelect = 0x07;        // VFO or band, by sub-command
+constexpr uint8_t kCivDuplexOffset = 0x0D;  // 3 bytes, 100 Hz resolution
 constexpr uint8_t kCivSplitDuplex = 0x0F;
-constexpr uint8_t kCivFunction = 0x16;       // on/off switches, data 01 / 00
-constexpr uint8_t kCivSettings = 0x1A;       // IC-910 settings, data 01 / 00
+constexpr uint8_t kCivFunction = 0x16;  // on/off switches, data 01 / 00
+constexpr uint8_t kCivSettings = 0x1A;  // IC-910 settings, data 01 / 00
 constexpr uint8_t kCivToneFrequency = 0x1B;
 constexpr uint8_t kCivTransmitState = 0x1C;
 
@@ -76,8 +76,10 @@ constexpr int kCivMaxFrame = 16;
 // length given; `data` may be null only when n is 0.
 
 int IcomCommandNoSubNoData(uint8_t address, unsigned char* buffer, uint8_t command);  // 6
-int IcomCommandSubNoData(uint8_t address, unsigned char* buffer, uint8_t command, uint8_t sub);  // 7
-int IcomCommandNoSubData(uint8_t address, unsigned char* buffer, uint8_t command, const unsigned char* data,
+int IcomCommandSubNoData(uint8_t address, unsigned char* buffer, uint8_t command,
+                         uint8_t sub);  // 7
+int IcomCommandNoSubData(uint8_t address, unsigned char* buffer, uint8_t command,
+                         const unsigned char* data,
                          int n);  // n + 6
 int IcomCommandSubAndData(uint8_t address, unsigned char* buffer, uint8_t command, uint8_t sub,
                           const unsigned char* data, int n);  // n + 7
@@ -103,8 +105,8 @@ int SendIcomRadioCommand(int fd, const unsigned char* bytes, int count, bool deb
 // Reads a reply of `expectedLength` bytes within `timeoutTicks` into `buffer`
 // (expectedLength + 1 bytes, zero-terminated). 1 when exactly that many came
 // and they begin FE FE E0 address command.
-int ReadAndCheckIcomFlag(int fd, uint8_t address, unsigned char* buffer, uint8_t command, int expectedLength,
-                         int timeoutTicks, bool debug);
+int ReadAndCheckIcomFlag(int fd, uint8_t address, unsigned char* buffer, uint8_t command,
+                         int expectedLength, int timeoutTicks, bool debug);
 // Command 0x07 with `selector` (VFO A/B, main/sub band, exchange); 1 when the
 // radio acknowledges within 30 ticks.
 int SetIcomBandVFO(int fd, uint8_t address, uint8_t selector, bool debug);
@@ -119,8 +121,8 @@ uint32_t GetIcomRadioDownLinkCycles(int fd, uint8_t address, bool debug);
 // FE FE addr E0 command sub FD, or with `hasData` FE FE addr E0 command and
 // the 5 bytes of `data` and FD (no sub-command then); whatever comes back is
 // read without waiting and dropped.
-void IcomCommand(int fd, uint8_t address, uint8_t command, uint8_t sub, const unsigned char* data, bool hasData,
-                 bool debug);
+void IcomCommand(int fd, uint8_t address, uint8_t command, uint8_t sub, const unsigned char* data,
+                 bool hasData, bool debug);
 // Programs the CTCSS tone of table index `toneIndex` (1 = 67.0 Hz).
 void SendTone(int fd, uint8_t address, int toneIndex, bool debug);
 
@@ -137,14 +139,14 @@ void Set910CTone(int fd, uint8_t address, int toneIndex, bool debug);
 
 // IC-910: the main band receives, the sub band transmits. Never retunes the
 // radio while it transmits in a single-channel mode.
-int Set910VFO(int fd, int address, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
-              bool debug);
+int Set910VFO(int fd, int address, double upMHz, double downMHz, int commMode, int gTone,
+              int gCTone, bool force, bool debug);
 // IC-820, IC-821, IC-970: main band VFO A transmits, the sub band receives.
-int Set821HVFO(int fd, int address, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
-               bool debug);
+int Set821HVFO(int fd, int address, double upMHz, double downMHz, int commMode, int gTone,
+               int gCTone, bool force, bool debug);
 // IC-706 family: one receiver, only the downlink is tuned.
-int Set706VFO(int fd, int address, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
-              bool debug);
+int Set706VFO(int fd, int address, double upMHz, double downMHz, int commMode, int gTone,
+              int gCTone, bool force, bool debug);
 
 // --- Dial read-back: 1 and the change in hertz when the dial moved ------------
 

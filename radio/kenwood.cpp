@@ -84,16 +84,26 @@ const char* secondFmTypeMode(int commMode) {
 
 bool isFmType(int commMode) {
     switch (commMode) {
-        case 1: case 2: case 6: case 10: case 12: case 15: case 16: case 17:
+        case 1:
+        case 2:
+        case 6:
+        case 10:
+        case 12:
+        case 15:
+        case 16:
+        case 17:
             return true;
         default:
             return false;
     }
 }
 
-double megahertz(uint32_t hertz) { return hertz / 1000000.0; }
+double megahertz(uint32_t hertz) {
+    return hertz / 1000000.0;
+}
 
-void setUpFmType(int fd, uint32_t up, uint32_t down, int commMode, int gTone, int gCTone, bool debug) {
+void setUpFmType(int fd, uint32_t up, uint32_t down, int commMode, int gTone, int gCTone,
+                 bool debug) {
     if (Band(megahertz(up)) != Band(megahertz(down))) {
         send(fd, kSatUplink, debug);
         send(fd, firstFmTypeMode(commMode), debug);
@@ -113,7 +123,7 @@ void setUpFmType(int fd, uint32_t up, uint32_t down, int commMode, int gTone, in
     send(fd, "TX0;", debug);   // transmit on the main receiver
     send(fd, "DC00;", debug);  // main receiver takes the controls
     DoCTone(fd, gCTone, debug);
-    send(fd, "FR1;", debug);   // VFO B for the uplink's mode and tone
+    send(fd, "FR1;", debug);  // VFO B for the uplink's mode and tone
     send(fd, secondFmTypeMode(commMode), debug);
     DoTone(fd, gTone, debug);
     send(fd, "FR0;", debug);
@@ -123,7 +133,10 @@ void setUpFmType(int fd, uint32_t up, uint32_t down, int commMode, int gTone, in
 
 void setUpSatellite(int fd, double upMHz, double downMHz, int commMode, bool debug) {
     switch (commMode) {
-        case 3: case 4: case 7: case 8: {  // inverting: the sidebands swap over
+        case 3:
+        case 4:
+        case 7:
+        case 8: {  // inverting: the sidebands swap over
             const bool cw = commMode == 7 || commMode == 8;
             send(fd, kSatDownlink, debug);
             send(fd, cw ? kModeCW : commMode == 3 ? kModeUSB : kModeLSB, debug);
@@ -131,7 +144,10 @@ void setUpSatellite(int fd, double upMHz, double downMHz, int commMode, bool deb
             send(fd, cw ? kModeCW : commMode == 3 ? kModeLSB : kModeUSB, debug);
             break;
         }
-        case 5: case 9: case 13: case 14: {
+        case 5:
+        case 9:
+        case 13:
+        case 14: {
             const char* mode = commMode == 5 || commMode == 13 ? kModeUSB : kModeCW;
             send(fd, kSatUplink, debug);
             send(fd, mode, debug);
@@ -179,8 +195,8 @@ void StartTS2000(int fd, bool debug) {
 
 void KillTS2000(int, bool) {}
 
-int SetTS2000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force,
-                 bool debug) {
+int SetTS2000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+                 bool force, bool debug) {
     if (fd == -1) return 0;
     uint32_t up = 0;
     uint32_t down = 0;
@@ -205,8 +221,10 @@ int SetTS2000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, 
         }
         up = 0;  // receive only: VFO B keeps what it has
     } else if (force && commMode >= 1 && commMode <= 17) {
-        if (isFmType(commMode)) setUpFmType(fd, up, down, commMode, gTone, gCTone, debug);
-        else setUpSatellite(fd, megahertz(up), megahertz(down), commMode, debug);
+        if (isFmType(commMode))
+            setUpFmType(fd, up, down, commMode, gTone, gCTone, debug);
+        else
+            setUpSatellite(fd, megahertz(up), megahertz(down), commMode, debug);
     }
     Set_Kenwood_VFOS(fd, up, down, debug);
     flush(fd, debug);
@@ -226,7 +244,8 @@ void CheckSatMode(int fd, double upMHz, double downMHz, bool debug) {
     if (fd == -1) return;
     if (Band(upMHz) == -1 || Band(downMHz) == -1) return;
     flush(fd, debug);
-    sendNumbered(fd, "FA%011lld;", Band(upMHz) == 1 ? kSatCheckHfUplinkHz : kSatCheckOtherHz, debug);
+    sendNumbered(fd, "FA%011lld;", Band(upMHz) == 1 ? kSatCheckHfUplinkHz : kSatCheckOtherHz,
+                 debug);
     flush(fd, debug);
 }
 
@@ -281,7 +300,8 @@ int SquelchedTS2000(int fd, VFORec* vfo, bool debug) {
     if (sm >= 5 && vfo) {
         const char digits[3] = {reply[3], reply[4], '\0'};
         long level = 0;
-        if (std::sscanf(digits, "%ld", &level) == 1) vfo->signalStrength = static_cast<int32_t>(level);
+        if (std::sscanf(digits, "%ld", &level) == 1)
+            vfo->signalStrength = static_cast<int32_t>(level);
     }
     return closed ? 1 : 0;
 }
@@ -303,8 +323,12 @@ int DownLinkChangedTS2000(int fd, int32_t* changeHz, bool debug) {
     return 1;
 }
 
-TS2000StartFlags TS2000StartState() { return gKenwood.start; }
+TS2000StartFlags TS2000StartState() {
+    return gKenwood.start;
+}
 
-void ResetKenwoodDriverState() { gKenwood = {}; }
+void ResetKenwoodDriverState() {
+    gKenwood = {};
+}
 
 }  // namespace veloran

@@ -20,7 +20,8 @@ void KillTS2000(int fd, bool debug);
 // Uplink and downlink in MHz; gTone and gCTone are tone indices (0 = none).
 // 1 on success; 0 when the port is closed or the radio does not answer the
 // receive-VFO query of a forced update.
-int SetTS2000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone, bool force, bool debug);
+int SetTS2000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
+                 bool force, bool debug);
 // 1 when the squelch is closed; the raw S-meter goes to vfo->signalStrength.
 int SquelchedTS2000(int fd, VFORec* vfo, bool debug);
 // 1 and the change in hertz when the receive frequency on the radio moved

@@ -22,10 +22,10 @@ constexpr uint8_t kBroadcast = 0x00;
 // What each model understands beyond frequency and mode.
 struct Traits {
     const char* name;
-    bool twoBands;        // main/sub band select and exchange
-    bool satellite;       // 0x1A 0x07 satellite mode, 0x1A 0x09 sub band
-    bool transmitState;   // 0x1C 0x00
-    bool tones;           // 0x1B, 0x16 0x42/0x43
+    bool twoBands;       // main/sub band select and exchange
+    bool satellite;      // 0x1A 0x07 satellite mode, 0x1A 0x09 sub band
+    bool transmitState;  // 0x1C 0x00
+    bool tones;          // 0x1B, 0x16 0x42/0x43
     uint8_t address;
     uint32_t mainHertz, subHertz;
 };
@@ -36,10 +36,16 @@ constexpr Traits kTraits[] = {
     {"ic706", false, false, false, true, 0x48, 14200000, 0},
 };
 
-const Traits& traitsOf(IcomModel model) { return kTraits[static_cast<int>(model)]; }
+const Traits& traitsOf(IcomModel model) {
+    return kTraits[static_cast<int>(model)];
+}
 
-uint8_t toBcd(unsigned value) { return static_cast<uint8_t>(((value / 10) % 10) << 4 | (value % 10)); }
-unsigned fromBcd(uint8_t byte) { return (byte >> 4) * 10u + (byte & 0x0Fu); }
+uint8_t toBcd(unsigned value) {
+    return static_cast<uint8_t>(((value / 10) % 10) << 4 | (value % 10));
+}
+unsigned fromBcd(uint8_t byte) {
+    return (byte >> 4) * 10u + (byte & 0x0Fu);
+}
 
 uint32_t unpackLittle(const uint8_t* bytes, int count) {
     uint32_t value = 0;
@@ -78,9 +84,12 @@ bool IcomModelFromName(const char* name, IcomModel* model) {
     return false;
 }
 
-uint8_t IcomDefaultAddress(IcomModel model) { return traitsOf(model).address; }
+uint8_t IcomDefaultAddress(IcomModel model) {
+    return traitsOf(model).address;
+}
 
-IcomSimulator::IcomSimulator(IcomModel model, uint8_t address) : model_(model), address_(address), state_{} {
+IcomSimulator::IcomSimulator(IcomModel model, uint8_t address)
+    : model_(model), address_(address), state_{} {
     const Traits& t = traitsOf(model);
     state_.main = {{{t.mainHertz, kSimFM}, {t.mainHertz, kSimFM}}, 0};
     state_.sub = {{{t.subHertz, kSimFM}, {t.subHertz, kSimFM}}, 0};
@@ -89,7 +98,9 @@ IcomSimulator::IcomSimulator(IcomModel model, uint8_t address) : model_(model), 
     state_.toneTenths = 885;
 }
 
-IcomSimBand& IcomSimulator::band() { return state_.subSelected ? state_.sub : state_.main; }
+IcomSimBand& IcomSimulator::band() {
+    return state_.subSelected ? state_.sub : state_.main;
+}
 
 void IcomSimulator::receive(uint8_t byte, std::vector<uint8_t>* out) {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -133,52 +144,92 @@ void IcomSimulator::handleFrame(const std::vector<uint8_t>& frame, std::vector<u
             return;
         }
         case 0x05:
-            if (n != 5) { ok = false; break; }
+            if (n != 5) {
+                ok = false;
+                break;
+            }
             band().vfo[band().current].hertz = unpackLittle(data, 5);
             break;
         case 0x06:
-            if (n < 1 || n > 2) { ok = false; break; }
+            if (n < 1 || n > 2) {
+                ok = false;
+                break;
+            }
             band().vfo[band().current].mode = data[0];
             break;
         case 0x07:
             if (n == 0) break;  // VFO mode
-            if (n != 1) { ok = false; break; }
-            if (data[0] == 0x00 || data[0] == 0x01) band().current = data[0];
-            else if (t.twoBands && data[0] == 0xD0) state_.subSelected = false;
-            else if (t.twoBands && data[0] == 0xD1) state_.subSelected = true;
+            if (n != 1) {
+                ok = false;
+                break;
+            }
+            if (data[0] == 0x00 || data[0] == 0x01)
+                band().current = data[0];
+            else if (t.twoBands && data[0] == 0xD0)
+                state_.subSelected = false;
+            else if (t.twoBands && data[0] == 0xD1)
+                state_.subSelected = true;
             else if (t.twoBands && data[0] == 0xB0) {
                 std::swap(state_.main, state_.sub);
                 ++state_.bandExchanges;
-            } else ok = false;
+            } else
+                ok = false;
             break;
         case 0x0D:
-            if (n != 3) { ok = false; break; }
+            if (n != 3) {
+                ok = false;
+                break;
+            }
             state_.offsetHertz = unpackLittle(data, 3) * 100;
             break;
         case 0x0F:
-            if (n != 1) { ok = false; break; }
-            if (data[0] == 0x00 || data[0] == 0x01) state_.split = data[0] == 0x01;
-            else if (data[0] >= 0x10 && data[0] <= 0x12) state_.duplex = data[0];
-            else ok = false;
+            if (n != 1) {
+                ok = false;
+                break;
+            }
+            if (data[0] == 0x00 || data[0] == 0x01)
+                state_.split = data[0] == 0x01;
+            else if (data[0] >= 0x10 && data[0] <= 0x12)
+                state_.duplex = data[0];
+            else
+                ok = false;
             break;
         case 0x16:
-            if (!t.tones || n != 2 || data[1] > 1) { ok = false; break; }
-            if (data[0] == 0x42) state_.repeaterTone = data[1] == 1;
-            else if (data[0] == 0x43) state_.toneSquelch = data[1] == 1;
-            else ok = false;
+            if (!t.tones || n != 2 || data[1] > 1) {
+                ok = false;
+                break;
+            }
+            if (data[0] == 0x42)
+                state_.repeaterTone = data[1] == 1;
+            else if (data[0] == 0x43)
+                state_.toneSquelch = data[1] == 1;
+            else
+                ok = false;
             break;
         case 0x1A:
-            if (!t.satellite || n != 2 || data[1] > 1) { ok = false; break; }
-            if (data[0] == 0x07) state_.satelliteMode = data[1] == 1;
-            else if (data[0] == 0x09) state_.subBandOn = data[1] == 1;
-            else ok = false;
+            if (!t.satellite || n != 2 || data[1] > 1) {
+                ok = false;
+                break;
+            }
+            if (data[0] == 0x07)
+                state_.satelliteMode = data[1] == 1;
+            else if (data[0] == 0x09)
+                state_.subBandOn = data[1] == 1;
+            else
+                ok = false;
             break;
         case 0x1B:
-            if (!t.tones || n != 3 || data[0] != 0x00) { ok = false; break; }
+            if (!t.tones || n != 3 || data[0] != 0x00) {
+                ok = false;
+                break;
+            }
             state_.toneTenths = static_cast<int>(fromBcd(data[1]) * 100 + fromBcd(data[2]));
             break;
         case 0x1C:
-            if (!t.transmitState || n != 1 || data[0] != 0x00) { ok = false; break; }
+            if (!t.transmitState || n != 1 || data[0] != 0x00) {
+                ok = false;
+                break;
+            }
             header(address_, 0x1C, reply);
             reply->push_back(0x00);
             reply->push_back(state_.transmitting ? 0x01 : 0x00);

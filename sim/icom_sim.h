@@ -15,7 +15,14 @@ namespace veloran::sim {
 enum class IcomModel { IC910, IC821, IC706 };
 
 // Mode bytes as the radio reports them.
-enum IcomSimMode : uint8_t { kSimLSB = 0, kSimUSB = 1, kSimAM = 2, kSimCW = 3, kSimFM = 5, kSimWFM = 6 };
+enum IcomSimMode : uint8_t {
+    kSimLSB = 0,
+    kSimUSB = 1,
+    kSimAM = 2,
+    kSimCW = 3,
+    kSimFM = 5,
+    kSimWFM = 6
+};
 
 struct IcomSimVfo {
     uint32_t hertz;
@@ -29,22 +36,22 @@ struct IcomSimBand {
 
 struct IcomSimState {
     IcomSimBand main;
-    IcomSimBand sub;         // unused on the IC-706
-    bool subSelected;        // commands act on the sub band
+    IcomSimBand sub;   // unused on the IC-706
+    bool subSelected;  // commands act on the sub band
     bool satelliteMode;
-    bool subBandOn;          // IC-910 sub band display/receiver
-    uint8_t duplex;          // 0x10 simplex, 0x11 minus, 0x12 plus
+    bool subBandOn;  // IC-910 sub band display/receiver
+    uint8_t duplex;  // 0x10 simplex, 0x11 minus, 0x12 plus
     bool split;
-    uint32_t offsetHertz;    // duplex offset
+    uint32_t offsetHertz;  // duplex offset
     bool repeaterTone;
     bool toneSquelch;
-    int toneTenths;          // last tone programmed, tenths of hertz
+    int toneTenths;  // last tone programmed, tenths of hertz
     bool transmitting;
-    int bandExchanges;       // how often main and sub changed places
+    int bandExchanges;  // how often main and sub changed places
 };
 
 class IcomSimulator : public SimDevice {
-public:
+  public:
     IcomSimulator(IcomModel model, uint8_t address);
 
     void receive(uint8_t byte, std::vector<uint8_t>* out) override;
@@ -65,7 +72,7 @@ public:
     std::vector<std::vector<uint8_t>> frames() const;
     void clearRecords();
 
-private:
+  private:
     void handleFrame(const std::vector<uint8_t>& frame, std::vector<uint8_t>* reply);
     IcomSimBand& band();
 

@@ -15,13 +15,13 @@ namespace veloran::sim {
 // thread one byte at a time, so a device can answer between two bytes (the
 // CI-V bus echo does).
 class SimDevice {
-public:
+  public:
     virtual ~SimDevice() = default;
     virtual void receive(uint8_t byte, std::vector<uint8_t>* out) = 0;
 };
 
 class PtyServer {
-public:
+  public:
     PtyServer() = default;
     ~PtyServer();
     PtyServer(const PtyServer&) = delete;
@@ -40,7 +40,7 @@ public:
     // Serves `device` on the calling thread, for ever.
     void serveForever(SimDevice* device);
 
-private:
+  private:
     void serve(SimDevice* device);
     bool pump(SimDevice* device, int waitMilliseconds);
 

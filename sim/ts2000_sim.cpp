@@ -88,7 +88,8 @@ std::string Ts2000Simulator::handle(const std::string& command) {
     };
     if (name == "FA" || name == "FB") {
         uint64_t* vfo = name == "FA" ? &state_.vfoA : &state_.vfoB;
-        if (query) return format(name == "FA" ? "FA%011lld;" : "FB%011lld;", static_cast<long long>(*vfo));
+        if (query)
+            return format(name == "FA" ? "FA%011lld;" : "FB%011lld;", static_cast<long long>(*vfo));
         if (arg.size() != 11 || !number) return "?;";
         *vfo = std::strtoull(arg.c_str(), nullptr, 10);
         return "";
@@ -143,7 +144,8 @@ std::string Ts2000Simulator::handle(const std::string& command) {
         char text[64];
         std::snprintf(text, sizeof text, "IF%011llu0000+00000000000%c%d0%d%d%02d0;",
                       static_cast<unsigned long long>(hertz), mode, state_.receiveVfo,
-                      state_.receiveVfo != state_.transmitVfo ? 1 : 0, state_.tone ? 1 : 0, state_.toneNumber);
+                      state_.receiveVfo != state_.transmitVfo ? 1 : 0, state_.tone ? 1 : 0,
+                      state_.toneNumber);
         return text;
     }
     return "?;";
@@ -189,9 +191,12 @@ int RunTs2000Simulator(int argc, char** argv) {
     Ts2000Simulator radio;
     Ts2000SimState state = radio.state();
     for (int i = 0; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--silent") == 0) radio.setSilent(true);
-        else if (std::strcmp(argv[i], "--garbage") == 0) radio.setGarbage(true);
-        else if (std::strcmp(argv[i], "--packet") == 0) state.packetMode = true;
+        if (std::strcmp(argv[i], "--silent") == 0)
+            radio.setSilent(true);
+        else if (std::strcmp(argv[i], "--garbage") == 0)
+            radio.setGarbage(true);
+        else if (std::strcmp(argv[i], "--packet") == 0)
+            state.packetMode = true;
     }
     radio.setState(state);
     PtyServer pty;

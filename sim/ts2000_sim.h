@@ -13,28 +13,28 @@
 namespace veloran::sim {
 
 struct Ts2000SimState {
-    uint64_t vfoA;          // FA, hertz
-    uint64_t vfoB;          // FB, hertz
-    char modeA;             // MD of VFO A, '1' LSB ... '5' AM
+    uint64_t vfoA;  // FA, hertz
+    uint64_t vfoB;  // FB, hertz
+    char modeA;     // MD of VFO A, '1' LSB ... '5' AM
     char modeB;
-    int receiveVfo;         // FR: 0 A, 1 B
-    int transmitVfo;        // FT
-    std::string satellite;  // SA's seven digits
-    bool tone;              // TO
-    int toneNumber;         // TN
-    bool toneSquelch;       // CT
-    int toneSquelchNumber;  // CN
-    bool packetClusterTune; // CM
-    bool autoMode;          // AM
-    bool packetMode;        // answers a bare CR until "TC 1;"
-    int subReceiver;        // SB
-    int controls;           // DC, as its two digits
-    bool busy;              // squelch open (BY)
-    int sMeter;             // SM0, 0..30
+    int receiveVfo;          // FR: 0 A, 1 B
+    int transmitVfo;         // FT
+    std::string satellite;   // SA's seven digits
+    bool tone;               // TO
+    int toneNumber;          // TN
+    bool toneSquelch;        // CT
+    int toneSquelchNumber;   // CN
+    bool packetClusterTune;  // CM
+    bool autoMode;           // AM
+    bool packetMode;         // answers a bare CR until "TC 1;"
+    int subReceiver;         // SB
+    int controls;            // DC, as its two digits
+    bool busy;               // squelch open (BY)
+    int sMeter;              // SM0, 0..30
 };
 
 class Ts2000Simulator : public SimDevice {
-public:
+  public:
     Ts2000Simulator();
 
     void receive(uint8_t byte, std::vector<uint8_t>* out) override;
@@ -51,7 +51,7 @@ public:
     std::vector<std::string> commands() const;
     void clearRecords();
 
-private:
+  private:
     std::string handle(const std::string& command);
     char* modeTarget();
 

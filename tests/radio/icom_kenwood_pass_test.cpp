@@ -57,7 +57,8 @@ TEST(RadioPass, Ic910AndTs2000FollowTheDopplerFromAosToLos) {
     std::unique_ptr<SatRec> sat = testing::LoadRecord("POLAR", PolarLeo(), &site);
     auto calculate = [&](uint32_t secs) {
         sunCalcTask(secs, sun.get(), nullptr, &site);
-        SatelliteCalculationsV(EpochTime(secs), kSatelliteSearchSpan, sat.get(), &site, 0, secs, sun.get());
+        SatelliteCalculationsV(EpochTime(secs), kSatelliteSearchSpan, sat.get(), &site, 0, secs,
+                               sun.get());
     };
 
     // The next pass after noon.
@@ -88,8 +89,12 @@ TEST(RadioPass, Ic910AndTs2000FollowTheDopplerFromAosToLos) {
         vfo.dopplerRX = mode.downFreq * sat->satVelocity / kLightKmPerSecond;
         calculateFrequencies(&vfo, &site, &mode);
         const bool force = ticks == 0;  // the port was just opened
-        ASSERT_EQ(SetVFO(kIc910, icomLine.fd(), kAddress, vfo.up, vfo.down, mode.commMode, 0, 0, force, false), 1);
-        ASSERT_EQ(SetVFO(kTs2000, kenwoodLine.fd(), 0, vfo.up, vfo.down, mode.commMode, 0, 0, force, false), 1);
+        ASSERT_EQ(SetVFO(kIc910, icomLine.fd(), kAddress, vfo.up, vfo.down, mode.commMode, 0, 0,
+                         force, false),
+                  1);
+        ASSERT_EQ(SetVFO(kTs2000, kenwoodLine.fd(), 0, vfo.up, vfo.down, mode.commMode, 0, 0, force,
+                         false),
+                  1);
         icomLine.Settle();
         kenwoodLine.Settle();
 

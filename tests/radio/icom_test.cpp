@@ -2,12 +2,13 @@
 // radios' command references, and against a simulated radio that echoes,
 // stays silent or answers junk.
 
+#include "radio/icom.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "radio/icom.h"
 #include "radio/yaesu.h"
 #include "sim/icom_sim.h"
 #include "tests/radio/radio_pty.h"
@@ -34,12 +35,13 @@ TEST_P(IcomBcdTest, PacksLeastSignificantPairFirstAndUnpacksBack) {
     EXPECT_EQ(UnpackIcom(out), GetParam().hertz);
 }
 
-INSTANTIATE_TEST_SUITE_P(Frequencies, IcomBcdTest,
-                         ::testing::Values(FrequencyCase{145900000, "00 00 90 45 01"},  // 2 m
-                                           FrequencyCase{435800000, "00 00 80 35 04"},  // 70 cm
-                                           FrequencyCase{129612345, "45 23 61 29 01"},  // 23 cm in tenths
-                                           FrequencyCase{14200010, "10 00 20 14 00"},   // 20 m, 10 Hz
-                                           FrequencyCase{0, "00 00 00 00 00"}));
+INSTANTIATE_TEST_SUITE_P(
+    Frequencies, IcomBcdTest,
+    ::testing::Values(FrequencyCase{145900000, "00 00 90 45 01"},  // 2 m
+                      FrequencyCase{435800000, "00 00 80 35 04"},  // 70 cm
+                      FrequencyCase{129612345, "45 23 61 29 01"},  // 23 cm in tenths
+                      FrequencyCase{14200010, "10 00 20 14 00"},   // 20 m, 10 Hz
+                      FrequencyCase{0, "00 00 00 00 00"}));
 
 TEST(IcomPacking, DuplexOffsetAndTonesUseTheRadiosLayouts) {
     unsigned char out[3];
@@ -77,7 +79,7 @@ TEST(IcomFrames, EachBuilderFramesItsCommandForTheRadioAddress) {
 // --- The exchange on a line -----------------------------------------------------------
 
 class IcomExchange : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         ResetIcomDriverState();
         SetCommandDelay(3.0f);  // must not slow or change the CI-V exchange
@@ -136,14 +138,23 @@ TEST_F(IcomExchange, ReplyCheckWantsTheWholeReplyFromTheRightRadio) {
     unsigned char frame[kCivMaxFrame];
     unsigned char reply[kCivFrequencyReplyLength + 1];
     // An acknowledgement where a frequency was wanted is too short.
-    SendIcomRadioCommand(fd(), frame, IcomCommandSubNoData(0x60, frame, kCivSelect, kCivMainBand), false);
-    EXPECT_EQ(ReadAndCheckIcomFlag(fd(), 0x60, reply, kCivReadFrequency, kCivFrequencyReplyLength, 10, false), 0);
+    SendIcomRadioCommand(fd(), frame, IcomCommandSubNoData(0x60, frame, kCivSelect, kCivMainBand),
+                         false);
+    EXPECT_EQ(ReadAndCheckIcomFlag(fd(), 0x60, reply, kCivReadFrequency, kCivFrequencyReplyLength,
+                                   10, false),
+              0);
     EXPECT_EQ(reply[6], 0);  // zero-terminated after the 6 bytes that came
     // The right length from the right radio, but the wrong command.
-    SendIcomRadioCommand(fd(), frame, IcomCommandNoSubNoData(0x60, frame, kCivReadFrequency), false);
-    EXPECT_EQ(ReadAndCheckIcomFlag(fd(), 0x60, reply, kCivSetFrequency, kCivFrequencyReplyLength, 10, false), 0);
-    SendIcomRadioCommand(fd(), frame, IcomCommandNoSubNoData(0x60, frame, kCivReadFrequency), false);
-    EXPECT_EQ(ReadAndCheckIcomFlag(fd(), 0x61, reply, kCivReadFrequency, kCivFrequencyReplyLength, 10, false), 0);
+    SendIcomRadioCommand(fd(), frame, IcomCommandNoSubNoData(0x60, frame, kCivReadFrequency),
+                         false);
+    EXPECT_EQ(ReadAndCheckIcomFlag(fd(), 0x60, reply, kCivSetFrequency, kCivFrequencyReplyLength,
+                                   10, false),
+              0);
+    SendIcomRadioCommand(fd(), frame, IcomCommandNoSubNoData(0x60, frame, kCivReadFrequency),
+                         false);
+    EXPECT_EQ(ReadAndCheckIcomFlag(fd(), 0x61, reply, kCivReadFrequency, kCivFrequencyReplyLength,
+                                   10, false),
+              0);
 }
 
 TEST_F(IcomExchange, WithoutARadioOnTheBusEachByteWaitsForAnEchoThatNeverComes) {
@@ -157,7 +168,7 @@ TEST_F(IcomExchange, WithoutARadioOnTheBusEachByteWaitsForAnEchoThatNeverComes) 
     const std::string log = ::testing::internal::GetCapturedStderr();
     EXPECT_NE(log.find("->06:FE FE 60 E0 03 FD \n"), std::string::npos) << log;
     EXPECT_NE(log.find("<e06:\n"), std::string::npos) << log;  // the echo line is empty
-    EXPECT_EQ(Hex(radio_.received()), "FE FE 60 E0 03 FD");  // still sent whole
+    EXPECT_EQ(Hex(radio_.received()), "FE FE 60 E0 03 FD");    // still sent whole
 }
 
 TEST(IcomClosedPort, ExchangesDoNothingAndReportFailure) {

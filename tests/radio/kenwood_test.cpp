@@ -2,13 +2,14 @@
 // transponder-mode row, forced and unforced, the tone and receive-VFO checks,
 // squelch, dial and start-up, and what the radio holds afterwards.
 
+#include "radio/kenwood.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "radio/driver.h"
-#include "radio/kenwood.h"
 #include "radio/serial.h"
 #include "radio/tuning.h"
 #include "sim/ts2000_sim.h"
@@ -20,7 +21,7 @@ namespace {
 using Commands = std::vector<std::string>;
 
 class Ts2000 : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         ResetKenwoodDriverState();
         SetCommandDelay(0.0f);
@@ -68,47 +69,145 @@ TEST_P(Ts2000Sequence, SendsExactlyTheseCommands) {
 INSTANTIATE_TEST_SUITE_P(
     Rows, Ts2000Sequence,
     ::testing::Values(
-        Ts2000Case{"ja_ssb_usb_down_lsb_up", 3, 145.9, 435.8, 0, 0, true,
-                   {FORCED_START, "SA1010000", "MD2", "SA1011000", "MD1", "FA00059111111", "FB00145900000",
-                    "FA00435800000"}},
-        Ts2000Case{"b_ssb_lsb_down_usb_up", 4, 435.9, 145.9, 0, 0, true,
-                   {FORCED_START, "SA1010000", "MD1", "SA1011000", "MD2", "FA00059111111", "FB00435900000",
-                    "FA00145900000"}},
-        Ts2000Case{"b_cw", 8, 435.9, 145.9, 0, 0, true,
-                   {FORCED_START, "SA1010000", "MD3", "SA1011000", "MD3", "FA00059111111", "FB00435900000",
-                    "FA00145900000"}},
-        Ts2000Case{"a_ssb_same_mode_both_sides", 5, 145.9, 29.4, 0, 0, true,
-                   {FORCED_START, "SA1011000", "MD2", "SA1010000", "MD2", "FA00059111111", "FB00145900000",
-                    "FA00029400000"}},
-        Ts2000Case{"t_cw_hf_uplink_checks_with_144", 14, 21.2, 145.9, 0, 0, true,
-                   {FORCED_START, "SA1011000", "MD3", "SA1010000", "MD3", "FA00144111111", "FB00021200000",
-                    "FA00145900000"}},
-        Ts2000Case{"jd_mix_fm_up_usb_down", 11, 145.85, 435.25, 0, 0, true,
-                   {FORCED_START, "SA1011000", "MD4", "SA1010000", "MD2", "FA00059111111", "FB00145850000",
-                    "FA00435250000"}},
-        Ts2000Case{"cross_band_fm_repeater_checks_in_hertz", 2, 145.85, 436.795, 1, 0, true,
+        Ts2000Case{"ja_ssb_usb_down_lsb_up",
+                   3,
+                   145.9,
+                   435.8,
+                   0,
+                   0,
+                   true,
+                   {FORCED_START, "SA1010000", "MD2", "SA1011000", "MD1", "FA00059111111",
+                    "FB00145900000", "FA00435800000"}},
+        Ts2000Case{"b_ssb_lsb_down_usb_up",
+                   4,
+                   435.9,
+                   145.9,
+                   0,
+                   0,
+                   true,
+                   {FORCED_START, "SA1010000", "MD1", "SA1011000", "MD2", "FA00059111111",
+                    "FB00435900000", "FA00145900000"}},
+        Ts2000Case{"b_cw",
+                   8,
+                   435.9,
+                   145.9,
+                   0,
+                   0,
+                   true,
+                   {FORCED_START, "SA1010000", "MD3", "SA1011000", "MD3", "FA00059111111",
+                    "FB00435900000", "FA00145900000"}},
+        Ts2000Case{"a_ssb_same_mode_both_sides",
+                   5,
+                   145.9,
+                   29.4,
+                   0,
+                   0,
+                   true,
+                   {FORCED_START, "SA1011000", "MD2", "SA1010000", "MD2", "FA00059111111",
+                    "FB00145900000", "FA00029400000"}},
+        Ts2000Case{"t_cw_hf_uplink_checks_with_144",
+                   14,
+                   21.2,
+                   145.9,
+                   0,
+                   0,
+                   true,
+                   {FORCED_START, "SA1011000", "MD3", "SA1010000", "MD3", "FA00144111111",
+                    "FB00021200000", "FA00145900000"}},
+        Ts2000Case{"jd_mix_fm_up_usb_down",
+                   11,
+                   145.85,
+                   435.25,
+                   0,
+                   0,
+                   true,
+                   {FORCED_START, "SA1011000", "MD4", "SA1010000", "MD2", "FA00059111111",
+                    "FB00145850000", "FA00435250000"}},
+        Ts2000Case{"cross_band_fm_repeater_checks_in_hertz",
+                   2,
+                   145.85,
+                   436.795,
+                   1,
+                   0,
+                   true,
                    {FORCED_START, "SA1011000", "MD4", "TO", "TN01", "TO1", "SA1010000", "MD4", "CT",
                     "FA00059111111", "FB00145850000", "FA00436795000"}},
-        Ts2000Case{"j_exp_usb_first_fm_second", 17, 145.9, 435.8, 0, 0, true,
-                   {FORCED_START, "SA1011000", "MD2", "TO", "SA1010000", "MD4", "CT", "FA00059111111",
-                    "FB00145900000", "FA00435800000"}},
-        Ts2000Case{"same_band_repeater_splits_vfo_b", 1, 145.2, 145.8, 9, 0, true,
-                   {FORCED_START, "SB0", "RX0", "TX0", "DC00", "CT", "FR1", "MD4", "TO", "TN09", "TO1", "FR0", "MD4",
-                    "FR0", "FT1", "FB00145200000", "FA00145800000"}},
-        Ts2000Case{"same_band_am_with_tone_squelch", 15, 29.6, 29.6, 0, 9, true,
-                   {FORCED_START, "SB0", "RX0", "TX0", "DC00", "CT", "CN09", "CT1", "FR1", "MD5", "TO", "FR0", "MD5",
-                    "FR0", "FT1", "FB00029600000", "FA00029600000"}},
-        Ts2000Case{"receive_only_never_writes_vfo_b", -1, 145.9, 435.8, 0, 0, true,
+        Ts2000Case{"j_exp_usb_first_fm_second",
+                   17,
+                   145.9,
+                   435.8,
+                   0,
+                   0,
+                   true,
+                   {FORCED_START, "SA1011000", "MD2", "TO", "SA1010000", "MD4", "CT",
+                    "FA00059111111", "FB00145900000", "FA00435800000"}},
+        Ts2000Case{"same_band_repeater_splits_vfo_b",
+                   1,
+                   145.2,
+                   145.8,
+                   9,
+                   0,
+                   true,
+                   {FORCED_START, "SB0", "RX0", "TX0", "DC00", "CT", "FR1", "MD4", "TO", "TN09",
+                    "TO1", "FR0", "MD4", "FR0", "FT1", "FB00145200000", "FA00145800000"}},
+        Ts2000Case{"same_band_am_with_tone_squelch",
+                   15,
+                   29.6,
+                   29.6,
+                   0,
+                   9,
+                   true,
+                   {FORCED_START, "SB0", "RX0", "TX0", "DC00", "CT", "CN09", "CT1", "FR1", "MD5",
+                    "TO", "FR0", "MD5", "FR0", "FT1", "FB00029600000", "FA00029600000"}},
+        Ts2000Case{"receive_only_never_writes_vfo_b",
+                   -1,
+                   145.9,
+                   435.8,
+                   0,
+                   0,
+                   true,
                    {FORCED_START, "SA1010000", "MD3", "FA00435800000"}},
         Ts2000Case{"receive_only_unforced", -1, 145.9, 435.8, 0, 0, false, {"FA00435800000"}},
         Ts2000Case{"unknown_unforced_sends_nothing", 0, 145.9, 435.8, 0, 0, false, {}},
-        Ts2000Case{"unknown_forced_stops_after_the_common_set_up", 0, 145.9, 435.8, 0, 0, true, {FORCED_START}},
-        Ts2000Case{"two_band_unforced_only_the_vfos", 3, 145.9, 435.8, 0, 0, false,
+        Ts2000Case{"unknown_forced_stops_after_the_common_set_up",
+                   0,
+                   145.9,
+                   435.8,
+                   0,
+                   0,
+                   true,
+                   {FORCED_START}},
+        Ts2000Case{"two_band_unforced_only_the_vfos",
+                   3,
+                   145.9,
+                   435.8,
+                   0,
+                   0,
+                   false,
                    {"FB00145900000", "FA00435800000"}},
-        Ts2000Case{"fm_unforced_only_the_vfos", 1, 145.2, 145.8, 9, 0, false, {"FB00145200000", "FA00145800000"}},
-        Ts2000Case{"out_of_range_skips_the_mode_set_up", 18, 145.9, 435.8, 0, 0, true,
+        Ts2000Case{"fm_unforced_only_the_vfos",
+                   1,
+                   145.2,
+                   145.8,
+                   9,
+                   0,
+                   false,
+                   {"FB00145200000", "FA00145800000"}},
+        Ts2000Case{"out_of_range_skips_the_mode_set_up",
+                   18,
+                   145.9,
+                   435.8,
+                   0,
+                   0,
+                   true,
                    {FORCED_START, "FB00145900000", "FA00435800000"}},
-        Ts2000Case{"microwave_downlink_in_tenths", 4, 1268.5, 2400.05, 0, 0, false,
+        Ts2000Case{"microwave_downlink_in_tenths",
+                   4,
+                   1268.5,
+                   2400.05,
+                   0,
+                   0,
+                   false,
                    {"FB00126850000", "FA00240005000"}}),
     [](const ::testing::TestParamInfo<Ts2000Case>& row) { return std::string(row.param.name); });
 
@@ -137,7 +236,8 @@ TEST_F(Ts2000, TonesAreToggledOnlyWhenTheRadioReportsTheOtherState) {
     });
     EXPECT_EQ(set(3, 145.9, 435.8, 0, 0, true), 1);
     Commands first = radio_.commands();
-    EXPECT_EQ(Commands(first.begin(), first.begin() + 6), (Commands{"SA0100000", "FR", "TO", "TO0", "CT", "CT0"}));
+    EXPECT_EQ(Commands(first.begin(), first.begin() + 6),
+              (Commands{"SA0100000", "FR", "TO", "TO0", "CT", "CT0"}));
     EXPECT_FALSE(radio_.state().tone);
     EXPECT_FALSE(radio_.state().toneSquelch);
     radio_.clearRecords();
@@ -219,6 +319,9 @@ TEST_F(Ts2000, DialReadBackReportsTheMoveOnce) {
 
 TEST_F(Ts2000, StartTakesARadioOutOfPacketMode) {
     editRadio([](sim::Ts2000SimState* s) { s->packetMode = true; });
+    // The probe's answer is looked for without waiting, so it is the command
+    // delay after the carriage return (3 ms, three times) that lets it arrive.
+    SetCommandDelay(3.0f);
     StartTS2000(fd(), false);
     line_.Settle();
     EXPECT_TRUE(TS2000StartState().sPacketWasOn);
@@ -227,6 +330,7 @@ TEST_F(Ts2000, StartTakesARadioOutOfPacketMode) {
 }
 
 TEST_F(Ts2000, StartOnARadioInComputerControlOnlyAsks) {
+    SetCommandDelay(3.0f);
     StartTS2000(fd(), false);
     line_.Settle();
     EXPECT_FALSE(TS2000StartState().sPacketWasOn);

@@ -25,7 +25,9 @@ inline std::string Hex(const unsigned char* bytes, size_t count) {
     return text;
 }
 
-inline std::string Hex(const std::vector<uint8_t>& bytes) { return Hex(bytes.data(), bytes.size()); }
+inline std::string Hex(const std::vector<uint8_t>& bytes) {
+    return Hex(bytes.data(), bytes.size());
+}
 
 inline std::vector<std::string> HexFrames(const std::vector<std::vector<uint8_t>>& frames) {
     std::vector<std::string> text;
@@ -37,7 +39,7 @@ inline std::vector<std::string> HexFrames(const std::vector<std::vector<uint8_t>
 // uses. The device is served on its own thread from Attach() until the end
 // of the test.
 class SimulatedLine {
-public:
+  public:
     ~SimulatedLine() { Detach(); }
 
     // Starts serving `device` and opens the line as the program would.
@@ -59,7 +61,7 @@ public:
     // Waits until the device has taken in and acted on all that was sent.
     void Settle() const { pty_.waitIdle(); }
 
-private:
+  private:
     sim::PtyServer pty_;
     int fd_ = -1;
 };
@@ -69,7 +71,7 @@ private:
 // half-second time-outs of a silent radio pass in a few milliseconds. The
 // system calls are the real ones.
 class SkippingClock {
-public:
+  public:
     SkippingClock() {
         system_ = *RealSerialSystem();
         system_.microseconds = [] { return RealSerialSystem()->microseconds() + skipped(); };
@@ -82,7 +84,7 @@ public:
     }
     ~SkippingClock() { SetSerialSystem(nullptr); }
 
-private:
+  private:
     static double& skipped() {
         static double value = 0;
         return value;
