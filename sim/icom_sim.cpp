@@ -126,6 +126,7 @@ void IcomSimulator::receive(uint8_t byte, std::vector<uint8_t>* out) {
     if (garbage_) {
         for (size_t i = 0; i < reply.size(); ++i) reply[i] = static_cast<uint8_t>(0x5A ^ (i * 37));
     }
+    if (short_) reply.resize(reply.size() / 2);
     out->insert(out->end(), reply.begin(), reply.end());
 }
 
@@ -266,6 +267,11 @@ void IcomSimulator::setSilent(bool on) {
 void IcomSimulator::setEcho(bool on) {
     std::lock_guard<std::mutex> lock(mutex_);
     echo_ = on;
+}
+
+void IcomSimulator::setShortReplies(bool on) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    short_ = on;
 }
 
 void IcomSimulator::setGarbage(bool on) {

@@ -66,6 +66,9 @@ class IcomSimulator : public SimDevice {
     void setEcho(bool on);
     // Every reply is replaced by junk of the same length.
     void setGarbage(bool on);
+    // Every reply loses its last half, as when the radio is switched off
+    // mid-answer.
+    void setShortReplies(bool on);
 
     // Every byte received, and every complete frame addressed to the radio.
     std::vector<uint8_t> received() const;
@@ -83,6 +86,7 @@ class IcomSimulator : public SimDevice {
     bool silent_ = false;
     bool echo_ = true;
     bool garbage_ = false;
+    bool short_ = false;
     std::vector<uint8_t> partial_;
     std::vector<uint8_t> received_;
     std::vector<std::vector<uint8_t>> frames_;

@@ -65,6 +65,7 @@ void Ts2000Simulator::receive(uint8_t byte, std::vector<uint8_t>* out) {
     if (garbage_) {
         for (size_t i = 0; i < reply.size(); ++i) reply[i] = static_cast<char>(0x80 | (i * 29));
     }
+    if (short_) reply.resize(reply.size() / 2);
     out->insert(out->end(), reply.begin(), reply.end());
 }
 
@@ -164,6 +165,11 @@ void Ts2000Simulator::setState(const Ts2000SimState& state) {
 void Ts2000Simulator::setSilent(bool on) {
     std::lock_guard<std::mutex> lock(mutex_);
     silent_ = on;
+}
+
+void Ts2000Simulator::setShortReplies(bool on) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    short_ = on;
 }
 
 void Ts2000Simulator::setGarbage(bool on) {

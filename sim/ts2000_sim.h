@@ -45,6 +45,8 @@ class Ts2000Simulator : public SimDevice {
     void setSilent(bool on);
     // Every reply is replaced by junk of the same length.
     void setGarbage(bool on);
+    // Every reply loses its last half.
+    void setShortReplies(bool on);
 
     // Every byte received, and every command (without its ';').
     std::vector<uint8_t> received() const;
@@ -59,6 +61,7 @@ class Ts2000Simulator : public SimDevice {
     Ts2000SimState state_;
     bool silent_ = false;
     bool garbage_ = false;
+    bool short_ = false;
     std::string partial_;
     std::vector<uint8_t> received_;
     std::vector<std::string> commands_;

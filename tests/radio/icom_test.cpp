@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -169,6 +170,36 @@ TEST_F(IcomExchange, WithoutARadioOnTheBusEachByteWaitsForAnEchoThatNeverComes) 
     EXPECT_NE(log.find("->06:FE FE 60 E0 03 FD \n"), std::string::npos) << log;
     EXPECT_NE(log.find("<e06:\n"), std::string::npos) << log;  // the echo line is empty
     EXPECT_EQ(Hex(radio_.received()), "FE FE 60 E0 03 FD");    // still sent whole
+}
+
+TEST_F(IcomExchange, RepliesCutShortAreNotAcknowledgements) {
+    testing::SkippingClock clock;
+    radio_.setShortReplies(true);
+    EXPECT_EQ(SetIcomBandVFO(fd(), 0x60, kCivMainBand, false), 0);
+    EXPECT_EQ(GetIcomRadioDownLinkCycles(fd(), 0x60, false), 0u);
+    EXPECT_EQ(Set910VFO(fd(), 0x60, 145.9, 435.8, 3, 0, 0, true, false), 0);
+}
+
+// An adapter pulled out mid-pass: every write and read fails with EIO.
+TEST(IcomUnpluggedAdapter, FailingLineEndsTheUpdateWithoutHanging) {
+    ResetIcomDriverState();
+    SerialSystem unplugged = *RealSerialSystem();
+    unplugged.writePort = [](int, const void*, size_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    };
+    unplugged.readPort = [](int, void*, size_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    };
+    SetSerialSystem(&unplugged);
+    constexpr int kGoneFd = 42;  // never reaches the system: the seam answers
+    EXPECT_EQ(Set910VFO(kGoneFd, 0x60, 145.9, 435.8, 3, 0, 0, true, false), 0);
+    EXPECT_EQ(Set910VFO(kGoneFd, 0x60, 145.91, 435.81, 3, 0, 0, false, false), 1);
+    EXPECT_EQ(Set821HVFO(kGoneFd, 0x4C, 145.9, 435.8, 1, 0, 0, true, false), 1);
+    int32_t change = 0;
+    EXPECT_EQ(DownLinkChanged910(kGoneFd, 0x60, &change, false), 0);
+    SetSerialSystem(nullptr);
 }
 
 TEST(IcomClosedPort, ExchangesDoNothingAndReportFailure) {

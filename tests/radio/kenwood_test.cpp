@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -259,6 +260,44 @@ TEST_F(Ts2000, ForcedUpdateFailsOnlyWhenTheReceiveVfoQueryIsUnanswered) {
     radio_.clearRecords();
     EXPECT_EQ(set(3, 145.9, 435.8, 0, 0, true), 1);
     EXPECT_EQ(radio_.commands()[2], "FR0");
+}
+
+TEST_F(Ts2000, RepliesCutShortAreNoAnswer) {
+    radio_.setShortReplies(true);
+    EXPECT_EQ(set(3, 145.9, 435.8, 0, 0, true), 0);  // "FR" alone is no receive VFO
+    EXPECT_EQ(set(3, 145.91, 435.81, 0, 0, false), 1);
+    int32_t change = 0;
+    editRadio([](sim::Ts2000SimState* s) { s->vfoA = 435820000; });
+    EXPECT_EQ(DownLinkChangedTS2000(fd(), &change, false), 0);
+    VFORec vfo = {};
+    vfo.signalStrength = 77;
+    editRadio([](sim::Ts2000SimState* s) { s->busy = true; });
+    EXPECT_EQ(SquelchedTS2000(fd(), &vfo, false), 1);
+    EXPECT_EQ(vfo.signalStrength, 77);
+}
+
+TEST(Ts2000Unplugged, FailingLineEndsTheUpdateWithoutHanging) {
+    ResetKenwoodDriverState();
+    SetCommandDelay(0.0f);
+    SerialSystem unplugged = *RealSerialSystem();
+    unplugged.writePort = [](int, const void*, size_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    };
+    unplugged.readPort = [](int, void*, size_t) -> ssize_t {
+        errno = EIO;
+        return -1;
+    };
+    SetSerialSystem(&unplugged);
+    constexpr int kGoneFd = 42;  // never reaches the system: the seam answers
+    EXPECT_EQ(SetTS2000VFO(kGoneFd, 145.9, 435.8, 3, 0, 0, true, false), 0);
+    int32_t change = 0;
+    EXPECT_EQ(DownLinkChangedTS2000(kGoneFd, &change, false), 0);
+    VFORec vfo = {};
+    EXPECT_EQ(SquelchedTS2000(kGoneFd, &vfo, false), 1);
+    StartTS2000(kGoneFd, false);
+    EXPECT_FALSE(TS2000StartState().sPacketWasOn);
+    SetSerialSystem(nullptr);
 }
 
 TEST_F(Ts2000, InvertingSsbLeavesDownlinkOnAAndUplinkOnB) {
