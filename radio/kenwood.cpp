@@ -31,8 +31,8 @@ constexpr char kModeAM[] = "MD5;";
 constexpr long long kSatCheckHfUplinkHz = 144111111;
 constexpr long long kSatCheckOtherHz = 59111111;
 
-// A pause between the two VFO writes; the radio drops the second one if it
-// comes too soon.
+// The pause between writing VFO B and VFO A, kept as the radio has always
+// been driven.
 constexpr double kVfoGapMicroseconds = 13000.0;
 
 constexpr int kFlushCount = 255;
@@ -55,8 +55,8 @@ void send(int fd, const char* text, bool debug) {
     sendRadioCommand(fd, text, static_cast<int>(std::strlen(text)), debug);
 }
 
-// Sends a query and reads its reply of `count` bytes (at most 63); returns the
-// bytes that came.
+// Sends a query and reads its reply of `count` bytes into `reply`, which holds
+// count + 1; returns the bytes that came.
 int ask(int fd, const char* query, char* reply, int count, int ticks, bool debug) {
     send(fd, query, debug);
     return readRadioResponse(fd, reinterpret_cast<unsigned char*>(reply), count, ticks, debug);
@@ -116,12 +116,12 @@ void setUpFmType(int fd, uint32_t up, uint32_t down, int commMode, int gTone, in
         CheckSatMode(fd, static_cast<double>(up), static_cast<double>(down), debug);
         return;
     }
-    // Both ends in one band: a split on the main receiver, tone squelch on
-    // VFO A, the repeater tone on VFO B.
-    send(fd, "SB0;", debug);   // sub receiver off
-    send(fd, "RX0;", debug);   // receive on the main receiver
-    send(fd, "TX0;", debug);   // transmit on the main receiver
-    send(fd, "DC00;", debug);  // main receiver takes the controls
+    // Both ends in one band: the main transceiver alone, receiving on VFO A
+    // with the tone squelch and transmitting on VFO B with the repeater tone.
+    send(fd, "SB0;", debug);  // sub receiver off
+    send(fd, "RX0;", debug);
+    send(fd, "TX0;", debug);
+    send(fd, "DC00;", debug);  // transmit and controls on the main band
     DoCTone(fd, gCTone, debug);
     send(fd, "FR1;", debug);  // VFO B for the uplink's mode and tone
     send(fd, secondFmTypeMode(commMode), debug);
