@@ -309,6 +309,8 @@ int Set910VFO(int fd, int address, double upMHz, double downMHz, int commMode, i
 
 int Set821HVFO(int fd, int address, double upMHz, double downMHz, int commMode, int, int,
                bool force, bool debug) {
+    // A closed port must not flip s_modeJ for an exchange that never happened.
+    if (fd == -1) return 0;
     uint32_t up = 0;
     uint32_t down = 0;
     if (!DriverCommonStart(&gIcom.ic821, upMHz, downMHz, force, &up, &down)) return 1;
@@ -328,6 +330,7 @@ int Set821HVFO(int fd, int address, double upMHz, double downMHz, int commMode, 
 
 int Set706VFO(int fd, int address, double upMHz, double downMHz, int commMode, int, int, bool force,
               bool debug) {
+    if (fd == -1) return 0;
     uint32_t down = 0;
     if (!DriverCommonStart(&gIcom.ic706, upMHz, downMHz, force, nullptr, &down)) return 1;
     const CivModeRow* row = rowFor(commMode);

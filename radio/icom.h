@@ -135,7 +135,8 @@ void Set910Tone(int fd, uint8_t address, bool on, bool debug);
 // Tone squelch with tone index `toneIndex`, off for 0.
 void Set910CTone(int fd, uint8_t address, int toneIndex, bool debug);
 
-// --- Set-frequencies drivers (MHz; 1 on success, 0 when the radio failed) ------
+// --- Set-frequencies drivers (MHz; 1 on success, 0 when the port is closed or
+// the radio failed) ---
 
 // IC-910: the main band receives, the sub band transmits. Never retunes the
 // radio while it transmits in a single-channel mode.

@@ -210,6 +210,8 @@ TEST(IcomClosedPort, ExchangesDoNothingAndReportFailure) {
     EXPECT_EQ(SetIcomBandVFO(-1, 0x60, kCivMainBand, false), 0);
     EXPECT_EQ(GetIcomRadioDownLinkCycles(-1, 0x60, false), 0u);
     EXPECT_EQ(Set910VFO(-1, 0x60, 145.9, 435.8, 3, 0, 0, true, false), 0);
+    EXPECT_EQ(Set821HVFO(-1, 0x4C, 145.9, 435.8, 3, 0, 0, true, false), 0);
+    EXPECT_EQ(Set706VFO(-1, 0x48, 145.9, 435.8, 3, 0, 0, true, false), 0);
     int32_t change = 0;
     EXPECT_EQ(DownLinkChanged910(-1, 0x60, &change, false), 0);
 }
