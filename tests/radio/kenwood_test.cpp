@@ -358,9 +358,10 @@ TEST_F(Ts2000, DialReadBackReportsTheMoveOnce) {
 
 TEST_F(Ts2000, StartTakesARadioOutOfPacketMode) {
     editRadio([](sim::Ts2000SimState* s) { s->packetMode = true; });
-    // The probe's answer is looked for without waiting, so it is the command
-    // delay after the carriage return (3 ms, three times) that lets it arrive.
-    SetCommandDelay(3.0f);
+    // The probe's answer is looked for without waiting, so only the command
+    // delay after the carriage return (three times the delay) lets it arrive;
+    // a generous delay keeps a loaded test machine from missing it.
+    SetCommandDelay(20.0f);
     StartTS2000(fd(), false);
     line_.Settle();
     EXPECT_TRUE(TS2000StartState().sPacketWasOn);
