@@ -1,14 +1,15 @@
 // The radio table: one row per model of the radio pop-up, and the common
 // start every set-frequencies driver makes.
 //
-// The Icom CI-V family (rows 5-10, 12), the TS-2000 (14) and the AOR
-// receiver (16) plug in here: fill their operations when their
-// drivers land; until then their rows can be chosen but fail the first tuning,
-// which switches the radio off with a beep.
+// The AOR receiver (16) plugs in here when its driver lands; until then its
+// row can be chosen but fails the first tuning, which switches the radio off
+// with a beep.
 
 #include <cmath>
 
 #include "radio/driver.h"
+#include "radio/icom.h"
+#include "radio/kenwood.h"
 #include "radio/pcr1000.h"
 #include "radio/ts50.h"
 #include "radio/yaesu.h"
@@ -17,7 +18,7 @@ namespace veloran {
 
 namespace {
 
-// The Yaesu drivers take no CI-V address.
+// The Yaesu and Kenwood drivers take no CI-V address.
 template <int (*Driver)(int, double, double, int, int, int, bool, bool)>
 int withoutAddress(int fd, int, double up, double down, int commMode, int gTone, int gCTone,
                    bool force, bool debug) {
@@ -45,24 +46,19 @@ const RadioDriver kRadios[kRadioCount] = {
      dialWithoutAddress<DownLinkChanged100>, FT100Answers},
     {"VR-5000", StartVR5000, KillVR5000, withoutAddress<SetVR5000VFO>, nullptr, 0.0, nullptr,
      nullptr},
-    // Set821HVFO / DownLinkChanged821
-    {"IC-820", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
-    {"IC-821", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
-    // Set910VFO / DownLinkChanged910
-    {"IC-910", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
-    // Set821HVFO / DownLinkChanged821
-    {"IC-970", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
-    // Set706VFO
-    {"IC-706", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
-    {"IC-706MKII", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
+    {"IC-820", nullptr, nullptr, Set821HVFO, nullptr, 0.0, DownLinkChanged821, nullptr},
+    {"IC-821", nullptr, nullptr, Set821HVFO, nullptr, 0.0, DownLinkChanged821, nullptr},
+    {"IC-910", nullptr, nullptr, Set910VFO, nullptr, 0.0, DownLinkChanged910, nullptr},
+    {"IC-970", nullptr, nullptr, Set821HVFO, nullptr, 0.0, DownLinkChanged821, nullptr},
+    {"IC-706", nullptr, nullptr, Set706VFO, nullptr, 0.0, nullptr, nullptr},
+    {"IC-706MKII", nullptr, nullptr, Set706VFO, nullptr, 0.0, nullptr, nullptr},
     {"PCR1000", StartPCR1000, nullptr, withoutAddress<SetPCR1000VFO>, SquelchedPCR1000,
      kPcr1000SMeter, nullptr, nullptr},
-    // Set706VFO
-    {"IC-706MKIIG", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
+    {"IC-706MKIIG", nullptr, nullptr, Set706VFO, nullptr, 0.0, nullptr, nullptr},
     // Never connected: choosing it makes every tuning fail on purpose.
     {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
-    // StartTS2000 / KillTS2000 / SetTS2000VFO / SquelchedTS2000 / DownLinkChangedTS2000
-    {"TS-2000", nullptr, nullptr, nullptr, nullptr, kTs2000SMeter, nullptr, nullptr},
+    {"TS-2000", StartTS2000, KillTS2000, withoutAddress<SetTS2000VFO>, SquelchedTS2000, kTs2000SMeter,
+     dialWithoutAddress<DownLinkChangedTS2000>, nullptr},
     {"TS-50", StartTS50, KillTS50, withoutAddress<SetTS50VFO>, nullptr, 0.0,
      dialWithoutAddress<DownLinkChangedTS50>, nullptr},
     // SetAORVFO / SquelchedAOR

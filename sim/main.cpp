@@ -5,11 +5,14 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <strings.h>
 #include <string>
 #include <thread>
 
+#include "sim/icom_sim.h"
 #include "sim/radio_sim.h"
 #include "sim/rotor_sim_main.h"
+#include "sim/ts2000_sim.h"
 
 namespace {
 
@@ -21,6 +24,8 @@ void onSignal(int) {
 int usage(FILE* out) {
     std::fprintf(out,
                  "usage: veloran-sim radio MODEL [--silent] [--verbose]\n"
+                 "       veloran-sim radio ic910|ic821|ic706 [--address 0xNN] [--transmitting] [--silent] [--garbage]\n"
+                 "       veloran-sim radio ts2000 [--silent] [--garbage] [--packet]\n"
                  "       veloran-sim rotor PROTOCOL [--speed DEG_PER_S] [--az DEG] [--el DEG]\n"
                  "  MODEL: ft847, ft817, ft100d, ft736r, vr5000\n"
                  "  PROTOCOL: gs232, autotracker, easycomm, klm, sartek, satel, dcu1, spid, pt\n"
@@ -47,6 +52,11 @@ int main(int argc, char** argv) {
     if (argc >= 2 && std::strcmp(argv[1], "rotor") == 0)
         return veloran::sim::RunRotorSimulator(argc - 2, argv + 2);
     if (argc < 3 || std::strcmp(argv[1], "radio") != 0) return usage(stderr);
+    veloran::sim::IcomModel icom;
+    if (veloran::sim::IcomModelFromName(argv[2], &icom))
+        return veloran::sim::RunIcomSimulator(argv[2], argc - 3, argv + 3);
+    if (strcasecmp(argv[2], "ts2000") == 0 || strcasecmp(argv[2], "ts-2000") == 0)
+        return veloran::sim::RunTs2000Simulator(argc - 3, argv + 3);
     veloran::sim::RadioModel model;
     if (!veloran::sim::ParseRadioModel(argv[2], &model)) {
         std::fprintf(stderr, "veloran-sim: unknown radio '%s'\n", argv[2]);
