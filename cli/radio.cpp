@@ -61,6 +61,21 @@ bool ParseInteger(const Arguments& args, const std::string& name, int base, int 
     return true;
 }
 
+// The CI-V address each Icom leaves the factory with, by radio index, so that
+// an untouched radio answers without --icom-address; 0 for the others.
+int FactoryCivAddress(int radio) {
+    switch (radio) {
+        case 5: return 0x42;   // IC-820
+        case 6: return 0x4C;   // IC-821
+        case 7: return 0x60;   // IC-910
+        case 8: return 0x2E;   // IC-970
+        case 9: return 0x48;   // IC-706
+        case 10: return 0x4E;  // IC-706MKII
+        case 12: return 0x58;  // IC-706MKIIG
+        default: return 0;
+    }
+}
+
 }  // namespace
 
 int RunRadio(int argc, char** argv) {
@@ -82,6 +97,7 @@ int RunRadio(int argc, char** argv) {
         !ParseNumber(args, "--down", 0, &down)) {
         return kUsageError;
     }
+    if (!args.has("--icom-address")) address = FactoryCivAddress(radio);
     if (!ParseMode(args.value("--mode"), &commMode)) {
         return Fail("--mode wants a mode name such as JA_SSB, J_FM, SIMP_FM or NONE, not '" +
                     args.value("--mode") + "'");
