@@ -6,5 +6,6 @@ namespace veloran::cli {
 
 int RunLook(int argc, char** argv);
 int RunPasses(int argc, char** argv);
+int RunGrid(int argc, char** argv);
 
 }  // namespace veloran::cli

@@ -16,19 +16,28 @@ struct Command {
 
 const Command kCommands[] = {
     {"look", veloran::cli::RunLook,
-     "look FILE [--site LAT,LON,ALT_M] [--time UTC] [--sat NAME]\n"
+     "look [FILE] [--site LAT,LON,ALT_M] [--time UTC] [--sat NAME] [--modes | --modes=MODEFILE]\n"
      "      live azimuth, elevation, range, range rate, sub-satellite point, height,\n"
-     "      eclipse, time to AOS and maximum elevation of every satellite in FILE"},
+     "      eclipse, time to AOS and maximum elevation of every satellite in FILE;\n"
+     "      --modes also lists each satellite's transponder modes"},
     {"passes", veloran::cli::RunPasses,
-     "passes FILE [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME]\n"
+     "passes [FILE] [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME] [--modes=MODEFILE]\n"
      "      the passes of the next H hours (default 24): AOS, maximum elevation, LOS"},
+    {"grid", veloran::cli::RunGrid,
+     "grid LAT LON | grid LOCATOR\n"
+     "      the six-character Maidenhead locator of a position (longitude east positive),\n"
+     "      or the latitude and longitude of the centre of a locator's square"},
 };
 
 void PrintHelp(FILE* out) {
     std::fprintf(out, "usage: veloran-cli COMMAND [ARGS]\n\ncommands:\n");
     for (const Command& c : kCommands) std::fprintf(out, "  %s\n", c.usage);
     std::fprintf(out,
-                 "\nFILE is a two-line element file (a name line, then lines 1 and 2).\n"
+                 "\nFILE is a two-line element file (a name line of 2 to 9 characters, then lines 1\n"
+                 "and 2); without it, the user's element sets, else the bundled ones. Modes come\n"
+                 "from MODEFILE, else the user's modes file, else the bundled mode.dat.\n"
+                 "--data-dir DIR and --config-dir DIR name the user's folders (default: the XDG\n"
+                 "folders, or $VELORAN_DATA_DIR and $VELORAN_CONFIG_DIR).\n"
                  "--site takes latitude north positive and longitude EAST positive, in degrees,\n"
                  "and height in metres; the default station is 43.7064 N, 79.2442 W, 200 m.\n"
                  "--time takes ISO 8601 UTC, e.g. 2026-11-21T18:30:00Z; the default is now.\n");
