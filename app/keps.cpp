@@ -17,7 +17,12 @@ namespace {
 
 constexpr double kRadiansToDegrees = 1.0 / kDegreesToRadians;
 
-void CopyName(char* to, const char* from) { std::snprintf(to, sizeof(SatRec::name), "%s", from); }
+// Names are cut to fit the record's field.
+void CopyName(char* to, const char* from) {
+    const size_t n = strnlen(from, sizeof(SatRec::name) - 1);
+    std::memcpy(to, from, n);
+    to[n] = '\0';
+}
 
 }  // namespace
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "app/appcontroller.h"
+#include "app/silentui.h"
 #include "data/elementfile.h"
 #include "data/files.h"
 
@@ -17,29 +18,11 @@ namespace {
 
 // The command line has no window: alerts go to standard error, everything
 // else is dropped.
-class ConsoleUserInterface : public UserInterface {
+class ConsoleUserInterface : public SilentUserInterface {
 public:
-    void removeAllSatelliteItems() override {}
-    void addSatelliteItem(const std::string&) override {}
-    void setKepsDateText(const std::string&) override {}
     void alert(const std::string& title, const std::string& message, const std::string&) override {
         std::fprintf(stderr, "veloran-cli: %s %s\n", title.c_str(), message.c_str());
     }
-    void beep() override {}
-    void removeAllChannelItems() override {}
-    void addChannelItem(const std::string&) override {}
-    int channelItemCount() const override { return 0; }
-    void selectChannelItem(int) override {}
-    int selectedChannelIndex() const override { return 0; }
-    void setVfoSlider(double) override {}
-    void removeAllLocationItems() override {}
-    void addLocationItem(const std::string&) override {}
-    void removeLocationItem(int) override {}
-    int selectedLocationIndex() const override { return -1; }
-    void showLocation(const std::string&, const std::string&, const std::string&) override {}
-    void readLocationSheet(std::string*, std::string*, std::string*, std::string*, std::string*) const override {}
-    void closeLocationSheet() override {}
-    void showSettings(const SiteRec&) override {}
 };
 
 bool Readable(const std::string& what, const std::string& path) {
