@@ -18,6 +18,8 @@
 
 namespace veloran {
 
+class ModesFile;
+
 // The element-set bulletin fetched by startDownloadingURL.
 constexpr const char* kKeplerDownloadURL = "https://www.amsat.org/amsat/ftp/keps/current/nasa.all";
 constexpr double kDownloadTimeoutSeconds = 60.0;
@@ -136,6 +138,11 @@ private:
     SatRec* mainSatellite();
     void debugLog(const char* format, ...) const __attribute__((format(printf, 2, 3)));
     void announce(const std::string& text);
+    // Appends the Moon or the Sun, its name and elements already in place,
+    // as entry mTotalSats: pop-up item, modes, orbit constants, index.
+    void appendBody(SatRec* body, ModesFile* modes);
+    // Reloads after the modes file changed, keeping the main satellite.
+    void reloadModes(int32_t mainSatNum);
     // Replaces the element-set file with `candidate` when it holds at least
     // one element set; otherwise tells the user and keeps the current one.
     bool installElementFile(const std::string& candidate, bool moveIntoPlace);

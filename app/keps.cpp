@@ -95,27 +95,18 @@ void AppController::loadKepsAndModes() {
     DateTimeRec now{};
     QFSecondsToDate(services_.clock->dateTime(), &now);
 
-    // The Moon is not cleared first: it may overwrite a set read past the limit.
-    int n = mTotalSats;
-    SatRec* moon = &mAllSats[n];
+    // The Moon and the Sun are not cleared first: the Moon may overwrite a
+    // set read past the limit.
+    SatRec* moon = &mAllSats[mTotalSats];
     CopyName(moon->name, "Moon");
     LoadMoonKeps(&moon->satKep, now.month);
-    ui->addSatelliteItem(moon->name);
-    if (modes.isOpen()) modes.getModes(moon, moon->name);
-    CalcKepVals(moon, &mSite);
-    moon->db_index = n;
-    ++mTotalSats;
-    mMoonNum = mTotalSats;
+    appendBody(moon, &modes);
+    mMoonNum = mTotalSats;  // the Sun's entry, as the rest of the program reads it
 
-    n = mTotalSats;
-    SatRec* sun = &mAllSats[n];
+    SatRec* sun = &mAllSats[mTotalSats];
     CopyName(sun->name, "Sun");
     LoadSunKeps(&sun->satKep);
-    ui->addSatelliteItem(sun->name);
-    if (modes.isOpen()) modes.getModes(sun, sun->name);
-    CalcKepVals(sun, &mSite);
-    sun->db_index = n;
-    ++mTotalSats;
+    appendBody(sun, &modes);
     mSunNum = mTotalSats;
 
     debugLog("loadKepsAndModes: %d satellites loaded.\n", mTotalSats);
@@ -124,6 +115,14 @@ void AppController::loadKepsAndModes() {
     announce(spoken);
     if (keps != nullptr) std::fclose(keps);
     if (mTotalSats <= 2) ui->alert("There are no keplerian elements loaded.", "Please Download or Import keps", "OK");
+}
+
+void AppController::appendBody(SatRec* body, ModesFile* modes) {
+    services_.ui->addSatelliteItem(body->name);
+    if (modes->isOpen()) modes->getModes(body, body->name);
+    CalcKepVals(body, &mSite);
+    body->db_index = mTotalSats;
+    ++mTotalSats;
 }
 
 bool AppController::installElementFile(const std::string& candidate, bool moveIntoPlace) {

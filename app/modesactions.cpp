@@ -37,11 +37,7 @@ void AppController::defaultModes() {
         return;
     }
     std::rename(userModes.c_str(), BackupPath(userModes).c_str());
-    loadKepsAndModes();
-    mMainSatNum = mainSat;
-    HandleNewSatellite();
-    updateVFO(1);
-    mRefreshModes = true;
+    reloadModes(mainSat);
 }
 
 void AppController::importModes() {
@@ -55,8 +51,12 @@ void AppController::importModes() {
         if (!CopyFileAtomically(chosen, userModes))
             services_.ui->alert("The modes were not imported.", "Cannot write " + userModes + ".", "OK");
     }
+    reloadModes(mainSat);
+}
+
+void AppController::reloadModes(int32_t mainSatNum) {
     loadKepsAndModes();
-    mMainSatNum = mainSat;
+    mMainSatNum = mainSatNum;
     HandleNewSatellite();
     updateVFO(1);
     mRefreshModes = true;
