@@ -83,7 +83,8 @@ public:
 
     // --- Modes (modesactions.cpp) ---
 
-    // Writes the table, the between-passes and the on-exit records to path.
+    // Writes the table, the between-passes and the on-exit records to path,
+    // keeping the blocks of satellites missing from the table.
     void writeModeFile(const std::string& path);
     void defaultModes();
     void importModes();
@@ -159,6 +160,7 @@ private:
     int32_t mCycleSatNum = 1;
     int32_t mMainSatNum = 1;
     bool mRefreshModes = true;
+    std::string mModesSource;             // the modes file of the last load, empty when none was read
     bool newSatellite = false;
     SiteRec mSite{};
     ViewPrefs mViewPrefs;

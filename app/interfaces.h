@@ -42,7 +42,6 @@ public:
     // The places combo box, the latitude and longitude fields beside it.
     virtual void removeAllLocationItems() = 0;
     virtual void addLocationItem(const std::string& name) = 0;
-    virtual void removeLocationItem(int index) = 0;
     // The selected place, -1 for none.
     virtual int selectedLocationIndex() const = 0;
     virtual void showLocation(const std::string& name, const std::string& latitude, const std::string& longitude) = 0;

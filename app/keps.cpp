@@ -39,6 +39,7 @@ void AppController::loadKepsAndModes() {
     ModesFile modes;
     if (!modes.load(paths_.userModesFile)) modes.load(paths_.defaultModesFile);
     const int modesError = errno;
+    mModesSource = modes.isOpen() ? modes.path() : std::string();
     if (modes.isOpen()) debugLog("Mode file: %s.\n", modes.path().c_str());
     // The messages keep their historical text whatever the paths are.
     if (keps == nullptr)

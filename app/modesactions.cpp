@@ -1,6 +1,7 @@
 // The modes menu actions, the channel pop-up, and a new main satellite.
 
 #include <cstdio>
+#include <unordered_set>
 
 #include "app/appcontroller.h"
 #include "data/modes.h"
@@ -16,7 +17,15 @@ std::string BackupPath(const std::string& path) { return path + ".bak"; }
 }  // namespace
 
 void AppController::writeModeFile(const std::string& path) {
-    if (!WriteModeFile(path, mAllSats.get(), mTotalSats, *BPSatRec, *EXITSatRec) && services_.log != nullptr)
+    // Blocks of satellites that are not in the table now (an element-set
+    // file without them) are carried over from the modes file the table was
+    // loaded from, so that no one's hand-made modes are lost on a rewrite.
+    std::unordered_set<std::string> inTable = {kBetweenPassesName, kOnExitName};
+    for (int i = 0; i < mTotalSats; ++i) inTable.insert(mAllSats[i].name);
+    ModesFile source;
+    std::string kept;
+    if (!mModesSource.empty() && source.load(mModesSource)) kept = source.blocksNotIn(inTable);
+    if (!WriteModeFile(path, mAllSats.get(), mTotalSats, *BPSatRec, *EXITSatRec, kept) && services_.log != nullptr)
         std::fprintf(services_.log, "cannot write the modes file %s\n", path.c_str());
 }
 

@@ -21,7 +21,6 @@ public:
     void setVfoSlider(double) override {}
     void removeAllLocationItems() override {}
     void addLocationItem(const std::string&) override {}
-    void removeLocationItem(int) override {}
     int selectedLocationIndex() const override { return -1; }
     void showLocation(const std::string&, const std::string&, const std::string&) override {}
     void readLocationSheet(std::string*, std::string*, std::string*, std::string*, std::string*) const override {}

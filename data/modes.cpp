@@ -260,6 +260,7 @@ void ModesFile::setText(std::string text) {
     text_ = std::move(text);
     open_ = true;
     blocks_.clear();
+    spans_.clear();
     if (!text_.empty()) stream_ = fmemopen(text_.data(), text_.size(), "r");
     index();
 }
@@ -269,10 +270,28 @@ void ModesFile::index() {
     char line[kModesLineSize];
     const char* word = nullptr;
     size_t wordLength = 0;
+    long start = 0;
     while (NextLine(stream_, line, &word, &wordLength)) {
-        if (wordLength == 0) continue;
-        blocks_.emplace(std::string(word, wordLength), std::ftell(stream_));  // the first block wins
+        const long next = std::ftell(stream_);
+        if (wordLength != 0) {
+            if (!spans_.empty()) spans_.back().end = start;
+            spans_.push_back({std::string(word, wordLength), start, static_cast<long>(text_.size())});
+            blocks_.emplace(spans_.back().name, next);  // the first block wins
+        }
+        start = next;
     }
+}
+
+std::string ModesFile::blocksNotIn(const std::unordered_set<std::string>& names) const {
+    std::string kept;
+    std::unordered_set<std::string> seen;
+    for (const Span& span : spans_) {
+        if (names.count(span.name) != 0 || !seen.insert(span.name).second) continue;
+        kept.append(text_, static_cast<size_t>(span.start), static_cast<size_t>(span.end - span.start));
+        if (kept.back() != '\n') kept += '\n';
+        if (kept.size() < 2 || kept[kept.size() - 2] != '\n') kept += '\n';
+    }
+    return kept;
 }
 
 int ModesFile::getModes(SatRec* rec, const char* name) {
@@ -331,12 +350,12 @@ void WriteMode(FILE* file, const SatRec& rec) {
 }
 
 bool WriteModeFile(const std::string& path, const SatRec* table, int count, const SatRec& betweenPasses,
-                   const SatRec& onExit) {
+                   const SatRec& onExit, const std::string& kept) {
     return AtomicWriteFile(path, [&](FILE* f) {
         for (int i = 0; i < count; ++i) WriteMode(f, table[i]);
         WriteMode(f, betweenPasses);
         WriteMode(f, onExit);
-        return true;
+        return std::fwrite(kept.data(), 1, kept.size(), f) == kept.size();
     });
 }
 

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
+#include <vector>
 
 #include "engine/satrec.h"
 
@@ -64,7 +66,19 @@ public:
     // As GetModes above.
     int getModes(SatRec* rec, const char* name);
 
+    // The text of the first block of every name not in `names`, in file
+    // order, from its "Satellite:" line to the next one: what a rewrite
+    // from the satellite table would otherwise drop.
+    std::string blocksNotIn(const std::unordered_set<std::string>& names) const;
+
 private:
+    // Where one "Satellite:" line begins and its block ends.
+    struct Span {
+        std::string name;
+        long start;
+        long end;
+    };
+
     void index();
 
     std::string path_;
@@ -72,15 +86,18 @@ private:
     FILE* stream_ = nullptr;  // reads text_
     bool open_ = false;
     std::unordered_map<std::string, long> blocks_;  // name -> offset just after its "Satellite:" line
+    std::vector<Span> spans_;                        // every block, in file order
 };
 
 // Writes one satellite's block; a record without modes writes nothing.
 void WriteMode(FILE* file, const SatRec& rec);
 
 // Rewrites the modes file at path whole (through a temporary file): the
-// table's records in order, then the between-passes and the on-exit records.
-// False when it could not be written; the old file then stays as it was.
+// table's records in order, then the between-passes and the on-exit records,
+// then `kept` (blocks of satellites not in the table, as blocksNotIn gives
+// them). False when it could not be written; the old file then stays as it
+// was.
 bool WriteModeFile(const std::string& path, const SatRec* table, int count, const SatRec& betweenPasses,
-                   const SatRec& onExit);
+                   const SatRec& onExit, const std::string& kept = "");
 
 }  // namespace veloran

@@ -44,7 +44,6 @@ public:
     void setVfoSlider(double value) override { vfoSlider = value; }
     void removeAllLocationItems() override { locationItems.clear(); }
     void addLocationItem(const std::string& name) override { locationItems.push_back(name); }
-    void removeLocationItem(int index) override { locationItems.erase(locationItems.begin() + index); }
     int selectedLocationIndex() const override { return selectedLocation; }
     void showLocation(const std::string& name, const std::string& lat, const std::string& lon) override {
         shownLocation = name + "|" + lat + "|" + lon;

@@ -13,6 +13,7 @@ namespace {
 
 using testing::ControllerRig;
 using testing::ElementSets;
+using testing::ReadText;
 using testing::WriteText;
 
 TEST(LoadKepsAndModes, TheBundledSatellitesWithTheirModes) {
@@ -194,6 +195,20 @@ TEST(RecordAccess, WritingAndEnablingPersist) {
     EXPECT_EQ(rig.sat(1)->enabled, 0);
     EXPECT_EQ(rig.sat(1)->numberOfActiveChannels, 3);
     EXPECT_EQ(rig.sat(0)->enabled, 1);
+
+    // Satellites missing from today's element sets keep their modes in the
+    // rewritten file and find them again when their elements come back.
+    WriteText(rig.paths.keplerFile, "AO-27\n" + ElementSets(1).substr(3));
+    rig.app->loadKepsAndModes();
+    rig.app->MarkSatelliteEnabled(0, 1);
+    WriteText(rig.paths.keplerFile, ReadText(testing::Resource("kepler.dat")));
+    rig.app->loadKepsAndModes();
+    EXPECT_EQ(rig.sat(1)->enabled, 0);
+    EXPECT_EQ(rig.sat(3)->numberOfActiveChannels, 5);  // ISS
+    WriteText(rig.paths.keplerFile, "AO-27\n" + ElementSets(1).substr(3));
+    rig.app->loadKepsAndModes();
+    EXPECT_STREQ(rig.sat(0)->name, "AO-27");
+    EXPECT_EQ(rig.sat(0)->numberOfActiveChannels, 1);
 }
 
 TEST(RecordAccess, RefreshModesAnswersOnce) {

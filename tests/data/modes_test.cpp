@@ -341,6 +341,27 @@ TEST(ModesReader, MemoryIndexAnswersExactlyAsTheFileReader) {
     std::fclose(f);
 }
 
+TEST(ModesFileRoundTrip, BlocksOfOtherSatellitesAreKeptWhole) {
+    ModesFile modes;
+    modes.setText("Satellite:\tAO-7\nChannel:\tA\n\nSatellite:\tRS-44\nChannel:\tB\nEnabled:\t0\n\n"
+                  "Satellite:\tAO-7\nChannel:\tShadowed\n\nSatellite:\tXO-9\nChannel:\tC");
+    EXPECT_EQ(modes.blocksNotIn({"AO-7"}),
+              "Satellite:\tRS-44\nChannel:\tB\nEnabled:\t0\n\nSatellite:\tXO-9\nChannel:\tC\n\n");
+    EXPECT_EQ(modes.blocksNotIn({"AO-7", "RS-44", "XO-9"}), "");
+
+    auto s = NewSatRec();
+    FillExample(s.get());
+    ScratchDir dir;
+    ASSERT_TRUE(WriteModeFile(dir.file("m.txt"), s.get(), 1, *NewSatRec(), *NewSatRec(), modes.blocksNotIn({"AO-7"})));
+    ModesFile back;
+    ASSERT_TRUE(back.load(dir.file("m.txt")));
+    auto rs44 = NewSatRec();
+    EXPECT_EQ(back.getModes(rs44.get(), "RS-44"), 1);
+    EXPECT_STREQ(rs44->modes[0].channel, "B");
+    EXPECT_EQ(rs44->enabled, 0);
+    EXPECT_EQ(back.getModes(rs44.get(), "FO-29"), 3);
+}
+
 TEST(ModesReader, HostileFilesLoadWithoutOverflow) {
     std::string garbage;
     for (int i = 0; i < 200000; ++i) garbage += static_cast<char>((i * 7919) % 256);
