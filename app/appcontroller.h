@@ -24,9 +24,11 @@ class ModesFile;
 constexpr const char* kKeplerDownloadURL = "https://www.amsat.org/amsat/ftp/keps/current/nasa.all";
 constexpr double kDownloadTimeoutSeconds = 60.0;
 
-// What the controller uses of the outside world. Every pointer must stay
-// valid for the controller's life; `log` is the standard error stream of the
-// diagnostics (tests point it elsewhere).
+// What the controller uses of the outside world. ui, defaults and clock are
+// required; without files, downloader or announcer the actions that need
+// them do nothing. Every pointer must stay valid for the controller's life.
+// `log` takes the diagnostics of the debug setting (standard error; tests
+// point it elsewhere).
 struct Services {
     UserInterface* ui = nullptr;
     UserDefaults* defaults = nullptr;

@@ -67,10 +67,12 @@ void AppController::locationOK() {
     place.fields = 5;
     services_.ui->closeLocationSheet();
     mLocations.places.push_back(place);
-    mLocations.names.push_back(place.displayName());
-    services_.ui->addLocationItem(place.displayName());
     ApplyLocationToSite(place, &mSite);
     SitePreCalc(&mSite);
+    // The new place is kept in the file at once, and the list shown in its
+    // sorted order.
+    rewriteLocations();
+    loadLocations();
     services_.ui->showLocation(mSite.locationName, FormatDegrees(place.latDegs), FormatDegrees(place.lonDegs));
 }
 

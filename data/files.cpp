@@ -2,6 +2,7 @@
 
 #include "data/files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -49,6 +50,16 @@ std::string ExecutableDir() {
 bool IsDirectory(const std::string& path) {
     struct stat st {};
     return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+// Makes a rename durable: the folder's entry is flushed too.
+void SyncFolderOf(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    const std::string dir = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
+    const int fd = open(dir.c_str(), O_RDONLY | O_DIRECTORY);
+    if (fd < 0) return;
+    fsync(fd);
+    close(fd);
 }
 
 }  // namespace
@@ -135,7 +146,9 @@ bool AtomicWriteFile(const std::string& path, const std::function<bool(FILE*)>& 
     std::string temp = path + ".XXXXXX";
     const int fd = mkstemp(temp.data());
     if (fd < 0) return false;
-    fchmod(fd, 0644);
+    // The new file keeps the old one's permissions (mkstemp makes 0600).
+    struct stat old {};
+    fchmod(fd, stat(path.c_str(), &old) == 0 ? (old.st_mode & 07777) : 0644);
     FILE* f = fdopen(fd, "w");
     if (f == nullptr) {
         close(fd);
@@ -151,7 +164,10 @@ bool AtomicWriteFile(const std::string& path, const std::function<bool(FILE*)>& 
     ok = fsync(fileno(f)) == 0 && ok;
     const int savedErrno = errno;
     ok = std::fclose(f) == 0 && ok;
-    if (ok && std::rename(temp.c_str(), path.c_str()) == 0) return true;
+    if (ok && std::rename(temp.c_str(), path.c_str()) == 0) {
+        SyncFolderOf(path);
+        return true;
+    }
     unlink(temp.c_str());
     errno = savedErrno != 0 ? savedErrno : EIO;
     return false;

@@ -40,7 +40,19 @@ TEST(ControllerPlaces, LoadChooseAddAndRemove) {
     EXPECT_EQ(rig.ui.sheetsClosed, 1);
     rig.app->GetSiteRec(&site);
     EXPECT_DOUBLE_EQ(site.siteLongDegs, 79.2442);
-    EXPECT_EQ(rig.ui.locationItems.back(), "Quillfern Ontario Canada");
+    EXPECT_EQ(rig.ui.shownLocation, "Quillfern Ontario Canada|43.7064|-79.2442");
+    // Kept in the file at once, and listed in its sorted place.
+    EXPECT_NE(ReadText(rig.paths.placesFile).find("Quillfern\tOntario\tCanada\t43.7064\t-79.2442\n"),
+              std::string::npos);
+    EXPECT_EQ(rig.ui.locationItems.size(), count + 1);
+    size_t quebec = 0, quillfern = 0;
+    for (size_t i = 0; i < rig.ui.locationItems.size(); ++i) {
+        if (rig.ui.locationItems[i] == "Quebec City Quebec Canada") quebec = i;
+        if (rig.ui.locationItems[i] == "Quillfern Ontario Canada") quillfern = i;
+    }
+    EXPECT_EQ(quillfern, quebec + 1);
+    reykjavik = 0;
+    while (rig.app->locations()[reykjavik].city != "Reykjavik") ++reykjavik;
 
     rig.ui.selectedLocation = -1;
     rig.app->removeLocation();

@@ -31,6 +31,20 @@ TEST(AtomicWrite, ReplacesTheFileWhole) {
     EXPECT_EQ(FilesIn(dir.path()), 1u);
 }
 
+TEST(AtomicWrite, KeepsThePermissionsOfTheFileItReplaces) {
+    ScratchDir dir;
+    const std::string path = dir.file("Veloran.conf");
+    WriteText(path, "old\n");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    ASSERT_TRUE(AtomicWriteFile(path, [](FILE* f) { return std::fputs("new\n", f) >= 0; }));
+    EXPECT_EQ(std::filesystem::status(path).permissions() & std::filesystem::perms::all,
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    ASSERT_TRUE(AtomicWriteFile(dir.file("fresh.txt"), [](FILE*) { return true; }));
+    EXPECT_EQ(std::filesystem::status(dir.file("fresh.txt")).permissions() & std::filesystem::perms::all,
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
+                  std::filesystem::perms::group_read | std::filesystem::perms::others_read);
+}
+
 TEST(AtomicWrite, AWriteThatFailsMidwayLeavesTheOldFile) {
     ScratchDir dir;
     const std::string path = dir.file("modes.txt");
