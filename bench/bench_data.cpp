@@ -21,7 +21,10 @@ using namespace veloran;
 std::string ElementFile(int sets) {
     std::string text = "BENCHMARK ELEMENTS FROM VELORAN\n";
     for (int i = 0; i < sets; ++i) {
-        text += "B" + std::to_string(i) + "\n";
+        // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) about "B" + string.
+        text += 'B';
+        text += std::to_string(i);
+        text += '\n';
         text += "1 25544U 98067A   26320.50000000  .00012000  00000-0  10000-3 0  9995\n";
         text += "2 25544  51.6390 245.7770 0005800  42.2150 317.9220 15.50100000498305\n";
     }
@@ -33,7 +36,9 @@ std::string ElementFile(int sets) {
 std::string ModesText(int blocks) {
     std::string text;
     for (int i = blocks - 1; i >= 0; --i) {
-        text += "Satellite:\tB" + std::to_string(i) + "\n";
+        text += "Satellite:\tB";
+        text += std::to_string(i);
+        text += '\n';
         text += "Channel: \tSSB       \tCW        \tFM        \n";
         text += "Uplink:  \t145.950000\t145.920000\t145.850000\n";
         text += "Downlink:\t435.850000\t435.880000\t436.795000\n";
@@ -46,7 +51,9 @@ std::string ModesText(int blocks) {
         text += "BeamUp:   \t0.00      \t0.00      \t0.00      \n";
         text += "BeamDwn:  \t0.00      \t0.00      \t0.00      \n";
         text += "TrackHours:\t111111111111111111111111\n";
-        text += "SpeakName:\tBench " + std::to_string(i) + "\n";
+        text += "SpeakName:\tBench ";
+        text += std::to_string(i);
+        text += '\n';
         text += "Enabled:\t1\nPriority:\t5\n\n";
     }
     return text;
@@ -62,10 +69,7 @@ void BM_LoadKepsAndModes(benchmark::State& state) {
     SilentUserInterface ui;
     MemoryUserDefaults defaults;
     SystemClock clock;
-    Services services;
-    services.ui = &ui;
-    services.defaults = &defaults;
-    services.clock = &clock;
+    const Services services{.ui = &ui, .defaults = &defaults, .clock = &clock};
     auto app = std::make_unique<AppController>(services, paths);
     for (auto _ : state) {
         app->loadKepsAndModes();

@@ -55,10 +55,7 @@ bool LoadSatellites(const Arguments& args, const SiteRec& site, LoadedSatellites
     ConsoleUserInterface ui;
     MemoryUserDefaults defaults;
     SystemClock clock;
-    Services services;
-    services.ui = &ui;
-    services.defaults = &defaults;
-    services.clock = &clock;
+    const Services services{.ui = &ui, .defaults = &defaults, .clock = &clock};
     auto controller = std::make_unique<AppController>(services, paths);
     controller->SetSiteRec(&site);
     controller->loadKepsAndModes();

@@ -119,14 +119,13 @@ struct ControllerRig {
         paths = DataPaths::InFolders(VELORAN_RESOURCE_DIR, dir.file("data"), dir.file("config"));
         std::string error;
         SeedDataFiles(paths, &error);
-        Services s;
-        s.ui = &ui;
-        s.defaults = &defaults;
-        s.files = &files;
-        s.downloader = &downloader;
-        s.clock = &clock;
-        s.announcer = &announcer;
-        s.log = log;
+        const Services s{.ui = &ui,
+                         .defaults = &defaults,
+                         .files = &files,
+                         .downloader = &downloader,
+                         .clock = &clock,
+                         .announcer = &announcer,
+                         .log = log};
         app = std::make_unique<AppController>(s, paths);
     }
     ~ControllerRig() { std::fclose(log); }
