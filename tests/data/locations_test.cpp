@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 #include <set>
 
@@ -62,6 +63,22 @@ TEST(PlacesFile, RewriteSortsAndReadsBackTheSamePlaces) {
     std::vector<Location> none;
     EXPECT_TRUE(RewritePlaces(dir.file("cities.dat"), &none));
     EXPECT_NE(ReadText(dir.file("cities.dat")).find("Aachen"), std::string::npos);  // an empty list writes nothing
+}
+
+TEST(PlacesFile, NumbersUseADecimalPointInAnyLocale) {
+    const char* previous = std::setlocale(LC_ALL, nullptr);
+    const std::string saved = previous != nullptr ? previous : "C";
+    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "de_DE.UTF-8 is not installed";
+    ScratchDir dir;
+    std::vector<Location> places = {Place("Bern", 46.948, 7.4474)};
+    const bool written = RewritePlaces(dir.file("cities.dat"), &places);
+    PlacesList back;
+    const bool read = LoadPlaces(dir.file("cities.dat"), &back);
+    std::setlocale(LC_ALL, saved.c_str());
+    ASSERT_TRUE(written);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(ReadText(dir.file("cities.dat")), "Bern\tS\tC\t46.9480\t7.4474\n");
+    EXPECT_DOUBLE_EQ(back.places[0].lonDegs, 7.4474);
 }
 
 TEST(PlacesFile, ShortLinesYieldPartialPlacesWithoutNamesOrLights) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 #include <cstring>
 
@@ -175,6 +176,32 @@ TEST(Prefs, MissingOrBrokenKeysLeaveTheDefaults) {
     EXPECT_FALSE(view.hasVisibleRect);
     EXPECT_EQ(std::strlen(read.call_sign), sizeof read.call_sign - 1);
     EXPECT_EQ(read.wants_speech, 1);
+}
+
+TEST(Prefs, NumbersUseADecimalPointInAnyLocale) {
+    const char* previous = std::setlocale(LC_ALL, nullptr);
+    const std::string saved = previous != nullptr ? previous : "C";
+    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "de_DE.UTF-8 is not installed";
+    SiteRec site;
+    ViewPrefs view;
+    FillSettings(&site, &view);
+    MemoryUserDefaults store;
+    SavePrefs(site, view, &store);
+    SiteRec read;
+    SetSiteDefaults(&read);
+    ViewPrefs readView;
+    ReadPrefs(store, &read, &readView);
+    auto sat = testing::NewSatRec();
+    std::strcpy(sat->name, "AO-7");
+    sat->numberOfActiveChannels = 1;
+    sat->modes[0].RXOffset = 0.5;
+    SaveTweaks(&store, *sat);
+    std::setlocale(LC_ALL, saved.c_str());
+    EXPECT_EQ(store.stringForKey("siteParkAz"), "181.5");
+    EXPECT_EQ(store.stringForKey("2D_Visible_Rect"), "10.500000 20.250000 1024.000000 512.000000");
+    EXPECT_EQ(store.stringForKey(TweaksKey("AO-7")), "0.500000 0.000000 0.000000\t");
+    EXPECT_DOUBLE_EQ(read.siteLatDegs, 64.1466);
+    EXPECT_FLOAT_EQ(readView.visibleRect[0], 10.5f);
 }
 
 TEST(Tweaks, StoredPerSatelliteAndReadBack) {
