@@ -10,5 +10,6 @@ int RunMap(int argc, char** argv);
 int RunHorizon(int argc, char** argv);
 int RunRotor(int argc, char** argv);
 int RunRadio(int argc, char** argv);
+int RunGrid(int argc, char** argv);
 
 }  // namespace veloran::cli

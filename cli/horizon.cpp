@@ -14,7 +14,8 @@ namespace veloran::cli {
 int RunHorizon(int argc, char** argv) {
     Arguments args;
     if (!ParseArguments(argc, argv, {}, &args)) return kUsageError;
-    if (!CheckOptions(args, {"--out", "--sat", "--track", "--time", "--site", "--min-elev"}))
+    if (!CheckOptions(args, {"--out", "--sat", "--track", "--time", "--site", "--min-elev",
+                             "--modes", "--data-dir", "--config-dir"}))
         return kUsageError;
     double minElev = 0;
     if (!ParseNumber(args, "--min-elev", 0, &minElev)) return kUsageError;

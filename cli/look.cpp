@@ -7,25 +7,49 @@
 
 #include "cli/commands.h"
 #include "cli/options.h"
+#include "cli/services.h"
+#include "data/modes.h"
 #include "engine/live.h"
 #include "engine/timebase.h"
 
 namespace veloran::cli {
 
+namespace {
+
+// One line per transponder mode, frequencies in MHz; tones are CTCSS table
+// indices (0: none).
+void PrintModes(const SatRec& s) {
+    if (s.numberOfActiveChannels < 1) {
+        std::printf("    (no modes)\n");
+        return;
+    }
+    for (int i = 0; i < s.numberOfActiveChannels && i < kMaxModes; ++i) {
+        const ModeRec& m = s.modes[i];
+        char mode[kModeNameSize];
+        ModeToStr(m.commMode, mode);
+        std::printf("    %-12s %-9s up %11.6f  down %11.6f  beacon %11.6f  tone %d/%d\n", m.channel,
+                    mode, m.upFreq, m.downFreq, m.beaconFreq, m.gTone, m.gCTone);
+    }
+}
+
+}  // namespace
+
 int RunLook(int argc, char** argv) {
     Arguments args;
-    if (!ParseArguments(argc, argv, {}, &args)) return kUsageError;
-    if (args.positional.size() != 1) return Fail("look wants one element-set FILE (try --help)");
+    if (!ParseArguments(argc, argv, {"--modes"}, &args)) return kUsageError;
+    if (args.positional.size() > 1) return Fail("look wants one element-set FILE (try --help)");
     SiteRec site;
     uint32_t now = 0;
+    const bool showModes = args.has("--modes");
     if (!ParseSite(args, &site) || !ParseTime(args, &now)) return kUsageError;
-    std::vector<SatRec> sats;
-    const std::string& file = args.positional[0];
-    if (!ReadElementFile(file, &site, &sats) || !SelectSatellite(args, file, &sats))
-        return kUsageError;
+    LoadedSatellites loaded;
+    if (!LoadSatellites(args, site, &loaded)) return kUsageError;
+    const std::string file = args.positional.empty() ? "the element sets" : args.positional[0];
+    if (!SelectSatellite(args, file, &loaded.sats)) return kUsageError;
+    std::vector<SatRec>& sats = loaded.sats;
 
     const double t = EpochTime(now);
-    SatRec sun = MakeSun(&site);
+    SatRec& sun = loaded.sun;
     SatelliteCalculationsV(t, kSunMoonSearchSpan, &sun, &site, 0, now, &sun);
 
     std::printf("%s UTC, site %.4f %c %.4f %c %.0f m\n", FormatIso(now).c_str(),
@@ -50,6 +74,7 @@ int RunLook(int argc, char** argv) {
                     s.azimuthDegs, s.elevationDegs, s.satRange, -s.satVelocity,
                     s.subSatPtLatitudeDegs, lonEast, s.satAltitude, s.eclipsed ? "yes" : "no",
                     aos.c_str(), s.maxElevation);
+        if (showModes) PrintModes(s);
     }
     return 0;
 }

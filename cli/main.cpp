@@ -16,16 +16,20 @@ struct Command {
 
 const Command kCommands[] = {
     {"look", veloran::cli::RunLook,
-     "look FILE [--site LAT,LON,ALT_M] [--time UTC] [--sat NAME]\n"
+     "look [FILE] [--site LAT,LON,ALT_M] [--time UTC] [--sat NAME] [--modes | --modes=MODEFILE]\n"
      "      live azimuth, elevation, range, range rate, sub-satellite point, height,\n"
-     "      eclipse, time to AOS and maximum elevation of every satellite in FILE"},
+     "      eclipse, time to AOS and maximum elevation of every satellite in FILE;\n"
+     "      --modes also lists each satellite's transponder modes"},
     {"passes", veloran::cli::RunPasses,
-     "passes FILE [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME]\n"
+     "passes [FILE] [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME] "
+     "[--modes=MODEFILE]\n"
      "      the passes of the next H hours (default 24): AOS, maximum elevation, LOS"},
     {"map", veloran::cli::RunMap,
-     "map [FILE] [--out SVG] [--width 1024|2048|4096|8192] [--sat NAME] [--track NAME,...|all|none]\n"
+     "map [FILE] [--out SVG] [--width 1024|2048|4096|8192] [--sat NAME] [--track "
+     "NAME,...|all|none]\n"
      "      [--time UTC] [--site LAT,LON,ALT_M] [--dead-spot 0|1|2] [--maps DIR] [--link-image]\n"
-     "      the world map as SVG: footprints, ground track of the main satellite, night, Sun, site"},
+     "      the world map as SVG: footprints, ground track of the main satellite, night, Sun, "
+     "site"},
     {"horizon", veloran::cli::RunHorizon,
      "horizon [FILE] [--out SVG] [--sat NAME | --track NAME,...|all|none] [--time UTC]\n"
      "      [--site LAT,LON,ALT_M] [--min-elev DEG]\n"
@@ -38,16 +42,25 @@ const Command kCommands[] = {
      "radio --type INDEX --port PATH [--baud INDEX] [--icom-address HEX] [--delay MS]\n"
      "      --up MHZ --down MHZ --mode NAME [--tone N] [--ctone N] [--force] [--debug]\n"
      "      one tuning update of the radio, as the tracker sends it each second"},
+    {"grid", veloran::cli::RunGrid,
+     "grid LAT LON | grid LOCATOR\n"
+     "      the six-character Maidenhead locator of a position (longitude east positive),\n"
+     "      or the latitude and longitude of the centre of a locator's square"},
 };
 
 void PrintHelp(FILE* out) {
     std::fprintf(out, "usage: veloran-cli COMMAND [ARGS]\n\ncommands:\n");
     for (const Command& c : kCommands) std::fprintf(out, "  %s\n", c.usage);
-    std::fprintf(out,
-                 "\nFILE is a two-line element file (a name line, then lines 1 and 2).\n"
-                 "--site takes latitude north positive and longitude EAST positive, in degrees,\n"
-                 "and height in metres; the default station is 43.7064 N, 79.2442 W, 200 m.\n"
-                 "--time takes ISO 8601 UTC, e.g. 2026-11-21T18:30:00Z; the default is now.\n");
+    std::fprintf(
+        out,
+        "\nFILE is a two-line element file (a name line of 2 to 9 characters, then lines 1\n"
+        "and 2); without it, the user's element sets, else the bundled ones. Modes come\n"
+        "from MODEFILE, else the user's modes file, else the bundled mode.dat.\n"
+        "--data-dir DIR and --config-dir DIR name the user's folders (default: the XDG\n"
+        "folders, or $VELORAN_DATA_DIR and $VELORAN_CONFIG_DIR).\n"
+        "--site takes latitude north positive and longitude EAST positive, in degrees,\n"
+        "and height in metres; the default station is 43.7064 N, 79.2442 W, 200 m.\n"
+        "--time takes ISO 8601 UTC, e.g. 2026-11-21T18:30:00Z; the default is now.\n");
 }
 
 }  // namespace

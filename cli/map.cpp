@@ -47,8 +47,9 @@ std::string MapImagePath(const Arguments& args, const std::string& name) {
 int RunMap(int argc, char** argv) {
     Arguments args;
     if (!ParseArguments(argc, argv, {"--link-image"}, &args)) return kUsageError;
-    if (!CheckOptions(args, {"--out", "--width", "--sat", "--track", "--time", "--site", "--maps",
-                             "--link-image", "--dead-spot"}))
+    if (!CheckOptions(
+            args, {"--out", "--width", "--sat", "--track", "--time", "--site", "--maps", "--modes",
+                   "--data-dir", "--config-dir", "--link-image", "--dead-spot"}))
         return kUsageError;
     double width = 1024, deadSpot = 0;
     if (!ParseNumber(args, "--width", 1024, &width) ||

@@ -9,11 +9,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <memory>
 
 #include "engine/observer.h"
-#include "engine/sunmoon.h"
 #include "engine/timebase.h"
 
 namespace veloran::cli {
@@ -181,57 +178,6 @@ std::string FormatDuration(uint32_t secs) {
     char text[32];
     std::snprintf(text, sizeof text, "%u:%02u:%02u", secs / 3600, secs / 60 % 60, secs % 60);
     return text;
-}
-
-bool ReadElementFile(const std::string& path, const SiteRec* site, std::vector<SatRec>* sats) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        Fail("cannot open " + path + ": " + std::strerror(errno));
-        return false;
-    }
-    // Lines are handed to the decoder with one line-end character, whatever
-    // the file used.
-    auto next = [&in](std::string* line) {
-        if (!std::getline(in, *line)) return false;
-        if (!line->empty() && line->back() == '\r') line->pop_back();
-        *line += '\n';
-        return true;
-    };
-    std::string line, one, two;
-    while (next(&line)) {
-        if (line.size() < 3 || line.size() > 10) continue;  // not a name line
-        char name[16] = "";
-        if (std::sscanf(line.c_str(), "%15s", name) != 1) continue;
-        if (!next(&one) || !next(&two)) break;
-        auto rec = std::make_unique<SatRec>();
-        std::memset(rec.get(), 0, sizeof(SatRec));
-        InitSatRec(rec.get());
-        std::snprintf(rec->name, sizeof rec->name, "%s", name);
-        std::memset(rec->trackHours, '1', 24);  // every hour
-        DecodeLineOne(one.c_str(), rec.get());
-        DecodeLineTwo(two.c_str(), rec.get());
-        KepRec* k = &rec->satKep;
-        k->inclination *= kDegreesToRadians;
-        k->epochRAAN *= kDegreesToRadians;
-        k->epochArgPerigee *= kDegreesToRadians;
-        k->epochMeanAnomaly *= kDegreesToRadians;
-        rec->db_index = static_cast<int32_t>(sats->size());
-        CalcKepVals(rec.get(), site);
-        sats->push_back(*rec);
-    }
-    return true;
-}
-
-SatRec MakeSun(const SiteRec* site) {
-    SatRec sun;
-    std::memset(&sun, 0, sizeof sun);
-    InitSatRec(&sun);
-    std::snprintf(sun.name, sizeof sun.name, "Sun");
-    std::memset(sun.trackHours, '1', 24);
-    LoadSunKeps(&sun.satKep);
-    CalcKepVals(&sun, site);
-    sun.db_index = -1;
-    return sun;
 }
 
 bool SelectSatellite(const Arguments& args, const std::string& file, std::vector<SatRec>* sats) {

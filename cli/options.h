@@ -48,15 +48,6 @@ std::string FormatIso(uint32_t secs);
 // "h:mm:ss" for a duration of any length.
 std::string FormatDuration(uint32_t secs);
 
-// Reads a two-line element file: a name line (2 to 9 characters, the first
-// word is the name), then lines 1 and 2. Angles are converted to radians and
-// the derived constants computed for `site`. False with a message when the
-// file cannot be read.
-bool ReadElementFile(const std::string& path, const SiteRec* site, std::vector<SatRec>* sats);
-
-// The Sun pseudo-satellite, for the eclipse test.
-SatRec MakeSun(const SiteRec* site);
-
 // Keeps only the satellite named by --sat (case-insensitive), if given.
 bool SelectSatellite(const Arguments& args, const std::string& file, std::vector<SatRec>* sats);
 

@@ -9,6 +9,7 @@
 
 #include "cli/commands.h"
 #include "cli/options.h"
+#include "cli/services.h"
 #include "engine/live.h"
 #include "engine/timebase.h"
 
@@ -50,8 +51,8 @@ void FindPasses(SatRec* sat, SiteRec* site, uint32_t start, uint32_t end, std::v
 
 int RunPasses(int argc, char** argv) {
     Arguments args;
-    if (!ParseArguments(argc, argv, {}, &args)) return kUsageError;
-    if (args.positional.size() != 1) return Fail("passes wants one element-set FILE (try --help)");
+    if (!ParseArguments(argc, argv, {"--modes"}, &args)) return kUsageError;
+    if (args.positional.size() > 1) return Fail("passes wants one element-set FILE (try --help)");
     SiteRec site;
     uint32_t now = 0;
     double hours = 24;
@@ -59,10 +60,11 @@ int RunPasses(int argc, char** argv) {
         !ParseNumber(args, "--hours", 24, &hours))
         return kUsageError;
     if (!(hours > 0 && hours <= 24 * 30)) return Fail("--hours must lie between 0 and 720");
-    std::vector<SatRec> sats;
-    const std::string& file = args.positional[0];
-    if (!ReadElementFile(file, &site, &sats) || !SelectSatellite(args, file, &sats))
-        return kUsageError;
+    LoadedSatellites loaded;
+    if (!LoadSatellites(args, site, &loaded)) return kUsageError;
+    const std::string file = args.positional.empty() ? "the element sets" : args.positional[0];
+    if (!SelectSatellite(args, file, &loaded.sats)) return kUsageError;
+    std::vector<SatRec>& sats = loaded.sats;
 
     const uint32_t end = now + static_cast<uint32_t>(hours * 3600.0);
     std::vector<Pass> passes;

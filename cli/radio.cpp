@@ -65,14 +65,22 @@ bool ParseInteger(const Arguments& args, const std::string& name, int base, int 
 // an untouched radio answers without --icom-address; 0 for the others.
 int FactoryCivAddress(int radio) {
     switch (radio) {
-        case 5: return 0x42;   // IC-820
-        case 6: return 0x4C;   // IC-821
-        case 7: return 0x60;   // IC-910
-        case 8: return 0x2E;   // IC-970
-        case 9: return 0x48;   // IC-706
-        case 10: return 0x4E;  // IC-706MKII
-        case 12: return 0x58;  // IC-706MKIIG
-        default: return 0;
+        case 5:
+            return 0x42;  // IC-820
+        case 6:
+            return 0x4C;  // IC-821
+        case 7:
+            return 0x60;  // IC-910
+        case 8:
+            return 0x2E;  // IC-970
+        case 9:
+            return 0x48;  // IC-706
+        case 10:
+            return 0x4E;  // IC-706MKII
+        case 12:
+            return 0x58;  // IC-706MKIIG
+        default:
+            return 0;
     }
 }
 

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <memory>
 
+#include "cli/services.h"
 #include "engine/live.h"
 #include "engine/timebase.h"
 #include "views/svgwriter.h"
@@ -57,12 +58,11 @@ bool LoadScene(const Arguments& args, ViewScene* scene) {
         Fail("give at most one element-set FILE (try --help)");
         return false;
     }
-    const std::string file = args.positional.empty()
-                                 ? std::string(VELORAN_RESOURCE_DIR) + "/kepler.dat"
-                                 : args.positional[0];
+    const std::string file = args.positional.empty() ? "the element sets" : args.positional[0];
     if (!ParseSite(args, &scene->site) || !ParseTime(args, &scene->now)) return false;
-    scene->sats.clear();
-    if (!ReadElementFile(file, &scene->site, &scene->sats)) return false;
+    LoadedSatellites loaded;
+    if (!LoadSatellites(args, scene->site, &loaded)) return false;
+    scene->sats = std::move(loaded.sats);
     if (scene->sats.empty()) {
         Fail("no element sets in " + file);
         return false;
@@ -95,7 +95,7 @@ bool LoadScene(const Arguments& args, ViewScene* scene) {
     }
 
     const double t = EpochTime(scene->now);
-    SatRec sun = MakeSun(&scene->site);
+    SatRec& sun = loaded.sun;
     SatelliteCalculationsV(t, kSunMoonSearchSpan, &sun, &scene->site, 0, scene->now, &sun);
     for (size_t i = 0; i < scene->sats.size(); ++i)
         SatelliteCalculationsV(t, kSatelliteSearchSpan, &scene->sats[i], &scene->site,

@@ -1,0 +1,110 @@
+// The small interfaces through which the application core asks the outside
+// world for things: the window's outlets, file panels, the download, the
+// clock, the announcement queue and the user-defaults store. The desktop
+// application implements them with Qt, the command-line tools with console
+// versions, the tests with fakes that record every call.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "data/userdefaults.h"
+#include "engine/siterec.h"
+
+namespace veloran {
+
+// The main window's outlets: pop-ups, text fields, alerts, beeps. Every call
+// comes from the core thread; an implementation forwards it to its window.
+class UserInterface {
+public:
+    virtual ~UserInterface() = default;
+
+    // The satellite pop-up (item 0 is "Add Satellite", item k satellite k).
+    virtual void removeAllSatelliteItems() = 0;
+    virtual void addSatelliteItem(const std::string& name) = 0;
+
+    // The element sets' date line.
+    virtual void setKepsDateText(const std::string& text) = 0;
+
+    // A modal alert with one button.
+    virtual void alert(const std::string& title, const std::string& message, const std::string& button) = 0;
+    // The system beep of a refused action.
+    virtual void beep() = 0;
+
+    // The channel pop-up of the radio panel and the tuning slider.
+    virtual void removeAllChannelItems() = 0;
+    virtual void addChannelItem(const std::string& name) = 0;
+    virtual int channelItemCount() const = 0;
+    virtual void selectChannelItem(int index) = 0;
+    virtual int selectedChannelIndex() const = 0;
+    virtual void setVfoSlider(double value) = 0;
+
+    // The places combo box, the latitude and longitude fields beside it.
+    virtual void removeAllLocationItems() = 0;
+    virtual void addLocationItem(const std::string& name) = 0;
+    // The selected place, -1 for none.
+    virtual int selectedLocationIndex() const = 0;
+    virtual void showLocation(const std::string& name, const std::string& latitude, const std::string& longitude) = 0;
+    // The add-place sheet: its five fields as typed, and closing it.
+    virtual void readLocationSheet(std::string* city, std::string* state, std::string* country,
+                                   std::string* latitude, std::string* longitude) const = 0;
+    virtual void closeLocationSheet() = 0;
+
+    // The settings shown in the controls (start-up and after "Cancel").
+    virtual void showSettings(const SiteRec& site) = 0;
+};
+
+// The open and save panels.
+class FileChooser {
+public:
+    virtual ~FileChooser() = default;
+    // One existing file, any type. False when cancelled.
+    virtual bool chooseFileToOpen(std::string* path) = 0;
+    // A place to save, proposing proposedName in the default folder; folders
+    // may be created. False when cancelled.
+    virtual bool chooseFileToSave(const std::string& proposedName, std::string* path) = 0;
+};
+
+// An HTTP download to a file. The completion arrives later, on the core
+// thread, as AppController::downloadDidFinish or downloadDidFail.
+class Downloader {
+public:
+    virtual ~Downloader() = default;
+    // Starts fetching url into destination (overwriting it); false when the
+    // download cannot be created.
+    virtual bool start(const std::string& url, const std::string& destination, double timeoutSeconds) = 0;
+};
+
+// Wall-clock time in the time base of the engine (seconds since 1904).
+class Clock {
+public:
+    virtual ~Clock() = default;
+    virtual uint32_t dateTimeUTC() const = 0;
+    // Local time: UTC plus the machine's GMT offset, as QFGetDateTime has it.
+    virtual uint32_t dateTime() const = 0;
+};
+
+// The machine's clock.
+class SystemClock : public Clock {
+public:
+    uint32_t dateTimeUTC() const override;
+    uint32_t dateTime() const override;
+};
+
+// One queued spoken message.
+struct Announcement {
+    enum Sound : int32_t { kNone = 0, kAnnounce = 1, kAOS = 2, kLOS = 3, kRotor = 4 };
+    int32_t sound = kNone;
+    bool transmit = false;    // key the transmitter around it
+    bool waitForCOR = false;  // wait for a clear channel before keying
+    std::string text;
+};
+
+// The producer side of the announcement queue.
+class Announcer {
+public:
+    virtual ~Announcer() = default;
+    virtual void queueAnnouncement(const Announcement& item) = 0;
+};
+
+}  // namespace veloran

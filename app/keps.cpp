@@ -1,0 +1,184 @@
+// Loading the satellite table, and replacing the element-set file by import
+// or download.
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "app/appcontroller.h"
+#include "data/elementfile.h"
+#include "data/modes.h"
+#include "engine/sunmoon.h"
+#include "engine/timebase.h"
+
+namespace veloran {
+
+namespace {
+
+constexpr double kRadiansToDegrees = 1.0 / kDegreesToRadians;
+
+// Names are cut to fit the record's field.
+void CopyName(char* to, const char* from) {
+    const size_t n = strnlen(from, sizeof(SatRec::name) - 1);
+    std::memcpy(to, from, n);
+    to[n] = '\0';
+}
+
+}  // namespace
+
+void AppController::loadKepsAndModes() {
+    UserInterface* ui = services_.ui;
+    mTotalSats = 0;
+    ui->removeAllSatelliteItems();
+    ui->addSatelliteItem("Add Satellite");
+
+    FILE* keps = std::fopen(paths_.keplerFile.c_str(), "rb");
+    const int kepsError = errno;
+    // The modes file is read once and every satellite's block is looked up
+    // in memory.
+    ModesFile modes;
+    if (!modes.load(paths_.userModesFile)) modes.load(paths_.defaultModesFile);
+    const int modesError = errno;
+    mModesSource = modes.isOpen() ? modes.path() : std::string();
+    if (modes.isOpen()) debugLog("Mode file: %s.\n", modes.path().c_str());
+    // The messages keep their historical text whatever the paths are.
+    if (keps == nullptr)
+        std::fprintf(stderr, "cannot open /Contents/Resources/kepler.dat file. Error %d (%sd) \n", kepsError,
+                     std::strerror(kepsError));
+    if (!modes.isOpen())
+        std::fprintf(stderr, "cannot open default mode file: /Contents/Resources/mode.dat file. Error %d (%sd) \n",
+                     modesError, std::strerror(modesError));
+
+    if (keps != nullptr) {
+        ElementFileScanner scanner(keps);
+        char name[kLineBufferSize];
+        while (scanner.nextName(name, sizeof name)) {
+            const int n = mTotalSats;
+            SatRec* sat = &mAllSats[n];
+            InitSatRec(sat);
+            CopyName(sat->name, name);
+            if (!ReadElementLines(&scanner, sat)) continue;  // abandoned, not counted
+            KepRec* k = &sat->satKep;
+            ElementAnglesToRadians(k);
+            sat->db_index = n;
+            if (modes.isOpen()) {
+                const int found = modes.getModes(sat, sat->name);
+                debugLog("loadKepsAndModes: %d modes loaded for satellite: %s.\n", found, sat->name);
+            }
+            CalcKepVals(sat, &mSite);
+            debugLog("loadKepsAndModes: %s Epoch Day:%f Element Set:%d Inclination:%f Epoch RAAN:%f "
+                     "Eccentricity:%f Arg Perigee:%f Mean Anomaly:%f Mean Motion:%f Epoch Rev:%d Semi Major "
+                     "Axis:%f Reference Orbit:%f\n",
+                     sat->name, k->epochDay, k->elementSet, k->inclination * kRadiansToDegrees,
+                     k->epochRAAN * kRadiansToDegrees, k->eccentricity, k->epochArgPerigee * kRadiansToDegrees,
+                     k->epochMeanAnomaly * kRadiansToDegrees, k->epochMeanMotion, k->OrbitNum, k->semiMajorAxis,
+                     k->referenceOrbit);
+            const int selected = sat->selectedModeIndex;
+            sat->currrentDownlink = selected >= 0 && selected < kMaxModes ? sat->modes[selected].downFreq : 0.0;
+            ui->addSatelliteItem(sat->name);
+            if (n > kMaxElementSets - 1) break;  // the Moon takes this entry
+            ++mTotalSats;
+        }
+        if (!scanner.header().empty()) {
+            std::snprintf(mSite.keps_date, sizeof mSite.keps_date, "Keplerian Elements: %s",
+                          scanner.header().c_str());
+            ui->setKepsDateText(mSite.keps_date);
+        }
+    }
+
+    if (modes.isOpen()) {
+        InitSatRec(BPSatRec.get());
+        modes.getModes(BPSatRec.get(), kBetweenPassesName);
+        InitSatRec(EXITSatRec.get());
+        modes.getModes(EXITSatRec.get(), kOnExitName);
+    }
+
+    DateTimeRec now{};
+    QFSecondsToDate(services_.clock->dateTime(), &now);
+
+    // The Moon and the Sun are not cleared first: the Moon may overwrite a
+    // set read past the limit.
+    SatRec* moon = &mAllSats[mTotalSats];
+    CopyName(moon->name, "Moon");
+    LoadMoonKeps(&moon->satKep, now.month);
+    appendBody(moon, &modes);
+    mMoonNum = mTotalSats;  // the Sun's entry, as the rest of the program reads it
+
+    SatRec* sun = &mAllSats[mTotalSats];
+    CopyName(sun->name, "Sun");
+    LoadSunKeps(&sun->satKep);
+    appendBody(sun, &modes);
+    mSunNum = mTotalSats;
+
+    debugLog("loadKepsAndModes: %d satellites loaded.\n", mTotalSats);
+    char spoken[96];
+    std::snprintf(spoken, sizeof spoken, "Keplerian elements for %d satellites loaded", mTotalSats);
+    announce(spoken);
+    if (keps != nullptr) std::fclose(keps);
+    if (mTotalSats <= 2) ui->alert("There are no keplerian elements loaded.", "Please Download or Import keps", "OK");
+}
+
+void AppController::appendBody(SatRec* body, ModesFile* modes) {
+    services_.ui->addSatelliteItem(body->name);
+    if (modes->isOpen()) modes->getModes(body, body->name);
+    CalcKepVals(body, &mSite);
+    body->db_index = mTotalSats;
+    ++mTotalSats;
+}
+
+bool AppController::installElementFile(const std::string& candidate, bool moveIntoPlace) {
+    const int sets = CountElementSets(candidate, 1);
+    if (sets < 1) {
+        services_.ui->alert("The element sets were not replaced.",
+                            candidate + (sets < 0 ? " cannot be read: " + std::string(std::strerror(errno))
+                                                  : " holds no element set this program can read (a name line "
+                                                    "of 2 to 9 characters, then lines 1 and 2)") +
+                                ". The current element sets are kept.",
+                            "OK");
+        return false;
+    }
+    const bool ok = moveIntoPlace ? std::rename(candidate.c_str(), paths_.keplerFile.c_str()) == 0
+                                  : CopyFileAtomically(candidate, paths_.keplerFile);
+    if (!ok) {
+        services_.ui->alert("The element sets were not replaced.",
+                            "Cannot write " + paths_.keplerFile + ": " + std::strerror(errno) +
+                                ". The current element sets are kept.",
+                            "OK");
+    }
+    return ok;
+}
+
+void AppController::importKeps() {
+    std::string chosen;
+    if (services_.files == nullptr || !services_.files->chooseFileToOpen(&chosen)) return;
+    if (FileExists(chosen) && !installElementFile(chosen, false)) return;
+    loadKepsAndModes();
+}
+
+void AppController::startDownloadingURL() {
+    if (services_.downloader == nullptr ||
+        !services_.downloader->start(kKeplerDownloadURL, paths_.downloadFile, kDownloadTimeoutSeconds)) {
+        debugLog("Download connection failed!");
+        announce("keplerian element download connection failed.");
+    }
+}
+
+void AppController::downloadDidFinish() {
+    debugLog("kepler.dat downloadDidFinish");
+    const std::string downloaded = paths_.downloadFile;
+    if (!installElementFile(downloaded, true)) {
+        std::remove(downloaded.c_str());
+        return;
+    }
+    announce("keplerian elements downloaded from the internet.");
+    loadKepsAndModes();
+    mCycleSatNum = 1;
+}
+
+void AppController::downloadDidFail(const std::string& description, const std::string& failingURL) {
+    debugLog("Download failed! Error - %s %s", description.c_str(), failingURL.c_str());
+    announce("keplerian element download failed.");
+    std::remove(paths_.downloadFile.c_str());
+}
+
+}  // namespace veloran

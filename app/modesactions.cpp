@@ -1,0 +1,116 @@
+// The modes menu actions, the channel pop-up, and a new main satellite.
+
+#include <cstdio>
+#include <unordered_set>
+
+#include "app/appcontroller.h"
+#include "data/modes.h"
+
+namespace veloran {
+
+namespace {
+
+// The user's modes file is moved aside, never deleted, before it is replaced
+// or reset: hours of hand work stay recoverable.
+std::string BackupPath(const std::string& path) { return path + ".bak"; }
+
+}  // namespace
+
+void AppController::writeModeFile(const std::string& path) {
+    // Blocks of satellites that are not in the table now (an element-set
+    // file without them) are carried over from the modes file the table was
+    // loaded from, so that no one's hand-made modes are lost on a rewrite.
+    std::unordered_set<std::string> inTable = {kBetweenPassesName, kOnExitName};
+    for (int i = 0; i < mTotalSats; ++i) inTable.insert(mAllSats[i].name);
+    ModesFile source;
+    std::string kept;
+    if (!mModesSource.empty() && source.load(mModesSource)) kept = source.blocksNotIn(inTable);
+    if (!WriteModeFile(path, mAllSats.get(), mTotalSats, *BPSatRec, *EXITSatRec, kept) && services_.log != nullptr)
+        std::fprintf(services_.log, "cannot write the modes file %s\n", path.c_str());
+}
+
+void AppController::defaultModes() {
+    const int32_t mainSat = mMainSatNum;
+    for (int i = 0; i < mTotalSats; ++i) {
+        SatRec* sat = &mAllSats[i];
+        for (int m = 0; m < sat->numberOfActiveChannels && m < kMaxModes; ++m) {
+            sat->modes[m].RXOffset = 0;
+            sat->modes[m].TXOffset = 0;
+            sat->modes[m].BEOffset = 0;
+        }
+        SaveTweaks(i);
+    }
+    const std::string userModes = paths_.userModesFile;
+    if (!FileExists(userModes)) {
+        services_.ui->beep();
+        return;
+    }
+    std::rename(userModes.c_str(), BackupPath(userModes).c_str());
+    reloadModes(mainSat);
+}
+
+void AppController::importModes() {
+    const int32_t mainSat = mMainSatNum;
+    std::string chosen;
+    if (services_.files == nullptr || !services_.files->chooseFileToOpen(&chosen)) return;
+    SaveTweaks(mMainSatNum - 1);
+    const std::string userModes = paths_.userModesFile;
+    if (FileExists(chosen)) {
+        if (FileExists(userModes)) CopyFileAtomically(userModes, BackupPath(userModes));
+        if (!CopyFileAtomically(chosen, userModes))
+            services_.ui->alert("The modes were not imported.", "Cannot write " + userModes + ".", "OK");
+    }
+    reloadModes(mainSat);
+}
+
+void AppController::reloadModes(int32_t mainSatNum) {
+    loadKepsAndModes();
+    mMainSatNum = mainSatNum;
+    HandleNewSatellite();
+    updateVFO(1);
+    mRefreshModes = true;
+}
+
+void AppController::exportModes() {
+    std::string path;
+    if (services_.files == nullptr || !services_.files->chooseFileToSave("Veloran Modes.txt", &path)) return;
+    writeModeFile(path);
+}
+
+void AppController::modeChanged() {
+    services_.ui->setVfoSlider(0.0);
+    SatRec* sat = mainSatellite();
+    if (sat == nullptr) return;
+    const int chosen = services_.ui->selectedChannelIndex();
+    if (chosen < 0 || chosen >= kMaxModes) return;
+    sat->selectedModeIndex = chosen;
+    updateVFO(1);
+    if (sat->numberOfActiveChannels >= 1) services_.defaults->setInteger(sat->name, chosen);
+}
+
+void AppController::HandleNewSatellite() {
+    SatRec* sat = mainSatellite();
+    if (sat == nullptr) return;
+    newSatellite = true;
+    sat->satVelocity = 0;
+    mSite.deadSpotCrossed = 0;
+    LoadTweaks(mMainSatNum - 1);
+    UserInterface* ui = services_.ui;
+    ui->setVfoSlider(0.0);
+    ui->removeAllChannelItems();
+    if (sat->numberOfActiveChannels < 1) {
+        ui->addChannelItem("No Modes");
+    } else {
+        for (int m = 0; m < sat->numberOfActiveChannels && m < kMaxModes; ++m) ui->addChannelItem(sat->modes[m].channel);
+        // A stored choice outside the mode table (a hand-edited settings
+        // file) falls back to the first mode.
+        const int32_t remembered = services_.defaults->integerForKey(sat->name);
+        sat->selectedModeIndex = remembered >= 0 && remembered < kMaxModes ? remembered : 0;
+        if (ui->channelItemCount() > 0 && sat->selectedModeIndex < ui->channelItemCount())
+            ui->selectChannelItem(sat->selectedModeIndex);
+    }
+}
+
+void AppController::updateVFO(int force) { (void)force; }
+
+}  // namespace veloran

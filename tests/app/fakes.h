@@ -1,0 +1,166 @@
+// Recording fakes of the controller's interfaces, and a controller wired to
+// them over a scratch data folder.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/appcontroller.h"
+#include "data/files.h"
+#include "scratch.h"
+
+namespace veloran::testing {
+
+class FakeUserInterface : public UserInterface {
+public:
+    std::vector<std::string> satelliteItems;
+    std::string kepsDate;
+    std::vector<std::string> alerts;  // "title|message|button"
+    int beeps = 0;
+    std::vector<std::string> channelItems;
+    int selectedChannel = 0;
+    double vfoSlider = -1;
+    std::vector<std::string> locationItems;
+    int selectedLocation = -1;
+    std::string shownLocation;  // "name|lat|lon"
+    std::string sheet[5];       // city, state, country, latitude, longitude
+    int sheetsClosed = 0;
+    int settingsShown = 0;
+
+    void removeAllSatelliteItems() override { satelliteItems.clear(); }
+    void addSatelliteItem(const std::string& name) override { satelliteItems.push_back(name); }
+    void setKepsDateText(const std::string& text) override { kepsDate = text; }
+    void alert(const std::string& title, const std::string& message, const std::string& button) override {
+        alerts.push_back(title + "|" + message + "|" + button);
+    }
+    void beep() override { ++beeps; }
+    void removeAllChannelItems() override { channelItems.clear(); }
+    void addChannelItem(const std::string& name) override { channelItems.push_back(name); }
+    int channelItemCount() const override { return static_cast<int>(channelItems.size()); }
+    void selectChannelItem(int index) override { selectedChannel = index; }
+    int selectedChannelIndex() const override { return selectedChannel; }
+    void setVfoSlider(double value) override { vfoSlider = value; }
+    void removeAllLocationItems() override { locationItems.clear(); }
+    void addLocationItem(const std::string& name) override { locationItems.push_back(name); }
+    int selectedLocationIndex() const override { return selectedLocation; }
+    void showLocation(const std::string& name, const std::string& lat, const std::string& lon) override {
+        shownLocation = name + "|" + lat + "|" + lon;
+    }
+    void readLocationSheet(std::string* city, std::string* state, std::string* country, std::string* lat,
+                           std::string* lon) const override {
+        *city = sheet[0];
+        *state = sheet[1];
+        *country = sheet[2];
+        *lat = sheet[3];
+        *lon = sheet[4];
+    }
+    void closeLocationSheet() override { ++sheetsClosed; }
+    void showSettings(const SiteRec&) override { ++settingsShown; }
+};
+
+class FakeFileChooser : public FileChooser {
+public:
+    std::string answer;  // empty: the user cancels
+    std::string proposed;
+    bool chooseFileToOpen(std::string* path) override {
+        *path = answer;
+        return !answer.empty();
+    }
+    bool chooseFileToSave(const std::string& proposedName, std::string* path) override {
+        proposed = proposedName;
+        *path = answer;
+        return !answer.empty();
+    }
+};
+
+class FakeDownloader : public Downloader {
+public:
+    bool accept = true;
+    std::string url, destination;
+    double timeout = 0;
+    bool start(const std::string& u, const std::string& d, double t) override {
+        url = u;
+        destination = d;
+        timeout = t;
+        return accept;
+    }
+};
+
+class FakeClock : public Clock {
+public:
+    // 2026-11-21 12:00:00, in seconds since 1904.
+    uint32_t now = 3878107200u;
+    uint32_t dateTimeUTC() const override { return now; }
+    uint32_t dateTime() const override { return now; }
+};
+
+class FakeAnnouncer : public Announcer {
+public:
+    std::vector<std::string> spoken;
+    void queueAnnouncement(const Announcement& item) override { spoken.push_back(item.text); }
+};
+
+// A controller over a scratch data folder seeded from the bundled resources.
+struct ControllerRig {
+    ScratchDir dir;
+    FakeUserInterface ui;
+    MemoryUserDefaults defaults;
+    FakeFileChooser files;
+    FakeDownloader downloader;
+    FakeClock clock;
+    FakeAnnouncer announcer;
+    FILE* log = std::tmpfile();
+    DataPaths paths;
+    std::unique_ptr<AppController> app;
+
+    ControllerRig() {
+        paths = DataPaths::InFolders(VELORAN_RESOURCE_DIR, dir.file("data"), dir.file("config"));
+        std::string error;
+        SeedDataFiles(paths, &error);
+        const Services s{.ui = &ui,
+                         .defaults = &defaults,
+                         .files = &files,
+                         .downloader = &downloader,
+                         .clock = &clock,
+                         .announcer = &announcer,
+                         .log = log};
+        app = std::make_unique<AppController>(s, paths);
+    }
+    ~ControllerRig() { std::fclose(log); }
+
+    std::string logText() const {
+        std::fflush(log);
+        std::rewind(log);
+        std::string text;
+        char buf[4096];
+        size_t n = 0;
+        while ((n = std::fread(buf, 1, sizeof buf, log)) > 0) text.append(buf, n);
+        return text;
+    }
+    void setSite(void (*change)(SiteRec*)) {
+        SiteRec site;
+        app->GetSiteRec(&site);
+        change(&site);
+        app->SetSiteRec(&site);
+    }
+    std::unique_ptr<SatRec> sat(int index) const {
+        auto rec = NewSatRec();
+        app->GetSatelliteRecordByIndex(index, rec.get());
+        return rec;
+    }
+};
+
+// Element sets for tests: n sets named S0, S1, ... (ISS's elements).
+inline std::string ElementSets(int n, const char* lineEnd = "\n") {
+    std::string text;
+    for (int i = 0; i < n; ++i) {
+        text += "S" + std::to_string(i) + lineEnd;
+        text += std::string("1 25544U 98067A   26320.50000000  .00012000  00000-0  10000-3 0  9995") + lineEnd;
+        text += std::string("2 25544  51.6390 245.7770 0005800  42.2150 317.9220 15.50100000498305") + lineEnd;
+    }
+    return text;
+}
+
+}  // namespace veloran::testing

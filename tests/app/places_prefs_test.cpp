@@ -1,0 +1,120 @@
+// The places list and the settings through the controller.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "fakes.h"
+
+namespace veloran {
+namespace {
+
+using testing::ControllerRig;
+using testing::ReadText;
+
+TEST(ControllerPlaces, LoadChooseAddAndRemove) {
+    ControllerRig rig;
+    rig.app->loadLocations();
+    const size_t count = rig.app->locations().size();
+    ASSERT_GE(count, 300u);
+    EXPECT_EQ(rig.ui.locationItems.size(), count);
+    EXPECT_EQ(rig.app->lightPoints().size(), count);
+
+    size_t reykjavik = 0;
+    while (rig.app->locations()[reykjavik].city != "Reykjavik") ++reykjavik;
+    rig.ui.selectedLocation = static_cast<int>(reykjavik);
+    rig.app->locationChosen();
+    SiteRec site;
+    rig.app->GetSiteRec(&site);
+    EXPECT_STREQ(site.locationName, "Reykjavik Capital Region Iceland");
+    EXPECT_DOUBLE_EQ(site.siteLatDegs, 64.1466);
+    EXPECT_DOUBLE_EQ(site.siteLongDegs, 21.9426);  // west positive
+    EXPECT_EQ(rig.ui.shownLocation, "Reykjavik Capital Region Iceland|64.1466|-21.9426");
+
+    rig.ui.sheet[0] = "Quillfern";
+    rig.ui.sheet[1] = "Ontario";
+    rig.ui.sheet[2] = "Canada";
+    rig.ui.sheet[3] = "43.7064";
+    rig.ui.sheet[4] = "-79.2442";
+    rig.app->locationOK();
+    EXPECT_EQ(rig.ui.sheetsClosed, 1);
+    rig.app->GetSiteRec(&site);
+    EXPECT_DOUBLE_EQ(site.siteLongDegs, 79.2442);
+    EXPECT_EQ(rig.ui.shownLocation, "Quillfern Ontario Canada|43.7064|-79.2442");
+    // Kept in the file at once, and listed in its sorted place.
+    EXPECT_NE(ReadText(rig.paths.placesFile).find("Quillfern\tOntario\tCanada\t43.7064\t-79.2442\n"),
+              std::string::npos);
+    EXPECT_EQ(rig.ui.locationItems.size(), count + 1);
+    size_t quebec = 0, quillfern = 0;
+    for (size_t i = 0; i < rig.ui.locationItems.size(); ++i) {
+        if (rig.ui.locationItems[i] == "Quebec City Quebec Canada") quebec = i;
+        if (rig.ui.locationItems[i] == "Quillfern Ontario Canada") quillfern = i;
+    }
+    EXPECT_EQ(quillfern, quebec + 1);
+    reykjavik = 0;
+    while (rig.app->locations()[reykjavik].city != "Reykjavik") ++reykjavik;
+
+    rig.ui.selectedLocation = -1;
+    rig.app->removeLocation();
+    EXPECT_EQ(rig.ui.beeps, 1);
+    rig.ui.selectedLocation = static_cast<int>(reykjavik);
+    rig.app->removeLocation();
+    // The file is rewritten sorted, the new place in its order, Reykjavik gone.
+    const std::string text = ReadText(rig.paths.placesFile);
+    EXPECT_EQ(text.find("Reykjavik"), std::string::npos);
+    EXPECT_NE(text.find("Quillfern\tOntario\tCanada\t43.7064\t-79.2442\n"), std::string::npos);
+    EXPECT_LT(text.find("Quebec City"), text.find("Quillfern"));
+    EXPECT_EQ(rig.app->locations().size(), count);
+    EXPECT_EQ(rig.ui.locationItems.size(), count);
+}
+
+TEST(ControllerPlaces, AMissingFileLeavesTheListEmpty) {
+    ControllerRig rig;
+    std::remove(rig.paths.placesFile.c_str());
+    rig.app->loadLocations();
+    EXPECT_TRUE(rig.app->locations().empty());
+    EXPECT_TRUE(rig.ui.locationItems.empty());
+}
+
+TEST(ControllerPrefs, SavedAtQuitAndReadAtTheNextStart) {
+    ControllerRig rig;
+    rig.setSite([](SiteRec* s) {
+        s->siteLatDegs = -33.9249;
+        s->siteLongDegs = -18.4241;
+        s->siteMinElevDegs = 3.0;
+        s->radio = 4;
+        std::strcpy(s->call_sign, "ZS1ABC");
+    });
+    rig.app->setMainSatNum(5);
+    rig.app->savePrefs();
+
+    // The next start: defaults first, then the store.
+    ControllerRig next;
+    next.defaults = rig.defaults;
+    next.app->setSiteDefaults();
+    next.app->setUIStateFromPrefs();
+    SiteRec site;
+    next.app->GetSiteRec(&site);
+    EXPECT_DOUBLE_EQ(site.siteLatDegs, -33.9249);
+    EXPECT_DOUBLE_EQ(site.siteLatRads, -33.9249 * kDegreesToRadians);
+    EXPECT_DOUBLE_EQ(site.siteLongRads, -18.4241 * kDegreesToRadians);
+    EXPECT_DOUBLE_EQ(site.siteMinElevRads, 3.0 * kDegreesToRadians);
+    EXPECT_EQ(site.radio, 4);
+    EXPECT_STREQ(site.call_sign, "ZS1ABC");
+    EXPECT_EQ(next.app->mainSatNum(), 5);
+    EXPECT_EQ(next.ui.settingsShown, 1);
+}
+
+TEST(ControllerPrefs, AFirstStartRunsOnTheDefaults) {
+    ControllerRig rig;
+    rig.app->setSiteDefaults();
+    rig.app->setUIStateFromPrefs();
+    SiteRec site, defaults;
+    rig.app->GetSiteRec(&site);
+    SetSiteDefaults(&defaults);
+    EXPECT_EQ(std::memcmp(&site, &defaults, sizeof site), 0);
+    EXPECT_EQ(rig.app->mainSatNum(), 1);
+}
+
+}  // namespace
+}  // namespace veloran

@@ -1,0 +1,102 @@
+// Replacing the element-set file by import or download: a file replaces the
+// current one only when it holds element sets.
+
+#include <gtest/gtest.h>
+
+#include "fakes.h"
+
+namespace veloran {
+namespace {
+
+using testing::ControllerRig;
+using testing::ElementSets;
+using testing::ReadText;
+using testing::WriteText;
+
+TEST(ImportKeps, AGoodFileReplacesTheElementSetsAndReloads) {
+    ControllerRig rig;
+    rig.app->loadKepsAndModes();
+    WriteText(rig.dir.file("new.txt"), ElementSets(3));
+    rig.files.answer = rig.dir.file("new.txt");
+    rig.app->importKeps();
+    EXPECT_EQ(ReadText(rig.paths.keplerFile), ElementSets(3));
+    EXPECT_EQ(rig.app->GetTotalSats(), 5);
+    EXPECT_TRUE(rig.ui.alerts.empty());
+}
+
+TEST(ImportKeps, AFileWithoutElementSetsIsRefusedAndTheTableStays) {
+    ControllerRig rig;
+    rig.app->loadKepsAndModes();
+    const std::string before = ReadText(rig.paths.keplerFile);
+    WriteText(rig.dir.file("notes.txt"), "Dear diary,\nno satellites today.\n");
+    rig.files.answer = rig.dir.file("notes.txt");
+    rig.app->importKeps();
+    EXPECT_EQ(ReadText(rig.paths.keplerFile), before);
+    EXPECT_EQ(rig.app->GetTotalSats(), 11);
+    ASSERT_EQ(rig.ui.alerts.size(), 1u);
+    EXPECT_NE(rig.ui.alerts[0].find("holds no element set"), std::string::npos);
+}
+
+TEST(ImportKeps, CancelChangesNothingAndAVanishedFileJustReloads) {
+    ControllerRig rig;
+    rig.app->importKeps();  // cancelled
+    EXPECT_EQ(rig.app->GetTotalSats(), 0);
+    rig.files.answer = rig.dir.file("gone.txt");
+    rig.app->importKeps();
+    EXPECT_EQ(rig.app->GetTotalSats(), 11);
+}
+
+TEST(Download, GoesToASideFileAndReplacesOnlyWhenItHoldsSets) {
+    ControllerRig rig;
+    rig.setSite([](SiteRec* s) { s->wants_speech = 1; });
+    rig.app->loadKepsAndModes();
+    rig.announcer.spoken.clear();
+    rig.app->startDownloadingURL();
+    EXPECT_EQ(rig.downloader.url, "https://www.amsat.org/amsat/ftp/keps/current/nasa.all");
+    EXPECT_EQ(rig.downloader.destination, rig.paths.downloadFile);
+    EXPECT_DOUBLE_EQ(rig.downloader.timeout, 60.0);
+
+    // A captive portal's page instead of the bulletin.
+    const std::string before = ReadText(rig.paths.keplerFile);
+    WriteText(rig.paths.downloadFile, "<html>Please log in</html>\n");
+    rig.app->downloadDidFinish();
+    EXPECT_EQ(ReadText(rig.paths.keplerFile), before);
+    EXPECT_FALSE(FileExists(rig.paths.downloadFile));
+    EXPECT_EQ(rig.ui.alerts.size(), 1u);
+    EXPECT_TRUE(rig.announcer.spoken.empty());
+
+    WriteText(rig.paths.downloadFile, ElementSets(4));
+    rig.app->setCycleSatNum(7);
+    rig.app->downloadDidFinish();
+    EXPECT_EQ(ReadText(rig.paths.keplerFile), ElementSets(4));
+    EXPECT_FALSE(FileExists(rig.paths.downloadFile));
+    EXPECT_EQ(rig.app->GetTotalSats(), 6);
+    EXPECT_EQ(rig.app->cycleSatNum(), 1);
+    ASSERT_EQ(rig.announcer.spoken.size(), 2u);
+    EXPECT_EQ(rig.announcer.spoken[0], "keplerian elements downloaded from the internet.");
+    EXPECT_EQ(rig.announcer.spoken[1], "Keplerian elements for 6 satellites loaded");
+}
+
+TEST(Download, FailuresAreSpokenAndLogged) {
+    ControllerRig rig;
+    rig.setSite([](SiteRec* s) {
+        s->wants_speech = 1;
+        s->debug = 1;
+    });
+    rig.downloader.accept = false;
+    rig.app->startDownloadingURL();
+    rig.downloader.accept = true;
+    WriteText(rig.paths.downloadFile, "partial");
+    rig.app->downloadDidFail("The request timed out.", "https://www.amsat.org/amsat/ftp/keps/current/nasa.all");
+    EXPECT_EQ(rig.announcer.spoken,
+              (std::vector<std::string>{"keplerian element download connection failed.",
+                                        "keplerian element download failed."}));
+    EXPECT_FALSE(FileExists(rig.paths.downloadFile));
+    const std::string log = rig.logText();
+    EXPECT_NE(log.find("Download connection failed!"), std::string::npos);
+    EXPECT_NE(log.find("Download failed! Error - The request timed out. https://www.amsat.org/"), std::string::npos);
+    EXPECT_EQ(rig.app->GetTotalSats(), 0);
+}
+
+}  // namespace
+}  // namespace veloran
