@@ -100,6 +100,29 @@ struct Announcement {
     std::string text;
 };
 
+// The speech synthesiser. speak, isSpeaking and the volume are used from
+// the announcement thread only; stop may come from the core thread. A
+// machine without a speech engine gets an implementation that stays silent.
+class Speech {
+public:
+    virtual ~Speech() = default;
+    // Starts speaking and returns at once.
+    virtual void speak(const std::string& text) = 0;
+    virtual bool isSpeaking() const = 0;
+    // Stops the current sentence at once.
+    virtual void stop() = 0;
+};
+
+// The four chimes (announce.wav, AOS.wav, LOS.wav, rotor.wav), played from
+// the announcement thread. A missing sound plays as silence.
+class SoundPlayer {
+public:
+    virtual ~SoundPlayer() = default;
+    // Starts one of Announcement::kAnnounce .. kRotor; others do nothing.
+    virtual void play(int32_t sound) = 0;
+    virtual bool isPlaying() const = 0;
+};
+
 // The producer side of the announcement queue.
 class Announcer {
 public:
