@@ -8,12 +8,12 @@
 
 #include "radio/driver.h"
 #include "radio/serial.h"
+#include "radio/textline.h"
 
 namespace veloran {
 
 namespace {
 
-constexpr int kFlushCount = 255;
 constexpr int kReplyTicks = 30;
 constexpr int kReplyLength = 4;  // "G000", "I107", "I2A5": the CR LF (and the stray
                                  // repeated last character some firmware adds) are flushed
@@ -25,21 +25,7 @@ constexpr int kFilter3k = 0, kFilter6k = 1, kFilter15k = 2, kFilter230k = 4;
 
 LastSent gLast = {0, 0};
 
-struct Line {
-    int fd;
-    bool debug;
-    bool ok = true;
-
-    void flush() {
-        if (!ok) return;
-        unsigned char reply[kFlushCount + 1];
-        readRadioResponse(fd, reply, kFlushCount, 0, debug);
-    }
-    void send(const char* text) {
-        if (!ok) return;
-        const int length = static_cast<int>(std::strlen(text));
-        if (sendRadioCommand(fd, text, length, debug) != length) ok = false;
-    }
+struct Line : TextLine {
     // The first four characters of the answer; false when fewer came.
     bool answer(char* text) {
         if (!ok) return false;
@@ -104,7 +90,7 @@ int hexValue(const char* two) {
 
 void StartPCR1000(int fd, bool debug) {
     if (fd == -1) return;
-    Line line{fd, debug};
+    Line line{{fd, debug}};
     char answer[kReplyLength + 1];
     line.flush();
     line.send("H101\r\n");
@@ -124,7 +110,7 @@ int SetPCR1000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone,
     if (!DriverCommonStart(&gLast, upMHz, downMHz, force, &up, &down)) return 1;
     int mode = 0, filter = 0;
     if (!modeFor(commMode, &mode, &filter)) return 1;  // UNKNOWN: nothing is sent
-    Line line{fd, debug};
+    Line line{{fd, debug}};
     char command[32];
     std::snprintf(command, sizeof command, "K0%010u%02d%02d00\r\n", down, mode, filter);
     line.flush();
@@ -136,7 +122,7 @@ int SetPCR1000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone,
 
 int SquelchedPCR1000(int fd, VFORec* vfo, bool debug) {
     if (fd == -1) return 1;
-    Line line{fd, debug};
+    Line line{{fd, debug}};
     char answer[kReplyLength + 1];
     line.flush();
     line.send("I1?\r\n");

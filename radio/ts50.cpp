@@ -10,32 +10,18 @@
 
 #include "radio/driver.h"
 #include "radio/serial.h"
+#include "radio/textline.h"
 
 namespace veloran {
 
 namespace {
 
-constexpr int kFlushCount = 255;
 constexpr int kInformationLength = 38;  // "IF" + 35 characters + ';'
 constexpr int kReplyTicks = 30;
 
 LastSent gLast = {0, 0};
 
-struct Line {
-    int fd;
-    bool debug;
-    bool ok = true;
-
-    void flush() {
-        if (!ok) return;
-        unsigned char reply[kFlushCount + 1];
-        readRadioResponse(fd, reply, kFlushCount, 0, debug);
-    }
-    void send(const char* text) {
-        if (!ok) return;
-        const int length = static_cast<int>(std::strlen(text));
-        if (sendRadioCommand(fd, text, length, debug) != length) ok = false;
-    }
+struct Line : TextLine {
     void frequency(const char* vfo, uint32_t hertz) {
         char command[24];
         std::snprintf(command, sizeof command, "%s%011u;", vfo, hertz);
@@ -91,14 +77,14 @@ const char* downlinkMode(int commMode) {
 
 void StartTS50(int fd, bool debug) {
     if (fd == -1) return;
-    Line line{fd, debug};
+    Line line{{fd, debug}};
     line.flush();
     line.send("AI0;");
 }
 
 void KillTS50(int fd, bool debug) {
     if (fd == -1) return;
-    Line{fd, debug}.flush();
+    TextLine{fd, debug}.flush();
 }
 
 int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
@@ -111,7 +97,7 @@ int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, in
     const bool twoBand = IsTwoBandMode(commMode);
     if (!twoBand && !IsSingleChannelMode(commMode) && commMode != kReceiveOnlyMode)
         return 1;  // UNKNOWN
-    Line line{fd, debug};
+    Line line{{fd, debug}};
     line.flush();
     if (force) {
         if (twoBand) {
@@ -129,7 +115,7 @@ int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, in
 
 int DownLinkChangedTS50(int fd, int32_t* changeHz, bool debug) {
     if (fd == -1) return 0;
-    Line line{fd, debug};
+    Line line{{fd, debug}};
     line.flush();
     line.send("IF;");
     if (!line.ok) return 0;
