@@ -7,11 +7,31 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "data/userdefaults.h"
+#include "engine/satrec.h"
 #include "engine/siterec.h"
 
 namespace veloran {
+
+// What the tick hands the drawing once a second, only while the window is
+// open: the records are the controller's own and valid during the call only.
+struct ViewFrame {
+    double epoch = 0;                 // epoch day of the tick
+    uint32_t timeBaseSecs = 0;        // the tick's instant, seconds since 1904
+    const SatRec* sats = nullptr;  // entries 0 .. totalSats-1
+    int32_t totalSats = 0;
+    int32_t mainSatNum = 0;           // 1-based
+    const SiteRec* site = nullptr;
+    bool flipped = false;             // the site mark's flip (no manual case)
+    bool firstTick = false;
+    // First tick only: the map width and the stored visible rectangle
+    // ("2D_Visible_Rect"); hasStoredRect is false when none was stored.
+    int32_t mapFrameWidth = 1024;
+    bool hasStoredRect = false;
+    double rect[4] = {0, 0, 0, 0};  // x, y, width, height
+};
 
 // The main window's outlets: pop-ups, text fields, alerts, beeps. Every call
 // comes from the core thread; an implementation forwards it to its window.
@@ -52,6 +72,65 @@ public:
 
     // The settings shown in the controls (start-up and after "Cancel").
     virtual void showSettings(const SiteRec& site) = 0;
+
+    // --- Outlets of the one-second tick and the device actions. A window
+    // shows them; a station without a screen may ignore every one. ---
+
+    // The clock line; red while the time slider is off zero.
+    virtual void setClockLine(const std::string& /*text*/, bool /*red*/) {}
+    // "Path Loss: ... <call> v<version>".
+    virtual void setVersionLine(const std::string& /*text*/) {}
+    // "Next: ... Length: ... Elev:/MaxE: ...".
+    virtual void setMapStatus(const std::string& /*text*/) {}
+    // "Inverting Transponder" / "Non-Inverting Transponder" and the
+    // full-Doppler check box beside it.
+    virtual void setTransponderLine(const std::string& /*text*/, bool /*fullDopplerChecked*/,
+                                    bool /*fullDopplerEnabled*/) {}
+    // The four figures of the main satellite, already formatted.
+    virtual void setSatelliteFigures(const std::string& /*altitude*/, const std::string& /*velocity*/,
+                                     const std::string& /*maxElevation*/, const std::string& /*range*/) {}
+    // "Manual", "Flipped" or "Not Flipped".
+    virtual void setFlipLine(const std::string& /*text*/) {}
+    // The radio panel's title, "Veloran: <name>".
+    virtual void setRadioPanelTitle(const std::string& /*text*/) {}
+    // The radio panel: both frequencies (formatFreq), both trims ("%01.5f"),
+    // "Uplink: ..." and "Downlink: ...".
+    virtual void setVfoPanel(const std::string& /*uplink*/, const std::string& /*downlink*/,
+                             const std::string& /*uplinkTrim*/, const std::string& /*downlinkTrim*/,
+                             const std::string& /*uplinkLine*/, const std::string& /*downlinkLine*/) {}
+    // The two trim steppers' values, MHz.
+    virtual void setTrimSteppers(double /*uplink*/, double /*downlink*/) {}
+    // Which controls of the radio preferences the chosen model uses.
+    virtual void setRadioPrefsControls(bool /*icomAddress*/, bool /*sMeter*/, bool /*dialTracking*/) {}
+    // The three port pop-ups' items (radio, rotor, gateway share the list).
+    virtual void setSerialPortItems(const std::vector<std::string>& /*names*/) {}
+    // Device check boxes, the S-meter and the rotor panel.
+    virtual void setRadioChecked(bool /*on*/) {}
+    virtual void setGatewayChecked(bool /*on*/) {}
+    virtual void setRotorChecked(bool /*on*/) {}
+    virtual void setSMeter(int /*level*/) {}
+    virtual void setElevationControl(int /*value*/) {}
+    virtual void setRotorPanel(const std::string& /*azimuth*/, const std::string& /*elevation*/) {}
+    // The debug, speech, track-list and follow check boxes.
+    virtual void setDebugChecked(bool /*on*/) {}
+    virtual void setSpeechChecked(bool /*on*/) {}
+    virtual void setTrackListChecked(bool /*on*/) {}
+    // The map zoom buttons.
+    virtual void setZoomButtons(bool /*zoomInEnabled*/, bool /*zoomOutEnabled*/) {}
+    // The zoom changed the map's width (pixels); its visible rectangle
+    // scales by `scale` (2 in, 0.5 out).
+    virtual void zoomMap(int32_t /*width*/, double /*scale*/) {}
+    // The map's visible area now (x, y, width, height), saved at quit as
+    // "2D_Visible_Rect"; false when there is no map.
+    virtual bool mapVisibleRect(double* /*rect4*/) const { return false; }
+    // The main window shown or hidden (it is never really closed).
+    virtual void showMainWindow(bool /*shown*/) {}
+    // The selected tabs: map tab view (0 world map, 1 globe, -1 none) and
+    // track-list tab view (0 track list, 1 horizon).
+    virtual int mapTabIndex() const { return 0; }
+    virtual int trackListTabIndex() const { return 0; }
+    // The drawing of the visible views for this tick; see ViewFrame.
+    virtual void drawViews(const ViewFrame& /*frame*/) {}
 };
 
 // The open and save panels.

@@ -109,8 +109,10 @@ void AppController::HandleNewSatellite() {
         if (ui->channelItemCount() > 0 && sat->selectedModeIndex < ui->channelItemCount())
             ui->selectChannelItem(sat->selectedModeIndex);
     }
+    NextSatelliteAnnouncement();
+    displaySatName();
+    updateVFO(1);
+    updateRotors();
 }
-
-void AppController::updateVFO(int force) { (void)force; }
 
 }  // namespace veloran
