@@ -58,6 +58,60 @@ public:
     }
     void closeLocationSheet() override { ++sheetsClosed; }
     void showSettings(const SiteRec&) override { ++settingsShown; }
+
+    std::string clockLine;
+    bool clockRed = false;
+    std::string versionLine, mapStatus, transponder, flipLine, panelTitle;
+    bool fullDopplerChecked = false, fullDopplerEnabled = false;
+    std::string figures[4];  // altitude, velocity, max elevation, range
+    std::string vfoPanel[6];
+    bool radioChecked = false, rotorChecked = false, gatewayChecked = false;
+    int zoomIn = -1, zoomOut = -1;  // -1: never set
+    bool windowShown = true;
+    int framesDrawn = 0;
+    std::vector<std::string> portItems;
+    bool hasMapRect = false;
+    double mapRect[4] = {0, 0, 0, 0};
+
+    void setClockLine(const std::string& text, bool red) override {
+        clockLine = text;
+        clockRed = red;
+    }
+    void setVersionLine(const std::string& text) override { versionLine = text; }
+    void setMapStatus(const std::string& text) override { mapStatus = text; }
+    void setTransponderLine(const std::string& text, bool checked, bool enabled) override {
+        transponder = text;
+        fullDopplerChecked = checked;
+        fullDopplerEnabled = enabled;
+    }
+    void setSatelliteFigures(const std::string& a, const std::string& v, const std::string& m,
+                             const std::string& r) override {
+        figures[0] = a;
+        figures[1] = v;
+        figures[2] = m;
+        figures[3] = r;
+    }
+    void setFlipLine(const std::string& text) override { flipLine = text; }
+    void setRadioPanelTitle(const std::string& text) override { panelTitle = text; }
+    void setVfoPanel(const std::string& a, const std::string& b, const std::string& c, const std::string& d,
+                     const std::string& e, const std::string& f) override {
+        const std::string texts[6] = {a, b, c, d, e, f};
+        for (int i = 0; i < 6; ++i) vfoPanel[i] = texts[i];
+    }
+    void setSerialPortItems(const std::vector<std::string>& names) override { portItems = names; }
+    void setRadioChecked(bool on) override { radioChecked = on; }
+    void setGatewayChecked(bool on) override { gatewayChecked = on; }
+    void setRotorChecked(bool on) override { rotorChecked = on; }
+    void setZoomButtons(bool in, bool out) override {
+        zoomIn = in;
+        zoomOut = out;
+    }
+    bool mapVisibleRect(double* rect) const override {
+        for (int i = 0; i < 4; ++i) rect[i] = mapRect[i];
+        return hasMapRect;
+    }
+    void showMainWindow(bool shown) override { windowShown = shown; }
+    void drawViews(const ViewFrame&) override { ++framesDrawn; }
 };
 
 class FakeFileChooser : public FileChooser {
@@ -99,7 +153,11 @@ public:
 class FakeAnnouncer : public Announcer {
 public:
     std::vector<std::string> spoken;
-    void queueAnnouncement(const Announcement& item) override { spoken.push_back(item.text); }
+    std::vector<Announcement> items;
+    void queueAnnouncement(const Announcement& item) override {
+        spoken.push_back(item.text);
+        items.push_back(item);
+    }
 };
 
 // A controller over a scratch data folder seeded from the bundled resources.
