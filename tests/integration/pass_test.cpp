@@ -115,7 +115,8 @@ TEST(WholePass, WarnedTunedAndSteeredFromFourHoursBeforeAOSToLOS) {
             sawAOS = true;
             firstPassCommand = sim::RotorSimSnapshot(&rotor).commands.size();
         }
-        radioLine.waitIdle();
+        // The driver waits for the radio's acknowledgement of each frame, so
+        // the radio has taken the frequencies when the tick returns.
         const sim::IcomSimState s = radio.state();
         const VFORec& vfo = station.app->vfo();
         ASSERT_NE(vfo.dopplerRX, 0.0);
