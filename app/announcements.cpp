@@ -41,17 +41,22 @@ size_t AnnouncementQueue::size() const {
 }
 
 void RealTickSleeper::sleepTicks(int ticks) {
-    if (ticks > 0) std::this_thread::sleep_for(std::chrono::microseconds(ticks * 1000000L / kTicksPerSecond));
+    if (ticks > 0)
+        std::this_thread::sleep_for(std::chrono::microseconds(ticks * 1000000L / kTicksPerSecond));
 }
 
-void GatewayLine::pushToTalk(int fd, int on, bool debug) { veloran::pushToTalk(fd, kPttLine, on, debug); }
+void GatewayLine::pushToTalk(int fd, int on, bool debug) {
+    veloran::pushToTalk(fd, kPttLine, on, debug);
+}
 
-int GatewayLine::waitForRadio(int fd, unsigned long limitTicks, unsigned long* waitedTicks, bool debug) {
+int GatewayLine::waitForRadio(int fd, unsigned long limitTicks, unsigned long* waitedTicks,
+                              bool debug) {
     return veloran::waitForRadio(fd, kCORLine, limitTicks, waitedTicks, debug);
 }
 
-AnnouncementSpeaker::AnnouncementSpeaker(AnnouncementQueue* queue, const AnnouncementSettings* settings,
-                                         Speech* speech, SoundPlayer* sounds, TickSleeper* sleeper,
+AnnouncementSpeaker::AnnouncementSpeaker(AnnouncementQueue* queue,
+                                         const AnnouncementSettings* settings, Speech* speech,
+                                         SoundPlayer* sounds, TickSleeper* sleeper,
                                          GatewayLine* gateway, FILE* log)
     : queue_(queue),
       settings_(settings),
@@ -61,7 +66,9 @@ AnnouncementSpeaker::AnnouncementSpeaker(AnnouncementQueue* queue, const Announc
       gateway_(gateway),
       log_(log) {}
 
-AnnouncementSpeaker::~AnnouncementSpeaker() { stop(); }
+AnnouncementSpeaker::~AnnouncementSpeaker() {
+    stop();
+}
 
 void AnnouncementSpeaker::start() {
     if (thread_.joinable()) return;
@@ -117,13 +124,16 @@ void AnnouncementSpeaker::makeTheAnnouncement(const Announcement* item) {
                 sleeper_->sleepTicks(kTicksPerSecond);
             }
             char shown[48];
-            std::snprintf(shown, sizeof shown, "%.1f seconds", static_cast<double>(waited) / kTicksPerSecond);
+            std::snprintf(shown, sizeof shown, "%.1f seconds",
+                          static_cast<double>(waited) / kTicksPerSecond);
             if (waited <= kCORReminderTicks) {
                 if (debug && log_ != nullptr)
-                    std::fprintf(log_, "Announcement waited %s for COR. No Warning Necessary.\n", shown);
+                    std::fprintf(log_, "Announcement waited %s for COR. No Warning Necessary.\n",
+                                 shown);
             } else {
                 if (log_ != nullptr)
-                    std::fprintf(log_, "Announcement waited %s for COR. Too Long - warning given\n", shown);
+                    std::fprintf(log_, "Announcement waited %s for COR. Too Long - warning given\n",
+                                 shown);
                 speech_->speak(kLeavePausesSentence);
                 waitWhileSpeaking(-1);
             }

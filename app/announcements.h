@@ -27,7 +27,7 @@ constexpr unsigned long kCORReminderTicks = 7200;
 
 // The announcement queue, oldest first.
 class AnnouncementQueue : public Announcer {
-public:
+  public:
     void queueAnnouncement(const Announcement& item) override;
     // Copies the oldest element into *item (it stays queued); false when
     // the queue is empty.
@@ -35,21 +35,21 @@ public:
     void removeFirst();
     size_t size() const;
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::deque<Announcement> items_;
 };
 
 // Waiting in ticks of 1/60 s. Tests give a fake that only counts.
 class TickSleeper {
-public:
+  public:
     virtual ~TickSleeper() = default;
     virtual void sleepTicks(int ticks) = 0;
 };
 
 // The real one: std::this_thread::sleep_for.
 class RealTickSleeper : public TickSleeper {
-public:
+  public:
     void sleepTicks(int ticks) override;
 };
 
@@ -57,12 +57,13 @@ public:
 // keys the transmitter, line 1 senses the carrier-operated relay. The real
 // one calls pushToTalk and waitForRadio of the serial layer.
 class GatewayLine {
-public:
+  public:
     virtual ~GatewayLine() = default;
     virtual void pushToTalk(int fd, int on, bool debug);
     // 1 when the channel became clear within limitTicks; *waitedTicks the
     // time it took.
-    virtual int waitForRadio(int fd, unsigned long limitTicks, unsigned long* waitedTicks, bool debug);
+    virtual int waitForRadio(int fd, unsigned long limitTicks, unsigned long* waitedTicks,
+                             bool debug);
 };
 
 // What the announcement thread reads of the site record. The core thread
@@ -76,10 +77,11 @@ struct AnnouncementSettings {
 
 // The consumer: speaks the queue one element at a time, in order.
 class AnnouncementSpeaker {
-public:
+  public:
     // Every pointer must outlive the speaker; `log` takes the COR lines.
-    AnnouncementSpeaker(AnnouncementQueue* queue, const AnnouncementSettings* settings, Speech* speech,
-                        SoundPlayer* sounds, TickSleeper* sleeper, GatewayLine* gateway, FILE* log);
+    AnnouncementSpeaker(AnnouncementQueue* queue, const AnnouncementSettings* settings,
+                        Speech* speech, SoundPlayer* sounds, TickSleeper* sleeper,
+                        GatewayLine* gateway, FILE* log);
     ~AnnouncementSpeaker();
     AnnouncementSpeaker(const AnnouncementSpeaker&) = delete;
     AnnouncementSpeaker& operator=(const AnnouncementSpeaker&) = delete;
@@ -101,7 +103,7 @@ public:
     // chime, the text, unkeying. Null does nothing.
     void makeTheAnnouncement(const Announcement* item);
 
-private:
+  private:
     // Sleeps in single ticks until the synthesiser (or the chime) is silent,
     // at most maxTicks (negative: no limit); ends early on stop().
     void waitWhileSpeaking(int maxTicks);

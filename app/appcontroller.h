@@ -57,7 +57,7 @@ struct Services {
 };
 
 class AppController {
-public:
+  public:
     AppController(const Services& services, const DataPaths& paths);
     AppController(const AppController&) = delete;
     AppController& operator=(const AppController&) = delete;
@@ -230,7 +230,7 @@ public:
     const ViewPrefs& viewPrefs() const { return mViewPrefs; }
     const DataPaths& paths() const { return paths_; }
 
-private:
+  private:
     // The window's outlets as the radio and rotor code sees them.
     struct RadioOutlets : RadioUi {
         AppController* app = nullptr;
@@ -279,14 +279,14 @@ private:
 
     std::unique_ptr<SatRec[]> mAllSats;  // kMaxSatellites entries
     int32_t mTotalSats = 0;
-    int32_t mMoonNum = 0;                 // the Sun's entry index, as the rest of the program reads it
-    int32_t mSunNum = 0;                  // one past the Sun's entry
-    std::unique_ptr<SatRec> BPSatRec;     // modes applied between passes
-    std::unique_ptr<SatRec> EXITSatRec;   // modes applied when the program exits
+    int32_t mMoonNum = 0;              // the Sun's entry index, as the rest of the program reads it
+    int32_t mSunNum = 0;               // one past the Sun's entry
+    std::unique_ptr<SatRec> BPSatRec;  // modes applied between passes
+    std::unique_ptr<SatRec> EXITSatRec;  // modes applied when the program exits
     int32_t mCycleSatNum = 1;
     int32_t mMainSatNum = 1;
     bool mRefreshModes = true;
-    std::string mModesSource;             // the modes file of the last load, empty when none was read
+    std::string mModesSource;  // the modes file of the last load, empty when none was read
     bool newSatellite = false;
     SiteRec mSite{};
     ViewPrefs mViewPrefs;
@@ -307,8 +307,8 @@ private:
     bool mGiveOneMinuteWarning = false;
     int32_t mLastSat = -1;
     int32_t m2DMapFrameWidth = 1024;
-    double lastPosition = 0;       // the VFO slider's last position
-    double mUplinkStepper = 0;     // the trim steppers' last values, MHz
+    double lastPosition = 0;    // the VFO slider's last position
+    double mUplinkStepper = 0;  // the trim steppers' last values, MHz
     double mDownlinkStepper = 0;
 
     AnnouncementQueue mAnnouncements;

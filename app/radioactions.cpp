@@ -9,16 +9,25 @@
 
 namespace veloran {
 
-void AppController::RadioOutlets::beep() { app->services_.ui->beep(); }
-void AppController::RadioOutlets::setRadioChecked(bool on) { app->services_.ui->setRadioChecked(on); }
-void AppController::RadioOutlets::setGatewayChecked(bool on) { app->services_.ui->setGatewayChecked(on); }
-void AppController::RadioOutlets::setSMeter(int level) { app->services_.ui->setSMeter(level); }
+void AppController::RadioOutlets::beep() {
+    app->services_.ui->beep();
+}
+void AppController::RadioOutlets::setRadioChecked(bool on) {
+    app->services_.ui->setRadioChecked(on);
+}
+void AppController::RadioOutlets::setGatewayChecked(bool on) {
+    app->services_.ui->setGatewayChecked(on);
+}
+void AppController::RadioOutlets::setSMeter(int level) {
+    app->services_.ui->setSMeter(level);
+}
 void AppController::RadioOutlets::storeBool(const char* key, bool value) {
     app->services_.defaults->setBool(key, value);
 }
 
 void AppController::openCloseRadio(bool checked) {
-    if (switchRadioPort(&mSite, checked, mPortNames.get(), services_.versionString.c_str(), &mRadioUi) == 1)
+    if (switchRadioPort(&mSite, checked, mPortNames.get(), services_.versionString.c_str(),
+                        &mRadioUi) == 1)
         HandleNewSatellite();
 }
 
@@ -48,7 +57,8 @@ void AppController::displaySatName() {
 }
 
 void AppController::updateVFOPanel() {
-    char up[32], down[32], upTrim[32] = "0.00000", downTrim[32] = "0.00000", upLine[48], downLine[48];
+    char up[32], down[32], upTrim[32] = "0.00000", downTrim[32] = "0.00000", upLine[48],
+                           downLine[48];
     formatFreq(mVFO.up, up, sizeof up);
     formatFreq(mVFO.down, down, sizeof down);
     if (const ModeRec* mode = SelectedMode(mainSatellite())) {
@@ -62,7 +72,8 @@ void AppController::updateVFOPanel() {
 
 void AppController::updateRadioPrefsPanel() {
     const RadioPrefsControls controls = radioPrefsControls(mSite.radio);
-    services_.ui->setRadioPrefsControls(controls.icomAddress, controls.sMeter, controls.dialTracking);
+    services_.ui->setRadioPrefsControls(controls.icomAddress, controls.sMeter,
+                                        controls.dialTracking);
 }
 
 void AppController::showTrimsAndFrequencies() {
@@ -97,9 +108,13 @@ void AppController::vfoSliderMoved(double value) {
     showTrimsAndFrequencies();
 }
 
-void AppController::fullDopplerTuningChanged(bool on) { setFullDopplerTuning(&mSite, on, &mRadioUi); }
+void AppController::fullDopplerTuningChanged(bool on) {
+    setFullDopplerTuning(&mSite, on, &mRadioUi);
+}
 
-void AppController::vfoLockChanged(bool on) { setVfoLocked(&mSite, on, &mRadioUi); }
+void AppController::vfoLockChanged(bool on) {
+    setVfoLocked(&mSite, on, &mRadioUi);
+}
 
 void AppController::beaconChanged(bool on) {
     setListenForBeacon(&mSite, on, &mRadioUi);

@@ -46,8 +46,10 @@ std::string AppController::passSentence(const SatRec& sat, const char* lead) con
     std::string sentence = text;
     const ModeRec* mode = SelectedMode(const_cast<SatRec*>(&sat));
     char tail[160];
-    std::snprintf(tail, sizeof tail, " with a maximum elevation of %.01f degrees, and an uplink frequency of %.02f mhz",
-                  sat.maxElevation, mode != nullptr ? mode->upFreq : 0.0);
+    std::snprintf(
+        tail, sizeof tail,
+        " with a maximum elevation of %.01f degrees, and an uplink frequency of %.02f mhz",
+        sat.maxElevation, mode != nullptr ? mode->upFreq : 0.0);
     sentence += tail;
     if (mode != nullptr && mode->commMode == kUpperSideBand) sentence += ", upper side band";
     return sentence + ".";
@@ -94,7 +96,8 @@ void AppController::CheckVisibility() {
             updateVFO(1);
             updateRotors();
             if (mSite.wants_speech)
-                queue(FixSatNameForAgnes(*sat) + " is no longer visible", Announcement::kLOS, gateway, false);
+                queue(FixSatNameForAgnes(*sat) + " is no longer visible", Announcement::kLOS,
+                      gateway, false);
             mSite.deadSpotCrossed = 0;
         }
         if (sat->secondsToAOS == 60) {
@@ -122,7 +125,8 @@ void AppController::CheckVisibility() {
         updateVFO(1);
         updateRotors();
         // Keyed even with the gateway off: a closed port makes keying a no-op.
-        if (mSite.wants_speech) queue(FixSatNameForAgnes(*sat) + " is visible", Announcement::kAOS, true, false);
+        if (mSite.wants_speech)
+            queue(FixSatNameForAgnes(*sat) + " is visible", Announcement::kAOS, true, false);
     } else {
         updateVFO(0);
         updateRotors();
@@ -144,7 +148,8 @@ void AppController::CheckVisibility() {
     mVFO.dopplerTX = mode->upFreq * v / kDopplerLightSpeed;
     mVFO.dopplerRX = mode->downFreq * v / kDopplerLightSpeed;
     mVFO.dopplerBE = mode->beaconFreq * v / kDopplerLightSpeed;
-    sat->currrentDownlink = mSite.listenForBeacon ? mode->beaconFreq + mVFO.dopplerBE : mode->downFreq + mVFO.dopplerRX;
+    sat->currrentDownlink =
+        mSite.listenForBeacon ? mode->beaconFreq + mVFO.dopplerBE : mode->downFreq + mVFO.dopplerRX;
 }
 
 void AppController::setTrackList(bool on) {
@@ -171,7 +176,8 @@ void AppController::NextSatelliteAnnouncement() {
     if (sat->secondsToAOS == 0 || sat->AOS)
         text = FixSatNameForAgnes(*sat) + " is visible.";
     else
-        text = passSentence(*sat, mUseTrackList ? " is the next Satellite, and will be visible in " : " will be visible in ");
+        text = passSentence(*sat, mUseTrackList ? " is the next Satellite, and will be visible in "
+                                                : " will be visible in ");
     const bool gateway = mSite.gateway_enabled != 0;
     if (mSite.wants_speech) queue(text, Announcement::kAnnounce, gateway, gateway);
 }

@@ -31,7 +31,8 @@ constexpr int32_t kWidestMap = 8192;
 // The clock line for the time value `secs`, in UTC or in the machine's zone.
 // The separators blink: colons on odd seconds, blanks on even ones.
 std::string ClockLine(uint32_t secs, bool utc) {
-    const std::time_t unixTime = static_cast<std::time_t>(static_cast<int64_t>(secs) - kUnixEpochIn1904);
+    const std::time_t unixTime =
+        static_cast<std::time_t>(static_cast<int64_t>(secs) - kUnixEpochIn1904);
     std::tm parts{};
     if (utc)
         gmtime_r(&unixTime, &parts);
@@ -65,11 +66,13 @@ void AppController::awakeFromNib() {
 
     mSite.OSVersion = kOSVersion;
     debugLog("Running on OS %02X\n", static_cast<unsigned>(mSite.OSVersion));
-    const int32_t timeDiff = static_cast<int32_t>(services_.clock->dateTime() - services_.clock->dateTimeUTC());
+    const int32_t timeDiff =
+        static_cast<int32_t>(services_.clock->dateTime() - services_.clock->dateTimeUTC());
 
     const int found = countSerialPorts(services_.ports, mPortNames.get(), mSite.debug != 0);
     std::vector<std::string> portItems;
-    for (int i = 0; i < found && i < kMaxSerialPorts; ++i) portItems.emplace_back(mPortNames[i].userName);
+    for (int i = 0; i < found && i < kMaxSerialPorts; ++i)
+        portItems.emplace_back(mPortNames[i].userName);
     ui->setSerialPortItems(portItems);
 
     const Bool32 debug = mSite.debug;
@@ -100,7 +103,8 @@ void AppController::awakeFromNib() {
     openCloseGateway(mSite.gateway_enabled != 0);
 
     publishAnnouncementSettings();
-    if (services_.speech != nullptr && services_.sounds != nullptr && services_.announcer == nullptr && !mSpeaker) {
+    if (services_.speech != nullptr && services_.sounds != nullptr &&
+        services_.announcer == nullptr && !mSpeaker) {
         mSpeaker = std::make_unique<AnnouncementSpeaker>(
             &mAnnouncements, &mAnnouncementSettings, services_.speech, services_.sounds,
             services_.sleeper != nullptr ? services_.sleeper : &mRealSleeper,
@@ -127,11 +131,12 @@ void AppController::mainTimerTasks() {
     }
     const SatRec* sun = mSunNum >= 1 && mSunNum <= mTotalSats ? &mAllSats[mSunNum - 1] : nullptr;
     SatRec* sat = mainSatellite();
-    if (sat != nullptr) SatelliteCalculationsV(epoch, kSatelliteSearchSpan, sat, &mSite, 1, mTimeBaseSecs, sun);
+    if (sat != nullptr)
+        SatelliteCalculationsV(epoch, kSatelliteSearchSpan, sat, &mSite, 1, mTimeBaseSecs, sun);
     CheckVisibility();
     if (nextSatelliteInDB() && mCycleSatNum >= 1 && mCycleSatNum <= mTotalSats)
-        SatelliteCalculationsV(epoch, kSatelliteSearchSpan, &mAllSats[mCycleSatNum - 1], &mSite, 0, mTimeBaseSecs,
-                               sun);
+        SatelliteCalculationsV(epoch, kSatelliteSearchSpan, &mAllSats[mCycleSatNum - 1], &mSite, 0,
+                               mTimeBaseSecs, sun);
     publishAnnouncementSettings();
     if (!windowIsOpen) return;
 
@@ -159,8 +164,8 @@ void AppController::mainTimerTasks() {
 
     if (mFirstTimeMainTimerTask) {
         if (mSunNum >= 1 && mSunNum <= mTotalSats)
-            SatelliteCalculationsV(epoch, kSunMoonSearchSpan, &mAllSats[mSunNum - 1], &mSite, 0, mTimeBaseSecs,
-                                   &mAllSats[mSunNum - 1]);
+            SatelliteCalculationsV(epoch, kSunMoonSearchSpan, &mAllSats[mSunNum - 1], &mSite, 0,
+                                   mTimeBaseSecs, &mAllSats[mSunNum - 1]);
         updateVFO(1);
         updateVFOPanel();
         updateRotors();
@@ -178,7 +183,8 @@ void AppController::showStatusTexts() {
     char text[1400];
     char pathLoss[48];
     std::snprintf(pathLoss, sizeof pathLoss, "Path Loss: %0.1fdB", m.pathLoss);
-    std::snprintf(text, sizeof text, "%s %s v%s", pathLoss, mSite.call_sign, services_.versionString.c_str());
+    std::snprintf(text, sizeof text, "%s %s v%s", pathLoss, mSite.call_sign,
+                  services_.versionString.c_str());
     ui->setVersionLine(text);
 
     char toAOS[16], length[16], elevation[32];
@@ -205,11 +211,13 @@ void AppController::showStatusTexts() {
     const bool km = mSite.displayKM != 0;
     const double factor = km ? 1.0 : kMilesPerKilometre;
     char altitude[64], velocity[64], maxElevation[64], range[64];
-    std::snprintf(altitude, sizeof altitude, km ? "Altitude: %0.2f km" : "Altitude: %0.2f mi", m.satAltitude * factor);
-    std::snprintf(velocity, sizeof velocity, km ? "Velocity: %0.2f km/sec" : "Velocity: %0.2f mi/sec",
-                  m.satVelocity * factor);
+    std::snprintf(altitude, sizeof altitude, km ? "Altitude: %0.2f km" : "Altitude: %0.2f mi",
+                  m.satAltitude * factor);
+    std::snprintf(velocity, sizeof velocity,
+                  km ? "Velocity: %0.2f km/sec" : "Velocity: %0.2f mi/sec", m.satVelocity * factor);
     std::snprintf(maxElevation, sizeof maxElevation, "Max Elevation: %0.2f", m.maxElevation);
-    std::snprintf(range, sizeof range, km ? "Range: %0.1f km" : "Range: %0.1f mi", m.satRange * factor);
+    std::snprintf(range, sizeof range, km ? "Range: %0.1f km" : "Range: %0.1f mi",
+                  m.satRange * factor);
     ui->setSatelliteFigures(altitude, velocity, maxElevation, range);
 
     if (mSite.rotor_manual)

@@ -54,9 +54,11 @@ void SatelliteSlot::loadIt(const SatRec& rec, int32_t timeDiff, bool displayUTC,
     elevation = Format("%0.1f", rec.elevationDegs);
     deltae = rec.elevationRising ? "rising" : "falling";
     maxe = Format("%0.1f", rec.maxElevation);
-    latitude = Format("%0.2f", std::fabs(rec.subSatPtLatitudeDegs)) + (rec.subSatPtLatitudeDegs < 0 ? " S" : " N");
+    latitude = Format("%0.2f", std::fabs(rec.subSatPtLatitudeDegs)) +
+               (rec.subSatPtLatitudeDegs < 0 ? " S" : " N");
     // The record's longitudes are positive towards the west.
-    longitude = Format("%0.2f", std::fabs(rec.subSatPtLongitudeDegs)) + (rec.subSatPtLongitudeDegs < 0 ? " E" : " W");
+    longitude = Format("%0.2f", std::fabs(rec.subSatPtLongitudeDegs)) +
+                (rec.subSatPtLongitudeDegs < 0 ? " E" : " W");
     altitude = Format("%0.1f", rec.satAltitude * factor) + unit;
     deltaa = rec.altitudeAscending ? "up" : "down";
     range = Format("%0.1f", rec.satRange * factor) + unit;
@@ -77,15 +79,29 @@ void SatelliteSlot::loadIt(const SatRec& rec, int32_t timeDiff, bool displayUTC,
 }
 
 std::string SatelliteSlot::valueForKey(const std::string& key) const {
-    const std::pair<const char*, const std::string*> texts[] = {
-        {"satelliteName", &satelliteName}, {"pass", &pass},         {"aostime", &aostime},
-        {"length", &length},               {"azimuth", &azimuth},   {"elevation", &elevation},
-        {"deltae", &deltae},               {"maxe", &maxe},         {"latitude", &latitude},
-        {"longitude", &longitude},         {"altitude", &altitude}, {"deltaa", &deltaa},
-        {"range", &range},                 {"phase", &phase},       {"squint", &squint},
-        {"planarcr", &planarcr},           {"maxetime", &maxetime}, {"apogtime", &apogtime},
-        {"lostime", &lostime},             {"velocity", &velocity}, {"eclipse", &eclipse},
-        {"timetoe", &timetoe},             {"pathLoss", &pathLoss}};
+    const std::pair<const char*, const std::string*> texts[] = {{"satelliteName", &satelliteName},
+                                                                {"pass", &pass},
+                                                                {"aostime", &aostime},
+                                                                {"length", &length},
+                                                                {"azimuth", &azimuth},
+                                                                {"elevation", &elevation},
+                                                                {"deltae", &deltae},
+                                                                {"maxe", &maxe},
+                                                                {"latitude", &latitude},
+                                                                {"longitude", &longitude},
+                                                                {"altitude", &altitude},
+                                                                {"deltaa", &deltaa},
+                                                                {"range", &range},
+                                                                {"phase", &phase},
+                                                                {"squint", &squint},
+                                                                {"planarcr", &planarcr},
+                                                                {"maxetime", &maxetime},
+                                                                {"apogtime", &apogtime},
+                                                                {"lostime", &lostime},
+                                                                {"velocity", &velocity},
+                                                                {"eclipse", &eclipse},
+                                                                {"timetoe", &timetoe},
+                                                                {"pathLoss", &pathLoss}};
     for (const auto& [name, text] : texts)
         if (key == name) return *text;
     if (key == "checkbox") return std::to_string(checkbox);
@@ -101,7 +117,9 @@ int SatelliteSlot::compare(const SatelliteSlot& other) const {
     const uint32_t mine = inView ? secondsToLOS : secondsToAOS;
     const uint32_t theirs = other.inView ? other.secondsToLOS : other.secondsToAOS;
     if (rank(*this) < 2 && mine != theirs) return mine < theirs ? -1 : 1;
-    return satelliteName.compare(other.satelliteName) < 0 ? -1 : (satelliteName == other.satelliteName ? 0 : 1);
+    return satelliteName.compare(other.satelliteName) < 0
+               ? -1
+               : (satelliteName == other.satelliteName ? 0 : 1);
 }
 
 RowColour RowColourFor(const SatRec& rec, bool isMainSatellite) {
@@ -111,7 +129,8 @@ RowColour RowColourFor(const SatRec& rec, bool isMainSatellite) {
     return isMainSatellite ? RowColour::kBlue : RowColour::kBlack;
 }
 
-SatelliteTableController::SatelliteTableController(AppController* app, UserDefaults* defaults, TrackListUi* ui)
+SatelliteTableController::SatelliteTableController(AppController* app, UserDefaults* defaults,
+                                                   TrackListUi* ui)
     : appController(app), defaults_(defaults), ui_(ui) {}
 
 void SatelliteTableController::awakeFromNib() {
@@ -193,7 +212,8 @@ void SatelliteTableController::updateTrackList() {
             size_t end = saved.find(' ', start);
             if (end == std::string::npos) end = saved.size();
             const std::string name = saved.substr(start, end - start);
-            if (!name.empty() && appController->GetSatelliteRecordByName(name.c_str(), rec.get()) && !rec->tracked)
+            if (!name.empty() && appController->GetSatelliteRecordByName(name.c_str(), rec.get()) &&
+                !rec->tracked)
                 appendRow(*rec);
             start = end + 1;
         }
@@ -204,8 +224,9 @@ void SatelliteTableController::updateTrackList() {
             appController->MarkSatelliteTracked(slot.index, true);
             slot.loadIt(*rec, site.timeDiff, site.displayUTC != 0, site.displayKM != 0);
         }
-        std::stable_sort(satelliteArray.begin(), satelliteArray.end(),
-                         [](const SatelliteSlot& a, const SatelliteSlot& b) { return a.compare(b) < 0; });
+        std::stable_sort(
+            satelliteArray.begin(), satelliteArray.end(),
+            [](const SatelliteSlot& a, const SatelliteSlot& b) { return a.compare(b) < 0; });
         ui_->reloadRows(satelliteArray);
     }
     mFirstTime = false;

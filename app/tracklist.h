@@ -19,21 +19,21 @@ class AppController;
 struct SatelliteSlot {
     int32_t checkbox = 1;  // the row's enabled check box
     std::string satelliteName;
-    int32_t pri = 5;       // selection priority
-    std::string pass;      // "In view", "Next pass" or "No pass"
-    std::string aostime;   // AOS date and time (UTC or local)
-    std::string length;    // pass length, hh:mm:ss
+    int32_t pri = 5;                               // selection priority
+    std::string pass;                              // "In view", "Next pass" or "No pass"
+    std::string aostime;                           // AOS date and time (UTC or local)
+    std::string length;                            // pass length, hh:mm:ss
     std::string azimuth, elevation, deltae, maxe;  // degrees, deltae "rising"/"falling"
     std::string latitude, longitude;               // sub-satellite point, degrees, "N"/"S", "E"/"W"
     std::string altitude, deltaa, range;           // km or mi; deltaa "up"/"down"
     std::string phase;                             // mean anomaly in 256ths of a revolution
     std::string squint;                            // degrees, empty without attitude
     std::string planarcr, maxetime, apogtime, lostime, timetoe;  // time to the event, hh:mm:ss
-    std::string velocity;                          // range rate, km/s or mi/s
-    std::string eclipse;                           // "Eclipsed" or "Sunlit"
-    int32_t index = 0;                             // table entry, 0-based
-    int32_t orbit = 0;                             // revolution number
-    std::string pathLoss;                          // dB
+    std::string velocity;                                        // range rate, km/s or mi/s
+    std::string eclipse;                                         // "Eclipsed" or "Sunlit"
+    int32_t index = 0;                                           // table entry, 0-based
+    int32_t orbit = 0;                                           // revolution number
+    std::string pathLoss;                                        // dB
 
     // The sort keys compare uses, taken by loadIt.
     bool inView = false;
@@ -69,7 +69,7 @@ struct TrackRow {
 
 // The track-list table widget.
 class TrackListUi {
-public:
+  public:
     virtual ~TrackListUi() = default;
     virtual void reloadRows(const std::vector<SatelliteSlot>& /*rows*/) {}
     virtual void deselectAllRows() {}
@@ -78,7 +78,7 @@ public:
 };
 
 class SatelliteTableController {
-public:
+  public:
     SatelliteTableController(AppController* app, UserDefaults* defaults, TrackListUi* ui);
 
     // Empties the list and reads "trackListEnabled" into the check box and
@@ -102,7 +102,7 @@ public:
     void emptyIt();
     const std::vector<SatelliteSlot>& rows() const { return satelliteArray; }
 
-private:
+  private:
     void appendRow(const SatRec& rec);
 
     AppController* appController;

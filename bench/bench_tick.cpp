@@ -33,13 +33,15 @@ constexpr const char* kElements =
     "2 25545  51.6390 145.7770 0005800  42.2150 117.9220 15.50100000498305\n";
 
 constexpr const char* kModes =
-    "Satellite:\tB0\nChannel: \tSSB\nUplink:  \t145.950000\nDownlink:\t435.850000\nCMode:   \tJA_SSB\n"
-    "Beacon:  \t435.795000\nTone:    \t0\nCTone:   \t0\nTxVrtrUp: \t0.000000\nTxVrtrDn: \t0.000000\n"
+    "Satellite:\tB0\nChannel: \tSSB\nUplink:  \t145.950000\nDownlink:\t435.850000\nCMode:   "
+    "\tJA_SSB\n"
+    "Beacon:  \t435.795000\nTone:    \t0\nCTone:   \t0\nTxVrtrUp: \t0.000000\nTxVrtrDn: "
+    "\t0.000000\n"
     "BeamUp:   \t0.00\nBeamDwn:  \t0.00\nTrackHours:\t111111111111111111111111\nSpeakName:\tBench\n"
     "Enabled:\t1\nPriority:\t5\n\n";
 
 class SteppingClock : public Clock {
-public:
+  public:
     uint32_t now = 0;
     uint32_t dateTimeUTC() const override { return now; }
     uint32_t dateTime() const override { return now; }
@@ -57,7 +59,8 @@ void BM_MainTimerTask(benchmark::State& state) {
     sim::SimulatedRadio ft847(sim::RadioModel::FT847);
     sim::PtyServer radioLine;
     sim::RotorSim rotor;
-    if (!radioLine.open() || !ft847.open() || !sim::OpenRotorSim(&rotor, sim::RotorProtocol::kGS232, 6.0)) {
+    if (!radioLine.open() || !ft847.open() ||
+        !sim::OpenRotorSim(&rotor, sim::RotorProtocol::kGS232, 6.0)) {
         state.SkipWithError("no pseudo-terminal");
         return;
     }
@@ -69,14 +72,16 @@ void BM_MainTimerTask(benchmark::State& state) {
     SteppingClock clock;
     clock.now = 3878107200u;  // 2026-11-21 12:00 UTC
     AnnouncementQueue discarded;
-    const Services services{.ui = &ui, .defaults = &defaults, .clock = &clock, .announcer = &discarded};
+    const Services services{
+        .ui = &ui, .defaults = &defaults, .clock = &clock, .announcer = &discarded};
     auto app = std::make_unique<AppController>(services, paths);
     app->awakeFromNib();
     SiteRec site;
     app->GetSiteRec(&site);
     site.radio = which == 2 ? 7 : 1;
     site.icomAddress = 0x60;
-    site.radioPort = app->addTypedPort(which == 2 ? radioLine.path().c_str() : ft847.devicePath().c_str());
+    site.radioPort =
+        app->addTypedPort(which == 2 ? radioLine.path().c_str() : ft847.devicePath().c_str());
     site.radioBaud = 9;
     site.rotor = 0;
     site.rotorPort = app->addTypedPort(rotor.slavePath);

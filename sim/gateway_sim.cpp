@@ -21,7 +21,9 @@ int LineNumber(const std::string& command, size_t wordLength) {
     return c >= '0' && c <= '7' ? c - '0' : -1;
 }
 
-bool StartsWith(const std::string& text, const char* word) { return text.rfind(word, 0) == 0; }
+bool StartsWith(const std::string& text, const char* word) {
+    return text.rfind(word, 0) == 0;
+}
 
 }  // namespace
 
@@ -100,7 +102,9 @@ bool GatewayBoard::keyedOverCarrier() const {
 namespace {
 
 volatile std::sig_atomic_t gStopGateway = 0;
-void OnGatewaySignal(int) { gStopGateway = 1; }
+void OnGatewaySignal(int) {
+    gStopGateway = 1;
+}
 
 }  // namespace
 
@@ -130,7 +134,8 @@ int RunGatewaySimulator(int argc, char** argv) {
     while (!gStopGateway) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         const bool keyed = board.keyed();
-        if (keyed != wasKeyed) std::fprintf(stderr, "veloran-sim: transmitter %s\n", keyed ? "keyed" : "unkeyed");
+        if (keyed != wasKeyed)
+            std::fprintf(stderr, "veloran-sim: transmitter %s\n", keyed ? "keyed" : "unkeyed");
         wasKeyed = keyed;
     }
     server.stop();

@@ -2,10 +2,11 @@
 // program without hardware. Prints the device path to give the program, then
 // runs until interrupted.
 
+#include <strings.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <strings.h>
 #include <string>
 #include <thread>
 
@@ -25,7 +26,8 @@ void onSignal(int) {
 int usage(FILE* out) {
     std::fprintf(out,
                  "usage: veloran-sim radio MODEL [--silent] [--verbose]\n"
-                 "       veloran-sim radio ic910|ic821|ic706 [--address 0xNN] [--transmitting] [--silent] [--garbage]\n"
+                 "       veloran-sim radio ic910|ic821|ic706 [--address 0xNN] [--transmitting] "
+                 "[--silent] [--garbage]\n"
                  "       veloran-sim radio ts2000 [--silent] [--garbage] [--packet]\n"
                  "       veloran-sim rotor PROTOCOL [--speed DEG_PER_S] [--az DEG] [--el DEG]\n"
                  "       veloran-sim gateway [--carrier]\n"

@@ -1,14 +1,14 @@
 // The announcement queue and the speaker: order, keying, the wait for a
 // clear channel, chimes, and the thread's start and stop.
 
+#include "app/announcements.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "app/announcements.h"
 
 namespace veloran {
 namespace {
@@ -20,7 +20,7 @@ struct Trace {
 };
 
 class FakeSpeech : public Speech {
-public:
+  public:
     explicit FakeSpeech(Trace* t, AnnouncementQueue* q = nullptr) : trace(t), queue(q) {}
     void speak(const std::string& text) override {
         trace->add("speak:" + text);
@@ -36,7 +36,7 @@ public:
 };
 
 class FakeSounds : public SoundPlayer {
-public:
+  public:
     explicit FakeSounds(Trace* t) : trace(t) {}
     void play(int32_t sound) override { trace->add("sound:" + std::to_string(sound)); }
     bool isPlaying() const override { return false; }
@@ -45,7 +45,7 @@ public:
 
 // Sleeping only lets the fake synthesiser finish its sentence.
 class FakeSleeper : public TickSleeper {
-public:
+  public:
     FakeSleeper(Trace* t, FakeSpeech* s) : trace(t), speech(s) {}
     void sleepTicks(int ticks) override {
         if (ticks > 1 && ticks != 30) trace->add("sleep:" + std::to_string(ticks));
@@ -57,7 +57,7 @@ public:
 };
 
 class FakeGateway : public GatewayLine {
-public:
+  public:
     explicit FakeGateway(Trace* t) : trace(t) {}
     void pushToTalk(int, int on, bool) override { trace->add(on ? "ptt:on" : "ptt:off"); }
     int waitForRadio(int, unsigned long limit, unsigned long* waited, bool) override {
@@ -116,8 +116,9 @@ TEST(AnnouncementSpeaker, KeysChimesSpeaksAndUnkeysASecondAfterTheSpeech) {
     rig.settings.wantsSounds = true;
     const Announcement item = SpeakerRig::Item("AO-7 is visible", Announcement::kAOS, true, false);
     rig.speaker.makeTheAnnouncement(&item);
-    EXPECT_EQ(rig.trace.events, (std::vector<std::string>{"ptt:on", "sleep:60", "sound:2", "speak:AO-7 is visible",
-                                                           "sleep:60", "ptt:off"}));
+    EXPECT_EQ(rig.trace.events,
+              (std::vector<std::string>{"ptt:on", "sleep:60", "sound:2", "speak:AO-7 is visible",
+                                        "sleep:60", "ptt:off"}));
 }
 
 TEST(AnnouncementSpeaker, ChimesOnlyWhenWantedAndAnEmptyTextIsAPureChime) {
@@ -137,8 +138,8 @@ TEST(AnnouncementSpeaker, AShortWaitForAClearChannelNeedsNoReminder) {
     rig.gateway.waitedTicks = 7200;
     const Announcement item = SpeakerRig::Item("warning", 0, true, true);
     rig.speaker.makeTheAnnouncement(&item);
-    EXPECT_EQ(rig.trace.events, (std::vector<std::string>{"cor:21600", "ptt:on", "sleep:60", "speak:warning",
-                                                           "sleep:60", "ptt:off"}));
+    EXPECT_EQ(rig.trace.events, (std::vector<std::string>{"cor:21600", "ptt:on", "sleep:60",
+                                                          "speak:warning", "sleep:60", "ptt:off"}));
     EXPECT_EQ(rig.logText(), "");  // that line is for debugging only
     rig.settings.debug = true;
     rig.speaker.makeTheAnnouncement(&item);
@@ -154,7 +155,8 @@ TEST(AnnouncementSpeaker, ALongWaitBringsTheReminderBeforeTheWarning) {
     EXPECT_EQ(rig.trace.events[3], std::string("speak:") + kLeavePausesSentence);
     EXPECT_EQ(rig.trace.events[4], "speak:warning");
     EXPECT_EQ(std::string(kLeavePausesSentence),
-              "Please, leave a short pause between your transmissions. I had to wait several minutes for an "
+              "Please, leave a short pause between your transmissions. I had to wait several "
+              "minutes for an "
               "openning. Resistance is futile.");
     EXPECT_NE(rig.logText().find("for COR. Too Long - warning given\n"), std::string::npos);
 }
@@ -175,7 +177,8 @@ TEST(AnnouncementSpeaker, ThreadSpeaksTheQueueAndStopsWhenAsked) {
     EXPECT_TRUE(rig.speaker.running());
     rig.queue.queueAnnouncement(SpeakerRig::Item("from the core thread", 0, false, false));
     // The fake sleeper only yields, so the thread comes round at once.
-    for (long spins = 0; rig.queue.size() > 0 && spins < 100000000; ++spins) std::this_thread::yield();
+    for (long spins = 0; rig.queue.size() > 0 && spins < 100000000; ++spins)
+        std::this_thread::yield();
     rig.speaker.stop();
     EXPECT_FALSE(rig.speaker.running());
     EXPECT_EQ(rig.queue.size(), 0u);

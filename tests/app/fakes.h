@@ -14,7 +14,7 @@
 namespace veloran::testing {
 
 class FakeUserInterface : public UserInterface {
-public:
+  public:
     std::vector<std::string> satelliteItems;
     std::string kepsDate;
     std::vector<std::string> alerts;  // "title|message|button"
@@ -32,7 +32,8 @@ public:
     void removeAllSatelliteItems() override { satelliteItems.clear(); }
     void addSatelliteItem(const std::string& name) override { satelliteItems.push_back(name); }
     void setKepsDateText(const std::string& text) override { kepsDate = text; }
-    void alert(const std::string& title, const std::string& message, const std::string& button) override {
+    void alert(const std::string& title, const std::string& message,
+               const std::string& button) override {
         alerts.push_back(title + "|" + message + "|" + button);
     }
     void beep() override { ++beeps; }
@@ -45,11 +46,12 @@ public:
     void removeAllLocationItems() override { locationItems.clear(); }
     void addLocationItem(const std::string& name) override { locationItems.push_back(name); }
     int selectedLocationIndex() const override { return selectedLocation; }
-    void showLocation(const std::string& name, const std::string& lat, const std::string& lon) override {
+    void showLocation(const std::string& name, const std::string& lat,
+                      const std::string& lon) override {
         shownLocation = name + "|" + lat + "|" + lon;
     }
-    void readLocationSheet(std::string* city, std::string* state, std::string* country, std::string* lat,
-                           std::string* lon) const override {
+    void readLocationSheet(std::string* city, std::string* state, std::string* country,
+                           std::string* lat, std::string* lon) const override {
         *city = sheet[0];
         *state = sheet[1];
         *country = sheet[2];
@@ -93,8 +95,8 @@ public:
     }
     void setFlipLine(const std::string& text) override { flipLine = text; }
     void setRadioPanelTitle(const std::string& text) override { panelTitle = text; }
-    void setVfoPanel(const std::string& a, const std::string& b, const std::string& c, const std::string& d,
-                     const std::string& e, const std::string& f) override {
+    void setVfoPanel(const std::string& a, const std::string& b, const std::string& c,
+                     const std::string& d, const std::string& e, const std::string& f) override {
         const std::string texts[6] = {a, b, c, d, e, f};
         for (int i = 0; i < 6; ++i) vfoPanel[i] = texts[i];
     }
@@ -115,7 +117,7 @@ public:
 };
 
 class FakeFileChooser : public FileChooser {
-public:
+  public:
     std::string answer;  // empty: the user cancels
     std::string proposed;
     bool chooseFileToOpen(std::string* path) override {
@@ -130,7 +132,7 @@ public:
 };
 
 class FakeDownloader : public Downloader {
-public:
+  public:
     bool accept = true;
     std::string url, destination;
     double timeout = 0;
@@ -143,7 +145,7 @@ public:
 };
 
 class FakeClock : public Clock {
-public:
+  public:
     // 2026-11-21 12:00:00, in seconds since 1904.
     uint32_t now = 3878107200u;
     uint32_t dateTimeUTC() const override { return now; }
@@ -151,7 +153,7 @@ public:
 };
 
 class FakeAnnouncer : public Announcer {
-public:
+  public:
     std::vector<std::string> spoken;
     std::vector<Announcement> items;
     void queueAnnouncement(const Announcement& item) override {
@@ -215,8 +217,12 @@ inline std::string ElementSets(int n, const char* lineEnd = "\n") {
     std::string text;
     for (int i = 0; i < n; ++i) {
         text += "S" + std::to_string(i) + lineEnd;
-        text += std::string("1 25544U 98067A   26320.50000000  .00012000  00000-0  10000-3 0  9995") + lineEnd;
-        text += std::string("2 25544  51.6390 245.7770 0005800  42.2150 317.9220 15.50100000498305") + lineEnd;
+        text +=
+            std::string("1 25544U 98067A   26320.50000000  .00012000  00000-0  10000-3 0  9995") +
+            lineEnd;
+        text +=
+            std::string("2 25544  51.6390 245.7770 0005800  42.2150 317.9220 15.50100000498305") +
+            lineEnd;
     }
     return text;
 }

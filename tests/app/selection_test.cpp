@@ -121,7 +121,8 @@ TEST(Selection, RotationSkipsTheMainSatelliteAndNeverReachesTheLastEntry) {
         EXPECT_NE(n, 2);
         EXPECT_NE(n, rig.app->GetTotalSats());
     }
-    EXPECT_EQ(std::vector<int>(visited.begin(), visited.begin() + 5), (std::vector<int>{3, 4, 5, 1, 3}));
+    EXPECT_EQ(std::vector<int>(visited.begin(), visited.begin() + 5),
+              (std::vector<int>{3, 4, 5, 1, 3}));
 
     // Only the main satellite tracked: nothing else to refresh.
     for (int i = 0; i < rig.app->GetTotalSats(); ++i)
@@ -140,7 +141,8 @@ TEST(Visibility, EachTimedWarningIsSpokenOnceWithItsExactSentence) {
     }
     ASSERT_EQ(rig.queued().size(), 1u);
     EXPECT_EQ(rig.queued()[0].text,
-              "S0 will be visible in 1 hour,, with a maximum elevation of 45.0 degrees, and an uplink frequency "
+              "S0 will be visible in 1 hour,, with a maximum elevation of 45.0 degrees, and an "
+              "uplink frequency "
               "of 145.90 mhz.");
     EXPECT_EQ(rig.queued()[0].sound, Announcement::kAnnounce);
     EXPECT_FALSE(rig.queued()[0].transmit);
@@ -154,7 +156,8 @@ TEST(Visibility, EachTimedWarningIsSpokenOnceWithItsExactSentence) {
     rig.app->CheckVisibility();
     ASSERT_EQ(rig.queued().size(), 2u);
     EXPECT_EQ(rig.queued()[1].text,
-              "S0 will be visible in 5 minutes,, with a maximum elevation of 45.0 degrees, and an uplink frequency "
+              "S0 will be visible in 5 minutes,, with a maximum elevation of 45.0 degrees, and an "
+              "uplink frequency "
               "of 145.90 mhz, upper side band.");
     EXPECT_TRUE(rig.queued()[1].transmit);
     EXPECT_TRUE(rig.queued()[1].waitForCOR);
@@ -251,12 +254,15 @@ TEST(Announcing, NextSatelliteSentenceDependsOnTheTrackListAndTheSky) {
     rig.app->NextSatelliteAnnouncement();
     ASSERT_EQ(rig.queued().size(), 4u);
     EXPECT_EQ(rig.queued()[0].text,
-              "Oscar zero will be visible in 1 hour, and 5 minutes, with a maximum elevation of 45.0 degrees, and "
+              "Oscar zero will be visible in 1 hour, and 5 minutes, with a maximum elevation of "
+              "45.0 degrees, and "
               "an uplink frequency of 145.90 mhz.");
     EXPECT_TRUE(rig.queued()[0].transmit);
     EXPECT_TRUE(rig.queued()[0].waitForCOR);
     EXPECT_EQ(rig.queued()[1].text, "track list enabled");
-    EXPECT_EQ(rig.queued()[2].text.rfind("Oscar zero is the next Satellite, and will be visible in ", 0), 0u);
+    EXPECT_EQ(
+        rig.queued()[2].text.rfind("Oscar zero is the next Satellite, and will be visible in ", 0),
+        0u);
     EXPECT_EQ(rig.queued()[3].text, "Oscar zero is visible.");
 }
 

@@ -91,7 +91,8 @@ TEST(Tick, AHiddenWindowTracksButShowsNothingAndQuittingThenSavesNothing) {
 }
 
 TEST(Tick, StoredMapWidthSetsTheZoomButtonsAndZoomKeepsThemRight) {
-    for (auto [stored, in, out] : {std::tuple{8192, 0, 1}, std::tuple{2048, 1, 1}, std::tuple{3000, 1, 0}}) {
+    for (auto [stored, in, out] :
+         {std::tuple{8192, 0, 1}, std::tuple{2048, 1, 1}, std::tuple{3000, 1, 0}}) {
         TickRig rig;
         rig.defaults.setInteger(prefkeys::kMap2DWidth, stored);
         rig.app->awakeFromNib();

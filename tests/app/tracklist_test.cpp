@@ -1,12 +1,13 @@
 // The track list: rows, their order and colours, the table's actions, and
 // the list saved and restored across starts.
 
+#include "app/tracklist.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 
-#include "app/tracklist.h"
 #include "data/settings.h"
 #include "fakes.h"
 
@@ -17,7 +18,7 @@ using testing::ControllerRig;
 using testing::WriteText;
 
 class FakeTable : public TrackListUi {
-public:
+  public:
     std::vector<std::string> names;
     int beeps = 0, deselected = 0;
     bool checked = false;
@@ -114,13 +115,16 @@ TEST(TrackList, RowsReadAsAPassScheduleInViewFirstThenByNextAOS) {
         s.secondsToLOS = toLOS;
         return s;
     };
-    std::vector<SatelliteSlot> rows = {make("late", false, true, 5000, 0), make("none", false, false, 0, 0),
-                                       make("setting", true, true, 0, 120), make("soon", false, true, 600, 0),
-                                       make("up", true, true, 0, 500), make("also-soon", false, true, 600, 0)};
-    std::stable_sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) { return a.compare(b) < 0; });
+    std::vector<SatelliteSlot> rows = {
+        make("late", false, true, 5000, 0),  make("none", false, false, 0, 0),
+        make("setting", true, true, 0, 120), make("soon", false, true, 600, 0),
+        make("up", true, true, 0, 500),      make("also-soon", false, true, 600, 0)};
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](const auto& a, const auto& b) { return a.compare(b) < 0; });
     std::vector<std::string> order;
     for (const auto& r : rows) order.push_back(r.satelliteName);
-    EXPECT_EQ(order, (std::vector<std::string>{"setting", "up", "also-soon", "soon", "late", "none"}));
+    EXPECT_EQ(order,
+              (std::vector<std::string>{"setting", "up", "also-soon", "soon", "late", "none"}));
 }
 
 TEST(TrackList, RowTextsFollowTheUnitsAndTheKeys) {

@@ -14,7 +14,8 @@ using testing::Station;
 
 TEST(OverTheAir, WaitsForAClearChannelThenKeysSpeaksAndUnkeys) {
     const testing::Elements e = testing::Leo();
-    Station station(testing::ElementSetText("PASSAT", e), testing::ModeBlock("PASSAT", "Pass Sat", 5));
+    Station station(testing::ElementSetText("PASSAT", e),
+                    testing::ModeBlock("PASSAT", "Pass Sat", 5));
     sim::GatewayBoard board;
     sim::PtyServer line;
     ASSERT_TRUE(line.open());
@@ -23,7 +24,9 @@ TEST(OverTheAir, WaitsForAClearChannelThenKeysSpeaksAndUnkeys) {
     board.dropCarrierAfterReads(5);
     testing::FastSerialClock fast;
     std::vector<bool> keyedWhileSpeaking;
-    station.speech.onSpeak = [&](const std::string&) { keyedWhileSpeaking.push_back(board.keyed()); };
+    station.speech.onSpeak = [&](const std::string&) {
+        keyedWhileSpeaking.push_back(board.keyed());
+    };
 
     station.clock.now = testing::Seconds(2026, 11, 21, 6);
     station.app->awakeFromNib();

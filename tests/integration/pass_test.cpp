@@ -27,8 +27,9 @@ constexpr uint8_t kIc910Address = 0x60;
 constexpr double kParkAzimuth = 90.0;
 
 int CountContaining(const std::vector<std::string>& said, const std::string& part) {
-    return static_cast<int>(
-        std::count_if(said.begin(), said.end(), [&](const std::string& s) { return s.find(part) != std::string::npos; }));
+    return static_cast<int>(std::count_if(said.begin(), said.end(), [&](const std::string& s) {
+        return s.find(part) != std::string::npos;
+    }));
 }
 
 TEST(WholePass, WarnedTunedAndSteeredFromFourHoursBeforeAOSToLOS) {
@@ -36,7 +37,8 @@ TEST(WholePass, WarnedTunedAndSteeredFromFourHoursBeforeAOSToLOS) {
     uint32_t aos = 0, los = 0;
     // A pass with more than four quiet hours before it, so that every warning
     // is about this one.
-    ASSERT_TRUE(testing::FindPass(e, testing::Seconds(2026, 11, 21, 0), 20.0, 70.0, &aos, &los, 14400 + 120));
+    ASSERT_TRUE(testing::FindPass(e, testing::Seconds(2026, 11, 21, 0), 20.0, 70.0, &aos, &los,
+                                  14400 + 120));
     Station station(testing::ElementSetText("PASSAT", e),
                     testing::ModeBlock("PASSAT", "Pass Sat", 5, 145.95, 435.85, "JA_SSB") +
                         testing::BetweenPassesBlock());
@@ -96,7 +98,9 @@ TEST(WholePass, WarnedTunedAndSteeredFromFourHoursBeforeAOSToLOS) {
     station.tickAt(aos - 60);
     const double satelliteAzimuth = station.sat(0)->azimuthDegs;
     std::vector<sim::RotorCommand> commands;
-    for (int i = 0; i < 400 && (commands = sim::RotorSimSnapshot(&rotor).commands).size() == parkedCommands; ++i)
+    for (int i = 0;
+         i < 400 && (commands = sim::RotorSimSnapshot(&rotor).commands).size() == parkedCommands;
+         ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     ASSERT_EQ(commands.size(), parkedCommands + 1);
     EXPECT_NEAR(commands.back().azimuth, satelliteAzimuth, 1.0);
@@ -120,8 +124,10 @@ TEST(WholePass, WarnedTunedAndSteeredFromFourHoursBeforeAOSToLOS) {
         const sim::IcomSimState s = radio.state();
         const VFORec& vfo = station.app->vfo();
         ASSERT_NE(vfo.dopplerRX, 0.0);
-        EXPECT_EQ(s.main.vfo[s.main.current].hertz, RadioHertz(vfo.down)) << t - aos << " s into the pass";
-        EXPECT_EQ(s.sub.vfo[s.sub.current].hertz, RadioHertz(vfo.up)) << t - aos << " s into the pass";
+        EXPECT_EQ(s.main.vfo[s.main.current].hertz, RadioHertz(vfo.down))
+            << t - aos << " s into the pass";
+        EXPECT_EQ(s.sub.vfo[s.sub.current].hertz, RadioHertz(vfo.up))
+            << t - aos << " s into the pass";
         passMode = s.main.vfo[s.main.current].mode;
         ++tunedTicks;
     }
@@ -138,7 +144,8 @@ TEST(WholePass, WarnedTunedAndSteeredFromFourHoursBeforeAOSToLOS) {
     EXPECT_NE(passMode, sim::kSimFM);
 
     // The rotor followed one degree at a time, then went back to park.
-    for (int i = 0; i < 400 && sim::RotorSimSnapshot(&rotor).commands.back().azimuth != kParkAzimuth; ++i)
+    for (int i = 0;
+         i < 400 && sim::RotorSimSnapshot(&rotor).commands.back().azimuth != kParkAzimuth; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     commands = sim::RotorSimSnapshot(&rotor).commands;
     EXPECT_EQ(commands.back().azimuth, kParkAzimuth);
@@ -160,7 +167,9 @@ TEST(WholePass, WarnedTunedAndSteeredFromFourHoursBeforeAOSToLOS) {
     EXPECT_EQ(CountContaining(said, ",, with a maximum elevation of "), 7) << all;
     EXPECT_EQ(std::count(said.begin(), said.end(), "Pass Sat is visible"), 1);
     EXPECT_EQ(std::count(said.begin(), said.end(), "Pass Sat is no longer visible"), 1);
-    EXPECT_GE(CountContaining(said, " degrees, rising") + CountContaining(said, " degrees, descending"), 1);
+    EXPECT_GE(
+        CountContaining(said, " degrees, rising") + CountContaining(said, " degrees, descending"),
+        1);
     const std::vector<int32_t> played = station.sounds.played();
     EXPECT_EQ(std::count(played.begin(), played.end(), Announcement::kRotor), 1);
     EXPECT_EQ(std::count(played.begin(), played.end(), Announcement::kAOS), 1);

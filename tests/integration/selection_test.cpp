@@ -25,7 +25,8 @@ TEST(AutomaticSelection, EarliestAOSThenPriorityAcrossThreeSatellites) {
     if (aos2 < aos1) std::swap(first, second);
     // ALPHA rises first with the worst priority; BRAVO and CHARLIE share
     // an orbit, so their AOS is the same.
-    Station station(testing::ElementSetText("ALPHA", first) + testing::ElementSetText("BRAVO", second) +
+    Station station(testing::ElementSetText("ALPHA", first) +
+                        testing::ElementSetText("BRAVO", second) +
                         testing::ElementSetText("CHARLIE", second),
                     testing::ModeBlock("ALPHA", "", 9) + testing::ModeBlock("BRAVO", "", 6) +
                         testing::ModeBlock("CHARLIE", "", 2));

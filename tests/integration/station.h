@@ -24,7 +24,7 @@
 namespace veloran::testing {
 
 class RecordingSpeech : public Speech {
-public:
+  public:
     // Called on the announcement thread as each sentence starts.
     std::function<void(const std::string&)> onSpeak;
     void speak(const std::string& text) override {
@@ -39,13 +39,13 @@ public:
         return said_;
     }
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::vector<std::string> said_;
 };
 
 class RecordingSounds : public SoundPlayer {
-public:
+  public:
     void play(int32_t sound) override {
         std::lock_guard<std::mutex> lock(mutex_);
         played_.push_back(sound);
@@ -56,14 +56,14 @@ public:
         return played_;
     }
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::vector<int32_t> played_;
 };
 
 // Every wait of the announcement thread is a short real pause.
 class FastSleeper : public TickSleeper {
-public:
+  public:
     void sleepTicks(int) override { std::this_thread::sleep_for(std::chrono::microseconds(100)); }
 };
 
@@ -72,16 +72,18 @@ public:
 // in a few thousand loops instead of real seconds. Reads still wait for the
 // device in real pauses of 0.1 ms.
 class FastSerialClock {
-public:
+  public:
     FastSerialClock() {
         system_ = *RealSerialSystem();
-        system_.microseconds = [] { return RealSerialSystem()->microseconds() + (skipped() += 50.0); };
+        system_.microseconds = [] {
+            return RealSerialSystem()->microseconds() + (skipped() += 50.0);
+        };
         system_.idle = [](double) { RealSerialSystem()->idle(100.0); };
         SetSerialSystem(&system_);
     }
     ~FastSerialClock() { SetSerialSystem(nullptr); }
 
-private:
+  private:
     static std::atomic<double>& skipped() {
         static std::atomic<double> value{0.0};
         return value;
@@ -91,14 +93,17 @@ private:
 
 // A modes-file block for a satellite with one FM mode.
 inline std::string ModeBlock(const std::string& name, const std::string& speakName, int priority,
-                             double up = 145.85, double down = 436.795, const char* cmode = "J_FM") {
+                             double up = 145.85, double down = 436.795,
+                             const char* cmode = "J_FM") {
     char text[1024];
-    std::snprintf(text, sizeof text,
-                  "Satellite:\t%s\nChannel: \tFM\nUplink:  \t%f\nDownlink:\t%f\nCMode:   \t%s\nBeacon:  \t0.000000\n"
-                  "Tone:    \t0\nCTone:   \t0\nTxVrtrUp: \t0.000000\nTxVrtrDn: \t0.000000\nBeamUp:   \t0.00\n"
-                  "BeamDwn:  \t0.00\nTrackHours:\t111111111111111111111111\nSpeakName:\t%s\nEnabled:\t1\n"
-                  "Priority:\t%d\n\n",
-                  name.c_str(), up, down, cmode, speakName.c_str(), priority);
+    std::snprintf(
+        text, sizeof text,
+        "Satellite:\t%s\nChannel: \tFM\nUplink:  \t%f\nDownlink:\t%f\nCMode:   \t%s\nBeacon:  "
+        "\t0.000000\n"
+        "Tone:    \t0\nCTone:   \t0\nTxVrtrUp: \t0.000000\nTxVrtrDn: \t0.000000\nBeamUp:   \t0.00\n"
+        "BeamDwn:  \t0.00\nTrackHours:\t111111111111111111111111\nSpeakName:\t%s\nEnabled:\t1\n"
+        "Priority:\t%d\n\n",
+        name.c_str(), up, down, cmode, speakName.c_str(), priority);
     return text;
 }
 
@@ -176,8 +181,8 @@ struct Station {
 // quietSeconds, the pass must also follow at least that long after the
 // previous one (or after `from`), so that every warning before it is about
 // this pass.
-inline bool FindPass(const Elements& e, uint32_t from, double lowest, double highest, uint32_t* aos, uint32_t* los,
-                     uint32_t quietSeconds = 0) {
+inline bool FindPass(const Elements& e, uint32_t from, double lowest, double highest, uint32_t* aos,
+                     uint32_t* los, uint32_t quietSeconds = 0) {
     SiteRec site = MakeSite(43.7064, 79.2442, 200.0);
     auto sun = LoadSun(&site);
     auto rec = LoadRecord("PASS", e, &site);
@@ -185,7 +190,8 @@ inline bool FindPass(const Elements& e, uint32_t from, double lowest, double hig
     uint32_t previousLOS = from;
     for (int pass = 0; pass < 200; ++pass) {
         sunCalcTask(s, sun.get(), nullptr, &site);
-        SatelliteCalculationsV(EpochTime(s), kSatelliteSearchSpan, rec.get(), &site, 0, s, sun.get());
+        SatelliteCalculationsV(EpochTime(s), kSatelliteSearchSpan, rec.get(), &site, 0, s,
+                               sun.get());
         if (rec->AOS) {
             s += 600;
             previousLOS = s;

@@ -18,7 +18,8 @@ TEST(Unplugged, RadioLostMidPassIsSwitchedOffWhileTrackingGoesOn) {
     const testing::Elements e = testing::Leo();
     uint32_t aos = 0, los = 0;
     ASSERT_TRUE(testing::FindPass(e, testing::Seconds(2026, 11, 21, 0), 20.0, 90.0, &aos, &los));
-    Station station(testing::ElementSetText("PASSAT", e), testing::ModeBlock("PASSAT", "Pass Sat", 5));
+    Station station(testing::ElementSetText("PASSAT", e),
+                    testing::ModeBlock("PASSAT", "Pass Sat", 5));
     sim::SimulatedRadio radio(sim::RadioModel::FT847);
     ASSERT_TRUE(radio.open());
 
