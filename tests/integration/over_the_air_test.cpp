@@ -24,7 +24,10 @@ TEST(OverTheAir, WaitsForAClearChannelThenKeysSpeaksAndUnkeys) {
     board.dropCarrierAfterReads(5);
     testing::FastSerialClock fast;
     std::vector<bool> keyedWhileSpeaking;
+    // A real board has switched long before the second the program waits;
+    // the simulated one is given the time to read what was sent.
     station.speech.onSpeak = [&](const std::string&) {
+        line.waitIdle();
         keyedWhileSpeaking.push_back(board.keyed());
     };
 
@@ -42,6 +45,7 @@ TEST(OverTheAir, WaitsForAClearChannelThenKeysSpeaksAndUnkeys) {
     ASSERT_EQ(station.site().gateway_enabled, 1);
     station.app->NextSatelliteAnnouncement();
     station.drainAnnouncements();
+    line.waitIdle();
 
     const std::vector<std::string> said = station.speech.said();
     ASSERT_EQ(said.size(), 1u);
