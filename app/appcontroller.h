@@ -111,11 +111,12 @@ class AppController {
     // The user picked a mode in the channel pop-up.
     void modeChanged();
     // Sets the program up for a new main satellite: offsets, the channel
-    // pop-up and its remembered choice.
+    // pop-up and its remembered choice, the next-satellite announcement,
+    // the radio panel's title, the radio tuned with force, the rotor.
     void HandleNewSatellite();
-    // Retunes the radio to the selected mode (force = 1 also sets modes and
-    // tones). The tuning controller joins here; until then there is no
-    // radio to tune.
+    // Retunes the radio to the selected mode of the main satellite (force
+    // = 1 also sets modes and tones). A failing radio is switched off with
+    // a beep.
     void updateVFO(int force);
 
     // --- Places (places.cpp) ---
