@@ -162,6 +162,10 @@ class AppController {
     bool windowShouldClose();
     void openNewWindow();
     bool windowOpen() const { return windowIsOpen; }
+    // Whether a menu item is enabled, by its action's name ("openNewWindow",
+    // "radioDriverChanged", ...) and tag: the radio driver with tag 9 never
+    // is, and opening the window only while it is hidden.
+    bool validateMenuItem(const std::string& action, int tag) const;
     void displayTrackListChanged(bool on);
     void followSatChanged(bool on);
     void zoomedin();

@@ -263,6 +263,13 @@ void AppController::openNewWindow() {
     windowIsOpen = true;
 }
 
+bool AppController::validateMenuItem(const std::string& action, int tag) const {
+    // Driver 9 has stayed disabled in the menu on purpose.
+    if (action == "radioDriverChanged" && tag == 9) return false;
+    if (action == "openNewWindow") return !windowIsOpen;
+    return true;
+}
+
 void AppController::displayTrackListChanged(bool on) {
     mSite.displayTrackList = on;
     services_.defaults->setBool(prefkeys::kTrackListDisplayed, on);

@@ -115,6 +115,16 @@ TEST(Tick, StoredMapWidthSetsTheZoomButtonsAndZoomKeepsThemRight) {
     EXPECT_EQ(rig.ui.zoomIn, 1);
 }
 
+TEST(Tick, MenuItems) {
+    TickRig rig;
+    rig.app->awakeFromNib();
+    EXPECT_FALSE(rig.app->validateMenuItem("radioDriverChanged", 9));
+    EXPECT_TRUE(rig.app->validateMenuItem("radioDriverChanged", 7));
+    EXPECT_FALSE(rig.app->validateMenuItem("openNewWindow", 0));
+    rig.app->windowShouldClose();
+    EXPECT_TRUE(rig.app->validateMenuItem("openNewWindow", 0));
+}
+
 TEST(Tick, SwitchesAreStoredUnderTheirKeys) {
     TickRig rig;
     rig.app->awakeFromNib();
