@@ -117,10 +117,9 @@ class UserInterface {
     virtual void setSMeter(int /*level*/) {}
     virtual void setElevationControl(int /*value*/) {}
     virtual void setRotorPanel(const std::string& /*azimuth*/, const std::string& /*elevation*/) {}
-    // The debug, speech, track-list and follow check boxes.
+    // The debug and speech check boxes (and the speech menu item).
     virtual void setDebugChecked(bool /*on*/) {}
     virtual void setSpeechChecked(bool /*on*/) {}
-    virtual void setTrackListChecked(bool /*on*/) {}
     // The map zoom buttons.
     virtual void setZoomButtons(bool /*zoomInEnabled*/, bool /*zoomOutEnabled*/) {}
     // The zoom changed the map's width (pixels); its visible rectangle
@@ -131,11 +130,12 @@ class UserInterface {
     virtual bool mapVisibleRect(double* /*rect4*/) const { return false; }
     // The main window shown or hidden (it is never really closed).
     virtual void showMainWindow(bool /*shown*/) {}
-    // The selected tabs: map tab view (0 world map, 1 globe, -1 none) and
-    // track-list tab view (0 track list, 1 horizon).
-    virtual int mapTabIndex() const { return 0; }
-    virtual int trackListTabIndex() const { return 0; }
-    // The drawing of the visible views for this tick; see ViewFrame.
+    // The drawing of this tick, only while the window is open: the horizon
+    // (every tracked satellite) when its tab shows, the world map (follow
+    // switch, tracked and enabled satellites' paths when displayTrackList,
+    // the main satellite's path and ground track, the site mark with
+    // frame.flipped) or the globe when theirs does. The first frame also
+    // carries the map width and the stored visible rectangle.
     virtual void drawViews(const ViewFrame& /*frame*/) {}
 };
 
