@@ -152,8 +152,11 @@ class AppController {
     // Saves the settings (only while the window is open). Ports stay as
     // they are. Does not stop the announcement thread: stopAnnouncements.
     void applicationWillTerminate();
-    // Ends the announcement thread and waits for it (after the current
-    // sentence). The runner calls it last, before destroying the controller.
+    // Ends the announcement thread and waits for it: the current
+    // announcement is finished first, and one waiting for a clear channel
+    // on the gateway can take up to its limit (21600 ticks, six minutes).
+    // The runner calls it last; the destructor does too. Queued items not
+    // yet spoken are dropped.
     void stopAnnouncements();
     // The time slider moved to `minutes` off real time: runs a tick at once.
     void timeSlid(int minutes);
@@ -171,7 +174,8 @@ class AppController {
     void zoomedin();
     void zoomedout();
     int32_t mapFrameWidth() const { return m2DMapFrameWidth; }
-    // The tick's instant (seconds since 1904) and epoch day.
+    // The last tick's instant, seconds since 1904 (real time plus the
+    // time slider's minutes).
     uint32_t timeBaseSecs() const { return mTimeBaseSecs; }
 
     // --- Selection (selection.cpp) ---
