@@ -12,7 +12,10 @@ AppController::AppController(const Services& services, const DataPaths& paths)
       paths_(paths),
       mAllSats(new SatRec[kMaxSatellites]()),
       BPSatRec(new SatRec()),
-      EXITSatRec(new SatRec()) {
+      EXITSatRec(new SatRec()),
+      mPortNames(new PortNameRecord[kMaxSerialPorts]()) {
+    mRadioUi.app = this;
+    mRotorUi.app = this;
     InitSatRec(BPSatRec.get());
     InitSatRec(EXITSatRec.get());
     SetSiteDefaults(&mSite);
@@ -43,10 +46,26 @@ void AppController::debugLog(const char* format, ...) const {
 }
 
 void AppController::announce(const std::string& text) {
-    if (!mSite.wants_speech || services_.announcer == nullptr) return;
+    if (mSite.wants_speech) queue(text, Announcement::kNone, false, false);
+}
+
+Announcer* AppController::announcer() {
+    return services_.announcer != nullptr ? services_.announcer : &mAnnouncements;
+}
+
+void AppController::queue(const std::string& text, int32_t sound, bool transmit, bool waitForCOR) {
     Announcement item;
     item.text = text;
-    services_.announcer->queueAnnouncement(item);
+    item.sound = sound;
+    item.transmit = transmit;
+    item.waitForCOR = waitForCOR;
+    announcer()->queueAnnouncement(item);
+}
+
+void AppController::publishAnnouncementSettings() {
+    mAnnouncementSettings.gatewayFd = mSite.gatewayPortFileDescriptor;
+    mAnnouncementSettings.wantsSounds = mSite.wants_sounds != 0;
+    mAnnouncementSettings.debug = mSite.debug != 0;
 }
 
 void AppController::GetSiteRec(SiteRec* site) const {

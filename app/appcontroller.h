@@ -9,12 +9,17 @@
 #include <string>
 #include <vector>
 
+#include "app/announcements.h"
 #include "app/interfaces.h"
 #include "data/files.h"
 #include "data/locations.h"
 #include "data/settings.h"
 #include "engine/satrec.h"
 #include "engine/siterec.h"
+#include "radio/ports.h"
+#include "radio/radioui.h"
+#include "radio/vforec.h"
+#include "rotor/rotorui.h"
 
 namespace veloran {
 
@@ -35,12 +40,24 @@ struct Services {
     FileChooser* files = nullptr;
     Downloader* downloader = nullptr;
     const Clock* clock = nullptr;
+    // Leave null in the application: the controller's own queue is then
+    // used and spoken by its announcement thread. Tests may record here.
     Announcer* announcer = nullptr;
     FILE* log = stderr;
+    // The announcement thread's outlets; without speech no thread starts.
+    Speech* speech = nullptr;
+    SoundPlayer* sounds = nullptr;
+    // Where serial ports are found at start-up; null finds none.
+    SerialPortList* ports = nullptr;
+    // The announcement thread's waits and gateway; null: real ones.
+    TickSleeper* sleeper = nullptr;
+    GatewayLine* gateway = nullptr;
+    // Shown in the version line and the radio's log lines.
+    std::string versionString = "1.0";
 };
 
 class AppController {
-public:
+  public:
     AppController(const Services& services, const DataPaths& paths);
     AppController(const AppController&) = delete;
     AppController& operator=(const AppController&) = delete;
@@ -94,11 +111,12 @@ public:
     // The user picked a mode in the channel pop-up.
     void modeChanged();
     // Sets the program up for a new main satellite: offsets, the channel
-    // pop-up and its remembered choice.
+    // pop-up and its remembered choice, the next-satellite announcement,
+    // the radio panel's title, the radio tuned with force, the rotor.
     void HandleNewSatellite();
-    // Retunes the radio to the selected mode (force = 1 also sets modes and
-    // tones). The tuning controller joins here; until then there is no
-    // radio to tune.
+    // Retunes the radio to the selected mode of the main satellite (force
+    // = 1 also sets modes and tones). A failing radio is switched off with
+    // a beep.
     void updateVFO(int force);
 
     // --- Places (places.cpp) ---
@@ -122,6 +140,94 @@ public:
     void SaveTweaks(int index);
     void LoadTweaks(int index);
 
+    // --- Start-up, the ticks, the window, quitting (tick.cpp) ---
+
+    // The start-up sequence. Starts the announcement thread when speech
+    // is given; the runner then starts its 1 s and 15 s timers.
+    void awakeFromNib();
+    // The one-second tick.
+    void mainTimerTasks();
+    // The fifteen-second Sun and Moon tick.
+    void sunCalcTask();
+    // Saves the settings (only while the window is open). Ports stay as
+    // they are. Does not stop the announcement thread: stopAnnouncements.
+    void applicationWillTerminate();
+    // Ends the announcement thread and waits for it: the current
+    // announcement is finished first, and one waiting for a clear channel
+    // on the gateway can take up to its limit (21600 ticks, six minutes).
+    // The runner calls it last; the destructor does too. Queued items not
+    // yet spoken are dropped.
+    void stopAnnouncements();
+    // The time slider moved to `minutes` off real time: runs a tick at once.
+    void timeSlid(int minutes);
+    int timeSliderMinutes() const { return mTimeSliderMinutes; }
+    // The window is hidden, never closed: always false.
+    bool windowShouldClose();
+    void openNewWindow();
+    bool windowOpen() const { return windowIsOpen; }
+    // Whether a menu item is enabled, by its action's name ("openNewWindow",
+    // "radioDriverChanged", ...) and tag: the radio driver with tag 9 never
+    // is, and opening the window only while it is hidden.
+    bool validateMenuItem(const std::string& action, int tag) const;
+    void displayTrackListChanged(bool on);
+    void followSatChanged(bool on);
+    void zoomedin();
+    void zoomedout();
+    int32_t mapFrameWidth() const { return m2DMapFrameWidth; }
+    // The last tick's instant, seconds since 1904 (real time plus the
+    // time slider's minutes).
+    uint32_t timeBaseSecs() const { return mTimeBaseSecs; }
+
+    // --- Selection (selection.cpp) ---
+
+    // Automatic choice from the track list: the earliest AOS among tracked,
+    // enabled satellites with a predicted pass; lower priority on a tie.
+    // True when the main satellite changed.
+    bool findNextSatInList();
+    // AOS and LOS of the main satellite, the warnings before a pass, the
+    // per-second radio and rotor update of a pass, the Doppler shifts.
+    void CheckVisibility();
+    void setTrackList(bool on);
+    bool trackListInUse() const { return mUseTrackList; }
+    void selectSatelliteWithIndex(int index);
+    int selectedSatelliteIndex() const { return mMainSatNum - 1; }
+    void MarkSatelliteTracked(int index, bool flag);
+
+    // --- Announcements (announcements of the controller, selection.cpp) ---
+
+    void NextSatelliteAnnouncement();
+    void speechChanged();
+    // The name spoken for a satellite: its speakName, else its name.
+    static std::string FixSatNameForAgnes(const SatRec& sat);
+    // The controller's own queue (the thread speaks it).
+    AnnouncementQueue& announcementQueue() { return mAnnouncements; }
+
+    // --- Radio (radioactions.cpp) ---
+
+    void openCloseRadio(bool checked);
+    void openCloseGateway(bool checked);
+    void updateVFOPanel();
+    void displaySatName();
+    void updateRadioPrefsPanel();
+    void uplinkClicked(double value);
+    void downlinkClicked(double value);
+    void vfoSliderMoved(double value);
+    void fullDopplerTuningChanged(bool on);
+    void vfoLockChanged(bool on);
+    void beaconChanged(bool on);
+    void radioDriverChanged(int index);
+    // A typed device path joins the port table; its index, -1 when full.
+    int addTypedPort(const char* path);
+    const VFORec& vfo() const { return mVFO; }
+    const PortNameRecord* portNames() const { return mPortNames.get(); }
+
+    // --- Rotor (rotoractions.cpp) ---
+
+    void updateRotors();
+    void az_el_Moved(bool manualSwitchOn, int azimuth, int elevation);
+    void openCloseRotor(bool checked);
+    void updateRotorPanel();
+
     // --- State ---
 
     int32_t mainSatNum() const { return mMainSatNum; }
@@ -133,7 +239,34 @@ public:
     const ViewPrefs& viewPrefs() const { return mViewPrefs; }
     const DataPaths& paths() const { return paths_; }
 
-private:
+  private:
+    // The window's outlets as the radio and rotor code sees them.
+    struct RadioOutlets : RadioUi {
+        AppController* app = nullptr;
+        void beep() override;
+        void setRadioChecked(bool on) override;
+        void setGatewayChecked(bool on) override;
+        void setSMeter(int level) override;
+        void storeBool(const char* key, bool value) override;
+    };
+    struct RotorOutlets : RotorUi {
+        AppController* app = nullptr;
+        void beep() override;
+        void setRotorChecked(bool on) override;
+        void setElevationControl(int value) override;
+        void setRotorPanel(const char* azimuthText, const char* elevationText) override;
+        void storeBool(const char* key, bool value) override;
+    };
+
+    // The queue announcements go to: the test's recorder or our own.
+    Announcer* announcer();
+    void queue(const std::string& text, int32_t sound, bool transmit, bool waitForCOR);
+    // The announcement thread's copies of the site's fields.
+    void publishAnnouncementSettings();
+    // The timed warning and the next-satellite sentence share their tail.
+    std::string passSentence(const SatRec& sat, const char* lead) const;
+    void showStatusTexts();
+    void showTrimsAndFrequencies();
     // The entry for index (-1, -2 the pseudo-records); null outside the table.
     SatRec* record(int index);
     const SatRec* record(int index) const;
@@ -155,18 +288,43 @@ private:
 
     std::unique_ptr<SatRec[]> mAllSats;  // kMaxSatellites entries
     int32_t mTotalSats = 0;
-    int32_t mMoonNum = 0;                 // the Sun's entry index, as the rest of the program reads it
-    int32_t mSunNum = 0;                  // one past the Sun's entry
-    std::unique_ptr<SatRec> BPSatRec;     // modes applied between passes
-    std::unique_ptr<SatRec> EXITSatRec;   // modes applied when the program exits
+    int32_t mMoonNum = 0;              // the Sun's entry index, as the rest of the program reads it
+    int32_t mSunNum = 0;               // one past the Sun's entry
+    std::unique_ptr<SatRec> BPSatRec;  // modes applied between passes
+    std::unique_ptr<SatRec> EXITSatRec;  // modes applied when the program exits
     int32_t mCycleSatNum = 1;
     int32_t mMainSatNum = 1;
     bool mRefreshModes = true;
-    std::string mModesSource;             // the modes file of the last load, empty when none was read
+    std::string mModesSource;  // the modes file of the last load, empty when none was read
     bool newSatellite = false;
     SiteRec mSite{};
     ViewPrefs mViewPrefs;
     PlacesList mLocations;
+
+    VFORec mVFO{};
+    std::unique_ptr<PortNameRecord[]> mPortNames;  // kMaxSerialPorts entries
+    RadioOutlets mRadioUi;
+    RotorOutlets mRotorUi;
+    uint32_t mTimeBaseSecs = 0;
+    uint32_t mProgramStartSecs = 0;
+    int mTimeSliderMinutes = 0;
+    bool windowIsOpen = true;
+    bool mFirstTimeMainTimerTask = true;
+    bool mUseTrackList = false;
+    bool mSaveTweaksLater = false;
+    int32_t mWarningIntervalMinutes = 0;
+    bool mGiveOneMinuteWarning = false;
+    int32_t mLastSat = -1;
+    int32_t m2DMapFrameWidth = 1024;
+    double lastPosition = 0;    // the VFO slider's last position
+    double mUplinkStepper = 0;  // the trim steppers' last values, MHz
+    double mDownlinkStepper = 0;
+
+    AnnouncementQueue mAnnouncements;
+    AnnouncementSettings mAnnouncementSettings;
+    RealTickSleeper mRealSleeper;
+    GatewayLine mRealGateway;
+    std::unique_ptr<AnnouncementSpeaker> mSpeaker;
 };
 
 }  // namespace veloran

@@ -7,16 +7,36 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "data/userdefaults.h"
+#include "engine/satrec.h"
 #include "engine/siterec.h"
 
 namespace veloran {
 
+// What the tick hands the drawing once a second, only while the window is
+// open: the records are the controller's own and valid during the call only.
+struct ViewFrame {
+    double epoch = 0;              // epoch day of the tick
+    uint32_t timeBaseSecs = 0;     // the tick's instant, seconds since 1904
+    const SatRec* sats = nullptr;  // entries 0 .. totalSats-1
+    int32_t totalSats = 0;
+    int32_t mainSatNum = 0;  // 1-based
+    const SiteRec* site = nullptr;
+    bool flipped = false;  // the site mark's flip (no manual case)
+    bool firstTick = false;
+    // First tick only: the map width and the stored visible rectangle
+    // ("2D_Visible_Rect"); hasStoredRect is false when none was stored.
+    int32_t mapFrameWidth = 1024;
+    bool hasStoredRect = false;
+    double rect[4] = {0, 0, 0, 0};  // x, y, width, height
+};
+
 // The main window's outlets: pop-ups, text fields, alerts, beeps. Every call
 // comes from the core thread; an implementation forwards it to its window.
 class UserInterface {
-public:
+  public:
     virtual ~UserInterface() = default;
 
     // The satellite pop-up (item 0 is "Add Satellite", item k satellite k).
@@ -27,7 +47,8 @@ public:
     virtual void setKepsDateText(const std::string& text) = 0;
 
     // A modal alert with one button.
-    virtual void alert(const std::string& title, const std::string& message, const std::string& button) = 0;
+    virtual void alert(const std::string& title, const std::string& message,
+                       const std::string& button) = 0;
     // The system beep of a refused action.
     virtual void beep() = 0;
 
@@ -44,7 +65,8 @@ public:
     virtual void addLocationItem(const std::string& name) = 0;
     // The selected place, -1 for none.
     virtual int selectedLocationIndex() const = 0;
-    virtual void showLocation(const std::string& name, const std::string& latitude, const std::string& longitude) = 0;
+    virtual void showLocation(const std::string& name, const std::string& latitude,
+                              const std::string& longitude) = 0;
     // The add-place sheet: its five fields as typed, and closing it.
     virtual void readLocationSheet(std::string* city, std::string* state, std::string* country,
                                    std::string* latitude, std::string* longitude) const = 0;
@@ -52,11 +74,74 @@ public:
 
     // The settings shown in the controls (start-up and after "Cancel").
     virtual void showSettings(const SiteRec& site) = 0;
+
+    // --- Outlets of the one-second tick and the device actions. A window
+    // shows them; a station without a screen may ignore every one. ---
+
+    // The clock line; red while the time slider is off zero.
+    virtual void setClockLine(const std::string& /*text*/, bool /*red*/) {}
+    // "Path Loss: ... <call> v<version>".
+    virtual void setVersionLine(const std::string& /*text*/) {}
+    // "Next: ... Length: ... Elev:/MaxE: ...".
+    virtual void setMapStatus(const std::string& /*text*/) {}
+    // "Inverting Transponder" / "Non-Inverting Transponder" and the
+    // full-Doppler check box beside it.
+    virtual void setTransponderLine(const std::string& /*text*/, bool /*fullDopplerChecked*/,
+                                    bool /*fullDopplerEnabled*/) {}
+    // The four figures of the main satellite, already formatted.
+    virtual void setSatelliteFigures(const std::string& /*altitude*/,
+                                     const std::string& /*velocity*/,
+                                     const std::string& /*maxElevation*/,
+                                     const std::string& /*range*/) {}
+    // "Manual", "Flipped" or "Not Flipped".
+    virtual void setFlipLine(const std::string& /*text*/) {}
+    // The radio panel's title, "Veloran: <name>".
+    virtual void setRadioPanelTitle(const std::string& /*text*/) {}
+    // The radio panel: both frequencies (formatFreq), both trims ("%01.5f"),
+    // "Uplink: ..." and "Downlink: ...".
+    virtual void setVfoPanel(const std::string& /*uplink*/, const std::string& /*downlink*/,
+                             const std::string& /*uplinkTrim*/, const std::string& /*downlinkTrim*/,
+                             const std::string& /*uplinkLine*/,
+                             const std::string& /*downlinkLine*/) {}
+    // The two trim steppers' values, MHz.
+    virtual void setTrimSteppers(double /*uplink*/, double /*downlink*/) {}
+    // Which controls of the radio preferences the chosen model uses.
+    virtual void setRadioPrefsControls(bool /*icomAddress*/, bool /*sMeter*/,
+                                       bool /*dialTracking*/) {}
+    // The three port pop-ups' items (radio, rotor, gateway share the list).
+    virtual void setSerialPortItems(const std::vector<std::string>& /*names*/) {}
+    // Device check boxes, the S-meter and the rotor panel.
+    virtual void setRadioChecked(bool /*on*/) {}
+    virtual void setGatewayChecked(bool /*on*/) {}
+    virtual void setRotorChecked(bool /*on*/) {}
+    virtual void setSMeter(int /*level*/) {}
+    virtual void setElevationControl(int /*value*/) {}
+    virtual void setRotorPanel(const std::string& /*azimuth*/, const std::string& /*elevation*/) {}
+    // The debug and speech check boxes (and the speech menu item).
+    virtual void setDebugChecked(bool /*on*/) {}
+    virtual void setSpeechChecked(bool /*on*/) {}
+    // The map zoom buttons.
+    virtual void setZoomButtons(bool /*zoomInEnabled*/, bool /*zoomOutEnabled*/) {}
+    // The zoom changed the map's width (pixels); its visible rectangle
+    // scales by `scale` (2 in, 0.5 out).
+    virtual void zoomMap(int32_t /*width*/, double /*scale*/) {}
+    // The map's visible area now (x, y, width, height), saved at quit as
+    // "2D_Visible_Rect"; false when there is no map.
+    virtual bool mapVisibleRect(double* /*rect4*/) const { return false; }
+    // The main window shown or hidden (it is never really closed).
+    virtual void showMainWindow(bool /*shown*/) {}
+    // The drawing of this tick, only while the window is open: the horizon
+    // (every tracked satellite) when its tab shows, the world map (follow
+    // switch, tracked and enabled satellites' paths when displayTrackList,
+    // the main satellite's path and ground track, the site mark with
+    // frame.flipped) or the globe when theirs does. The first frame also
+    // carries the map width and the stored visible rectangle.
+    virtual void drawViews(const ViewFrame& /*frame*/) {}
 };
 
 // The open and save panels.
 class FileChooser {
-public:
+  public:
     virtual ~FileChooser() = default;
     // One existing file, any type. False when cancelled.
     virtual bool chooseFileToOpen(std::string* path) = 0;
@@ -68,16 +153,17 @@ public:
 // An HTTP download to a file. The completion arrives later, on the core
 // thread, as AppController::downloadDidFinish or downloadDidFail.
 class Downloader {
-public:
+  public:
     virtual ~Downloader() = default;
     // Starts fetching url into destination (overwriting it); false when the
     // download cannot be created.
-    virtual bool start(const std::string& url, const std::string& destination, double timeoutSeconds) = 0;
+    virtual bool start(const std::string& url, const std::string& destination,
+                       double timeoutSeconds) = 0;
 };
 
 // Wall-clock time in the time base of the engine (seconds since 1904).
 class Clock {
-public:
+  public:
     virtual ~Clock() = default;
     virtual uint32_t dateTimeUTC() const = 0;
     // Local time: UTC plus the machine's GMT offset, as QFGetDateTime has it.
@@ -86,7 +172,7 @@ public:
 
 // The machine's clock.
 class SystemClock : public Clock {
-public:
+  public:
     uint32_t dateTimeUTC() const override;
     uint32_t dateTime() const override;
 };
@@ -104,7 +190,7 @@ struct Announcement {
 // the announcement thread only; stop may come from the core thread. A
 // machine without a speech engine gets an implementation that stays silent.
 class Speech {
-public:
+  public:
     virtual ~Speech() = default;
     // Starts speaking and returns at once.
     virtual void speak(const std::string& text) = 0;
@@ -116,7 +202,7 @@ public:
 // The four chimes (announce.wav, AOS.wav, LOS.wav, rotor.wav), played from
 // the announcement thread. A missing sound plays as silence.
 class SoundPlayer {
-public:
+  public:
     virtual ~SoundPlayer() = default;
     // Starts one of Announcement::kAnnounce .. kRotor; others do nothing.
     virtual void play(int32_t sound) = 0;
@@ -125,7 +211,7 @@ public:
 
 // The producer side of the announcement queue.
 class Announcer {
-public:
+  public:
     virtual ~Announcer() = default;
     virtual void queueAnnouncement(const Announcement& item) = 0;
 };

@@ -12,7 +12,9 @@ namespace {
 
 // The user's modes file is moved aside, never deleted, before it is replaced
 // or reset: hours of hand work stay recoverable.
-std::string BackupPath(const std::string& path) { return path + ".bak"; }
+std::string BackupPath(const std::string& path) {
+    return path + ".bak";
+}
 
 }  // namespace
 
@@ -25,7 +27,8 @@ void AppController::writeModeFile(const std::string& path) {
     ModesFile source;
     std::string kept;
     if (!mModesSource.empty() && source.load(mModesSource)) kept = source.blocksNotIn(inTable);
-    if (!WriteModeFile(path, mAllSats.get(), mTotalSats, *BPSatRec, *EXITSatRec, kept) && services_.log != nullptr)
+    if (!WriteModeFile(path, mAllSats.get(), mTotalSats, *BPSatRec, *EXITSatRec, kept) &&
+        services_.log != nullptr)
         std::fprintf(services_.log, "cannot write the modes file %s\n", path.c_str());
 }
 
@@ -58,7 +61,8 @@ void AppController::importModes() {
     if (FileExists(chosen)) {
         if (FileExists(userModes)) CopyFileAtomically(userModes, BackupPath(userModes));
         if (!CopyFileAtomically(chosen, userModes))
-            services_.ui->alert("The modes were not imported.", "Cannot write " + userModes + ".", "OK");
+            services_.ui->alert("The modes were not imported.", "Cannot write " + userModes + ".",
+                                "OK");
     }
     reloadModes(mainSat);
 }
@@ -73,7 +77,9 @@ void AppController::reloadModes(int32_t mainSatNum) {
 
 void AppController::exportModes() {
     std::string path;
-    if (services_.files == nullptr || !services_.files->chooseFileToSave("Veloran Modes.txt", &path)) return;
+    if (services_.files == nullptr ||
+        !services_.files->chooseFileToSave("Veloran Modes.txt", &path))
+        return;
     writeModeFile(path);
 }
 
@@ -101,7 +107,8 @@ void AppController::HandleNewSatellite() {
     if (sat->numberOfActiveChannels < 1) {
         ui->addChannelItem("No Modes");
     } else {
-        for (int m = 0; m < sat->numberOfActiveChannels && m < kMaxModes; ++m) ui->addChannelItem(sat->modes[m].channel);
+        for (int m = 0; m < sat->numberOfActiveChannels && m < kMaxModes; ++m)
+            ui->addChannelItem(sat->modes[m].channel);
         // A stored choice outside the mode table (a hand-edited settings
         // file) falls back to the first mode.
         const int32_t remembered = services_.defaults->integerForKey(sat->name);
@@ -109,8 +116,10 @@ void AppController::HandleNewSatellite() {
         if (ui->channelItemCount() > 0 && sat->selectedModeIndex < ui->channelItemCount())
             ui->selectChannelItem(sat->selectedModeIndex);
     }
+    NextSatelliteAnnouncement();
+    displaySatName();
+    updateVFO(1);
+    updateRotors();
 }
-
-void AppController::updateVFO(int force) { (void)force; }
 
 }  // namespace veloran

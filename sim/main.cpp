@@ -2,13 +2,15 @@
 // program without hardware. Prints the device path to give the program, then
 // runs until interrupted.
 
+#include <strings.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <strings.h>
 #include <string>
 #include <thread>
 
+#include "sim/gateway_sim.h"
 #include "sim/icom_sim.h"
 #include "sim/radio_sim.h"
 #include "sim/rotor_sim_main.h"
@@ -24,9 +26,11 @@ void onSignal(int) {
 int usage(FILE* out) {
     std::fprintf(out,
                  "usage: veloran-sim radio MODEL [--silent] [--verbose]\n"
-                 "       veloran-sim radio ic910|ic821|ic706 [--address 0xNN] [--transmitting] [--silent] [--garbage]\n"
+                 "       veloran-sim radio ic910|ic821|ic706 [--address 0xNN] [--transmitting] "
+                 "[--silent] [--garbage]\n"
                  "       veloran-sim radio ts2000 [--silent] [--garbage] [--packet]\n"
                  "       veloran-sim rotor PROTOCOL [--speed DEG_PER_S] [--az DEG] [--el DEG]\n"
+                 "       veloran-sim gateway [--carrier]\n"
                  "  MODEL: ft847, ft817, ft100d, ft736r, vr5000\n"
                  "  PROTOCOL: gs232, autotracker, easycomm, klm, sartek, satel, dcu1, spid, pt\n"
                  "  --silent   decode and record, never answer (a radio that has gone quiet)\n"
@@ -49,6 +53,8 @@ void printState(const veloran::sim::RadioState& s) {
 int main(int argc, char** argv) {
     if (argc >= 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0))
         return usage(stdout);
+    if (argc >= 2 && std::strcmp(argv[1], "gateway") == 0)
+        return veloran::sim::RunGatewaySimulator(argc - 2, argv + 2);
     if (argc >= 2 && std::strcmp(argv[1], "rotor") == 0)
         return veloran::sim::RunRotorSimulator(argc - 2, argv + 2);
     if (argc < 3 || std::strcmp(argv[1], "radio") != 0) return usage(stderr);

@@ -14,7 +14,7 @@
 namespace veloran::testing {
 
 class FakeUserInterface : public UserInterface {
-public:
+  public:
     std::vector<std::string> satelliteItems;
     std::string kepsDate;
     std::vector<std::string> alerts;  // "title|message|button"
@@ -32,7 +32,8 @@ public:
     void removeAllSatelliteItems() override { satelliteItems.clear(); }
     void addSatelliteItem(const std::string& name) override { satelliteItems.push_back(name); }
     void setKepsDateText(const std::string& text) override { kepsDate = text; }
-    void alert(const std::string& title, const std::string& message, const std::string& button) override {
+    void alert(const std::string& title, const std::string& message,
+               const std::string& button) override {
         alerts.push_back(title + "|" + message + "|" + button);
     }
     void beep() override { ++beeps; }
@@ -45,11 +46,12 @@ public:
     void removeAllLocationItems() override { locationItems.clear(); }
     void addLocationItem(const std::string& name) override { locationItems.push_back(name); }
     int selectedLocationIndex() const override { return selectedLocation; }
-    void showLocation(const std::string& name, const std::string& lat, const std::string& lon) override {
+    void showLocation(const std::string& name, const std::string& lat,
+                      const std::string& lon) override {
         shownLocation = name + "|" + lat + "|" + lon;
     }
-    void readLocationSheet(std::string* city, std::string* state, std::string* country, std::string* lat,
-                           std::string* lon) const override {
+    void readLocationSheet(std::string* city, std::string* state, std::string* country,
+                           std::string* lat, std::string* lon) const override {
         *city = sheet[0];
         *state = sheet[1];
         *country = sheet[2];
@@ -58,10 +60,64 @@ public:
     }
     void closeLocationSheet() override { ++sheetsClosed; }
     void showSettings(const SiteRec&) override { ++settingsShown; }
+
+    std::string clockLine;
+    bool clockRed = false;
+    std::string versionLine, mapStatus, transponder, flipLine, panelTitle;
+    bool fullDopplerChecked = false, fullDopplerEnabled = false;
+    std::string figures[4];  // altitude, velocity, max elevation, range
+    std::string vfoPanel[6];
+    bool radioChecked = false, rotorChecked = false, gatewayChecked = false;
+    int zoomIn = -1, zoomOut = -1;  // -1: never set
+    bool windowShown = true;
+    int framesDrawn = 0;
+    std::vector<std::string> portItems;
+    bool hasMapRect = false;
+    double mapRect[4] = {0, 0, 0, 0};
+
+    void setClockLine(const std::string& text, bool red) override {
+        clockLine = text;
+        clockRed = red;
+    }
+    void setVersionLine(const std::string& text) override { versionLine = text; }
+    void setMapStatus(const std::string& text) override { mapStatus = text; }
+    void setTransponderLine(const std::string& text, bool checked, bool enabled) override {
+        transponder = text;
+        fullDopplerChecked = checked;
+        fullDopplerEnabled = enabled;
+    }
+    void setSatelliteFigures(const std::string& a, const std::string& v, const std::string& m,
+                             const std::string& r) override {
+        figures[0] = a;
+        figures[1] = v;
+        figures[2] = m;
+        figures[3] = r;
+    }
+    void setFlipLine(const std::string& text) override { flipLine = text; }
+    void setRadioPanelTitle(const std::string& text) override { panelTitle = text; }
+    void setVfoPanel(const std::string& a, const std::string& b, const std::string& c,
+                     const std::string& d, const std::string& e, const std::string& f) override {
+        const std::string texts[6] = {a, b, c, d, e, f};
+        for (int i = 0; i < 6; ++i) vfoPanel[i] = texts[i];
+    }
+    void setSerialPortItems(const std::vector<std::string>& names) override { portItems = names; }
+    void setRadioChecked(bool on) override { radioChecked = on; }
+    void setGatewayChecked(bool on) override { gatewayChecked = on; }
+    void setRotorChecked(bool on) override { rotorChecked = on; }
+    void setZoomButtons(bool in, bool out) override {
+        zoomIn = in;
+        zoomOut = out;
+    }
+    bool mapVisibleRect(double* rect) const override {
+        for (int i = 0; i < 4; ++i) rect[i] = mapRect[i];
+        return hasMapRect;
+    }
+    void showMainWindow(bool shown) override { windowShown = shown; }
+    void drawViews(const ViewFrame&) override { ++framesDrawn; }
 };
 
 class FakeFileChooser : public FileChooser {
-public:
+  public:
     std::string answer;  // empty: the user cancels
     std::string proposed;
     bool chooseFileToOpen(std::string* path) override {
@@ -76,7 +132,7 @@ public:
 };
 
 class FakeDownloader : public Downloader {
-public:
+  public:
     bool accept = true;
     std::string url, destination;
     double timeout = 0;
@@ -89,7 +145,7 @@ public:
 };
 
 class FakeClock : public Clock {
-public:
+  public:
     // 2026-11-21 12:00:00, in seconds since 1904.
     uint32_t now = 3878107200u;
     uint32_t dateTimeUTC() const override { return now; }
@@ -97,9 +153,13 @@ public:
 };
 
 class FakeAnnouncer : public Announcer {
-public:
+  public:
     std::vector<std::string> spoken;
-    void queueAnnouncement(const Announcement& item) override { spoken.push_back(item.text); }
+    std::vector<Announcement> items;
+    void queueAnnouncement(const Announcement& item) override {
+        spoken.push_back(item.text);
+        items.push_back(item);
+    }
 };
 
 // A controller over a scratch data folder seeded from the bundled resources.
@@ -157,8 +217,12 @@ inline std::string ElementSets(int n, const char* lineEnd = "\n") {
     std::string text;
     for (int i = 0; i < n; ++i) {
         text += "S" + std::to_string(i) + lineEnd;
-        text += std::string("1 25544U 98067A   26320.50000000  .00012000  00000-0  10000-3 0  9995") + lineEnd;
-        text += std::string("2 25544  51.6390 245.7770 0005800  42.2150 317.9220 15.50100000498305") + lineEnd;
+        text +=
+            std::string("1 25544U 98067A   26320.50000000  .00012000  00000-0  10000-3 0  9995") +
+            lineEnd;
+        text +=
+            std::string("2 25544  51.6390 245.7770 0005800  42.2150 317.9220 15.50100000498305") +
+            lineEnd;
     }
     return text;
 }

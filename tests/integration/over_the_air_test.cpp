@@ -1,0 +1,68 @@
+// An announcement over the air: the core queues it, the announcement thread
+// waits on the simulated gateway board until the channel has been clear for
+// a second, keys the transmitter, speaks, and unkeys.
+
+#include <gtest/gtest.h>
+
+#include "sim/gateway_sim.h"
+#include "station.h"
+
+namespace veloran {
+namespace {
+
+using testing::Station;
+
+TEST(OverTheAir, WaitsForAClearChannelThenKeysSpeaksAndUnkeys) {
+    const testing::Elements e = testing::Leo();
+    Station station(testing::ElementSetText("PASSAT", e),
+                    testing::ModeBlock("PASSAT", "Pass Sat", 5));
+    sim::GatewayBoard board;
+    sim::PtyServer line;
+    ASSERT_TRUE(line.open());
+    line.start(&board);
+    board.setCarrier(true);  // someone is talking
+    board.dropCarrierAfterReads(5);
+    testing::FastSerialClock fast;
+    std::vector<bool> keyedWhileSpeaking;
+    // A real board has switched long before the second the program waits;
+    // the simulated one is given the time to read what was sent.
+    station.speech.onSpeak = [&](const std::string&) {
+        line.waitIdle();
+        keyedWhileSpeaking.push_back(board.keyed());
+    };
+
+    station.clock.now = testing::Seconds(2026, 11, 21, 6);
+    station.app->awakeFromNib();
+    station.app->mainTimerTasks();
+    const int port = station.app->addTypedPort(line.path().c_str());
+    station.setSite([&](SiteRec* s) {
+        s->gatewayPort = port;
+        s->gatewayBaud = 5;
+        s->commandDelay = 0;
+        s->wants_speech = 1;
+    });
+    station.app->openCloseGateway(true);
+    ASSERT_EQ(station.site().gateway_enabled, 1);
+    station.app->NextSatelliteAnnouncement();
+    station.drainAnnouncements();
+    line.waitIdle();
+
+    const std::vector<std::string> said = station.speech.said();
+    ASSERT_EQ(said.size(), 1u);
+    EXPECT_EQ(said[0].rfind("Pass Sat will be visible in ", 0), 0u) << said[0];
+    EXPECT_EQ(keyedWhileSpeaking, std::vector<bool>{true});
+    EXPECT_FALSE(board.keyedOverCarrier());
+    EXPECT_FALSE(board.keyed());
+    EXPECT_EQ(board.carrierReads(), 6);  // four busy, then clear twice a second apart
+
+    const std::vector<std::string> commands = board.commands();
+    ASSERT_GE(commands.size(), 5u);
+    EXPECT_EQ(commands.front(), "CPA11111110");
+    EXPECT_EQ(commands[1], "RPA1");
+    const std::vector<std::string> tail(commands.end() - 4, commands.end());
+    EXPECT_EQ(tail, (std::vector<std::string>{"CPA11111110", "RESPA0", "CPA11111110", "SETPA0"}));
+    line.stop();
+}
+
+}  // namespace
+}  // namespace veloran
