@@ -1,12 +1,12 @@
 // The radio table: one row per model of the radio pop-up, and the common
 // start every set-frequencies driver makes.
 //
-// The AOR receiver (16) plugs in here when its driver lands; until then its
-// row can be chosen but fails the first tuning, which switches the radio off
-// with a beep.
+// Row 13 (TS-790) is never connected: choosing it makes every tuning fail,
+// which switches the radio off with a beep.
 
 #include <cmath>
 
+#include "radio/aor.h"
 #include "radio/driver.h"
 #include "radio/icom.h"
 #include "radio/kenwood.h"
@@ -61,8 +61,8 @@ const RadioDriver kRadios[kRadioCount] = {
      dialWithoutAddress<DownLinkChangedTS2000>, nullptr},
     {"TS-50", StartTS50, KillTS50, withoutAddress<SetTS50VFO>, nullptr, 0.0,
      dialWithoutAddress<DownLinkChangedTS50>, nullptr},
-    // SetAORVFO / SquelchedAOR
-    {"AOR AR8000", nullptr, nullptr, nullptr, nullptr, kYaesuSMeter, nullptr, nullptr},
+    {"AOR AR8000", nullptr, nullptr, withoutAddress<SetAORVFO>, SquelchedAOR, kYaesuSMeter, nullptr,
+     nullptr},
 };
 
 }  // namespace
