@@ -51,7 +51,7 @@ void GatewayLine::pushToTalk(int fd, int on, bool debug) {
 
 int GatewayLine::waitForRadio(int fd, unsigned long limitTicks, unsigned long* waitedTicks,
                               bool debug) {
-    return veloran::waitForRadio(fd, kCORLine, limitTicks, waitedTicks, debug);
+    return veloran::waitForRadio(fd, kCORLine, limitTicks, waitedTicks, debug, cancel);
 }
 
 AnnouncementSpeaker::AnnouncementSpeaker(AnnouncementQueue* queue,
@@ -64,7 +64,9 @@ AnnouncementSpeaker::AnnouncementSpeaker(AnnouncementQueue* queue,
       sounds_(sounds),
       sleeper_(sleeper),
       gateway_(gateway),
-      log_(log) {}
+      log_(log) {
+    if (gateway_ != nullptr) gateway_->cancel = &stop_;
+}
 
 AnnouncementSpeaker::~AnnouncementSpeaker() {
     stop();
@@ -123,6 +125,7 @@ void AnnouncementSpeaker::makeTheAnnouncement(const Announcement* item) {
                 gateway_->pushToTalk(fd, 1, debug);
                 sleeper_->sleepTicks(kTicksPerSecond);
             }
+            if (stopping()) return;  // quitting: the transmitter was never keyed
             char shown[48];
             std::snprintf(shown, sizeof shown, "%.1f seconds",
                           static_cast<double>(waited) / kTicksPerSecond);

@@ -64,6 +64,9 @@ class GatewayLine {
     // time it took.
     virtual int waitForRadio(int fd, unsigned long limitTicks, unsigned long* waitedTicks,
                              bool debug);
+    // Set by the speaker: a wait gives up soon after this turns true, so
+    // that quitting never waits out the six-minute limit.
+    const std::atomic<bool>* cancel = nullptr;
 };
 
 // What the announcement thread reads of the site record. The core thread

@@ -153,8 +153,9 @@ class AppController {
     // they are. Does not stop the announcement thread: stopAnnouncements.
     void applicationWillTerminate();
     // Ends the announcement thread and waits for it: the current
-    // announcement is finished first, and one waiting for a clear channel
-    // on the gateway can take up to its limit (21600 ticks, six minutes).
+    // announcement is finished first, except that one still waiting for a
+    // clear channel on the gateway gives up (within a poll of the board)
+    // without keying.
     // The runner calls it last; the destructor does too. Queued items not
     // yet spoken are dropped.
     void stopAnnouncements();

@@ -293,7 +293,7 @@ void pushToTalk(int fd, int line, int on, bool debug) {
 }
 
 int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks,
-                 bool debug) {
+                 bool debug, const std::atomic<bool>* cancel) {
     if (fd == -1) return 1;
     const unsigned long start = SerialTicks();
     if (elapsedTicks) *elapsedTicks = 0;
@@ -304,6 +304,7 @@ int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* el
     unsigned char reply[4];
     for (;;) {
         if (SerialTicks() > start + timeoutTicks) return 0;
+        if (cancel != nullptr && cancel->load()) return 0;  // the program is quitting
         sendRadioCommand(fd, query, queryLength, debug);
         if (readRadioResponse(fd, reply, 2, 60, debug) < 2) return 0;
         if (reply[0] != '0') continue;

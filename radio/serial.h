@@ -7,6 +7,7 @@
 #include <sys/types.h>
 #include <termios.h>
 
+#include <atomic>
 #include <cstdint>
 
 namespace veloran {
@@ -84,9 +85,10 @@ int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTi
 void pushToTalk(int fd, int line, int on, bool debug);
 // 1 once input line `line` has read "0" (carrier-operated relay quiet) twice a
 // second apart, with the ticks waited in *elapsedTicks; 0 on time-out or when
-// the board stops answering. A closed port (-1) returns 1 at once.
+// the board stops answering, or (0 within about two seconds) once *cancel
+// turns true. A closed port (-1) returns 1 at once.
 int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks,
-                 bool debug);
+                 bool debug, const std::atomic<bool>* cancel = nullptr);
 
 // "%02X " per byte into `text` (3 x count + 1 bytes). Null pointers: nothing.
 void hexString(const unsigned char* bytes, char* text, int count);

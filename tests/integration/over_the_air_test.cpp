@@ -4,6 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
+#include "app/announcements.h"
+#include "radio/serial.h"
 #include "sim/gateway_sim.h"
 #include "station.h"
 
@@ -61,6 +66,43 @@ TEST(OverTheAir, WaitsForAClearChannelThenKeysSpeaksAndUnkeys) {
     EXPECT_EQ(commands[1], "RPA1");
     const std::vector<std::string> tail(commands.end() - 4, commands.end());
     EXPECT_EQ(tail, (std::vector<std::string>{"CPA11111110", "RESPA0", "CPA11111110", "SETPA0"}));
+    line.stop();
+}
+
+TEST(OverTheAir, QuittingDoesNotWaitOutABusyChannel) {
+    // Someone holds the channel for good: the announcement waits, and the
+    // program is told to quit. The wait gives up at once instead of after its
+    // six-minute limit, and the transmitter is never keyed.
+    sim::GatewayBoard board;
+    sim::PtyServer line;
+    ASSERT_TRUE(line.open());
+    line.start(&board);
+    board.setCarrier(true);
+    SetCommandDelay(0);
+    const int fd = openSerialPort(line.path().c_str(), 5, 0, false);
+    ASSERT_NE(fd, -1);
+    AnnouncementQueue queue;
+    AnnouncementSettings settings;
+    settings.gatewayFd = fd;
+    testing::RecordingSpeech speech;
+    testing::RecordingSounds sounds;
+    testing::FastSleeper sleeper;
+    GatewayLine gateway;
+    AnnouncementSpeaker speaker(&queue, &settings, &speech, &sounds, &sleeper, &gateway, nullptr);
+    Announcement warning;
+    warning.text = "Pass Sat will be visible in 5 minutes,";
+    warning.transmit = true;
+    warning.waitForCOR = true;
+    queue.queueAnnouncement(warning);
+    speaker.start();
+    for (int i = 0; i < 1000 && board.carrierReads() < 2; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_GE(board.carrierReads(), 2) << "the thread is waiting for the channel";
+    speaker.stop();  // returns within a poll of the board
+    EXPECT_FALSE(board.keyed());
+    EXPECT_FALSE(board.keyedOverCarrier());
+    EXPECT_TRUE(speech.said().empty()) << "nothing is spoken on the way out";
+    closeSerialPort(fd, false);
     line.stop();
 }
 
