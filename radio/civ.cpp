@@ -19,7 +19,6 @@ namespace {
 constexpr double kCivByteMicroseconds = 2000.0;
 constexpr double kCivFrameMicroseconds = 8000.0;
 constexpr int kCivEchoTicks = 30;
-constexpr int kFlushCount = 255;
 
 int startFrame(uint8_t address, unsigned char* buffer, uint8_t command) {
     buffer[0] = kCivPreamble;
@@ -37,11 +36,6 @@ int appendData(unsigned char* buffer, int at, const unsigned char* data, int n) 
     }
     buffer[at++] = kCivEndOfMessage;
     return at;
-}
-
-void flushInput(int fd, bool debug) {
-    unsigned char scrap[kFlushCount + 1];
-    readRadioResponse(fd, scrap, kFlushCount, 0, debug);
 }
 
 // One byte onto the line through the serial layer, with its command delay held
@@ -126,7 +120,7 @@ int SendIcomRadioCommand(int fd, const unsigned char* bytes, int count, bool deb
     if (count <= 0 || !bytes) return 0;
     if (fd == -1)
         return sendRadioCommand(fd, bytes, count, debug);  // the serial layer logs the closed port
-    flushInput(fd, debug);
+    flushRadioInput(fd, debug);
     // The CI-V bus is one wire: every byte we send comes straight back to us,
     // so each echo is read before the next byte goes out. Once the echoed end
     // of message is seen the echo is complete; a missing echo costs its
@@ -189,7 +183,7 @@ void SetIcomFrequency(int fd, uint8_t address, uint32_t hertz, bool debug) {
 
 uint32_t GetIcomRadioDownLinkCycles(int fd, uint8_t address, bool debug) {
     if (fd == -1) return 0;
-    flushInput(fd, debug);
+    flushRadioInput(fd, debug);
     unsigned char frame[kCivMaxFrame];
     const int length = IcomCommandNoSubNoData(address, frame, kCivReadFrequency);
     SendIcomRadioCommand(fd, frame, length, debug);
@@ -210,7 +204,7 @@ void IcomCommand(int fd, uint8_t address, uint8_t command, uint8_t sub, const un
     const int length = hasData && data ? IcomCommandNoSubData(address, frame, command, data, 5)
                                        : IcomCommandSubNoData(address, frame, command, sub);
     SendIcomRadioCommand(fd, frame, length, debug);
-    flushInput(fd, debug);
+    flushRadioInput(fd, debug);
 }
 
 void SendTone(int fd, uint8_t address, int toneIndex, bool debug) {

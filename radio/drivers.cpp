@@ -57,8 +57,8 @@ const RadioDriver kRadios[kRadioCount] = {
     {"IC-706MKIIG", nullptr, nullptr, Set706VFO, nullptr, 0.0, nullptr, nullptr},
     // Never connected: choosing it makes every tuning fail on purpose.
     {"TS-790", nullptr, nullptr, nullptr, nullptr, 0.0, nullptr, nullptr},
-    {"TS-2000", StartTS2000, KillTS2000, withoutAddress<SetTS2000VFO>, SquelchedTS2000, kTs2000SMeter,
-     dialWithoutAddress<DownLinkChangedTS2000>, nullptr},
+    {"TS-2000", StartTS2000, KillTS2000, withoutAddress<SetTS2000VFO>, SquelchedTS2000,
+     kTs2000SMeter, dialWithoutAddress<DownLinkChangedTS2000>, nullptr},
     {"TS-50", StartTS50, KillTS50, withoutAddress<SetTS50VFO>, nullptr, 0.0,
      dialWithoutAddress<DownLinkChangedTS50>, nullptr},
     {"AOR AR8000", nullptr, nullptr, withoutAddress<SetAORVFO>, SquelchedAOR, kYaesuSMeter, nullptr,

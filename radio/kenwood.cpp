@@ -35,7 +35,6 @@ constexpr long long kSatCheckOtherHz = 59111111;
 // been driven.
 constexpr double kVfoGapMicroseconds = 13000.0;
 
-constexpr int kFlushCount = 255;
 constexpr int kFrequencyDigits = 11;
 
 struct KenwoodState {
@@ -44,14 +43,9 @@ struct KenwoodState {
 };
 KenwoodState gKenwood = {};
 
-void flush(int fd, bool debug) {
-    unsigned char scrap[kFlushCount + 1];
-    readRadioResponse(fd, scrap, kFlushCount, 0, debug);
-}
-
 // Every command goes out after whatever the radio sent before is dropped.
 void send(int fd, const char* text, bool debug) {
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     sendRadioCommand(fd, text, static_cast<int>(std::strlen(text)), debug);
 }
 
@@ -174,15 +168,14 @@ void Kenwood11Digits(long long value, char* text) {
 
 void StartTS2000(int fd, bool debug) {
     if (fd == -1) return;
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     // A radio left in packet (terminal) mode answers a bare carriage return;
     // "TC 1;" takes it back to computer control.
     send(fd, "\r", debug);
-    unsigned char scrap[kFlushCount + 1];
-    gKenwood.start.sPacketWasOn = readRadioResponse(fd, scrap, kFlushCount, 0, debug) > 0;
+    gKenwood.start.sPacketWasOn = flushRadioInput(fd, debug) > 0;
     if (gKenwood.start.sPacketWasOn) {
         send(fd, "TC 1;", debug);
-        flush(fd, debug);
+        flushRadioInput(fd, debug);
     }
     char reply[8];
     const int cm = ask(fd, "CM;", reply, 4, 30, debug);
@@ -201,14 +194,14 @@ int SetTS2000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, 
     uint32_t up = 0;
     uint32_t down = 0;
     if (!DriverCommonStart(&gKenwood.ts2000, upMHz, downMHz, force, &up, &down)) return 1;
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     if (force) {
         send(fd, kSatOff, debug);
         char reply[8];
         if (ask(fd, "FR;", reply, 4, 20, debug) < 4) return 0;
         if (reply[2] != '0') {
             send(fd, "FR0;", debug);
-            flush(fd, debug);
+            flushRadioInput(fd, debug);
         }
         DoTone(fd, 0, debug);
         DoCTone(fd, 0, debug);
@@ -227,67 +220,67 @@ int SetTS2000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, 
             setUpSatellite(fd, megahertz(up), megahertz(down), commMode, debug);
     }
     Set_Kenwood_VFOS(fd, up, down, debug);
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     return 1;
 }
 
 void Set_Kenwood_VFOS(int fd, uint32_t upHz, uint32_t downHz, bool debug) {
     if (fd == -1) return;
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     if (upHz != 0) sendNumbered(fd, "FB%011lld;", upHz, debug);
     MicrosecondDelay(kVfoGapMicroseconds, 1);
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     if (downHz != 0) sendNumbered(fd, "FA%011lld;", downHz, debug);
 }
 
 void CheckSatMode(int fd, double upMHz, double downMHz, bool debug) {
     if (fd == -1) return;
     if (Band(upMHz) == -1 || Band(downMHz) == -1) return;
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     sendNumbered(fd, "FA%011lld;", Band(upMHz) == 1 ? kSatCheckHfUplinkHz : kSatCheckOtherHz,
                  debug);
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
 }
 
 void DoTone(int fd, int index, bool debug) {
     if (fd == -1) return;
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     char reply[8];
     if (ask(fd, "TO;", reply, 4, 30, debug) < 4) return;
     if (index != 0) {
         if (reply[2] == '0') {
             sendNumbered(fd, "TN%02lld;", index, debug);
-            flush(fd, debug);
+            flushRadioInput(fd, debug);
             send(fd, "TO1;", debug);
         }
     } else if (reply[2] == '1') {
         send(fd, "TO0;", debug);
     }
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
 }
 
 void DoCTone(int fd, int index, bool debug) {
     if (fd == -1) return;
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     char reply[8];
     if (ask(fd, "CT;", reply, 4, 20, debug) < 4) return;
     if (index == 0 && reply[2] == '1') {
         send(fd, "CT0;", debug);
     } else if (index != 0 && reply[2] == '0') {
         sendNumbered(fd, "CN%02lld;", index, debug);
-        flush(fd, debug);
+        flushRadioInput(fd, debug);
         send(fd, "CT1;", debug);
     }
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
 }
 
 void SetSplit(int fd, bool on, bool debug) {
     if (fd == -1) return;
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     send(fd, "FR0;", debug);
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     send(fd, on ? "FT1;" : "FT0;", debug);
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
 }
 
 int SquelchedTS2000(int fd, VFORec* vfo, bool debug) {
@@ -308,7 +301,7 @@ int SquelchedTS2000(int fd, VFORec* vfo, bool debug) {
 
 int DownLinkChangedTS2000(int fd, int32_t* changeHz, bool debug) {
     if (fd == -1) return 0;
-    flush(fd, debug);
+    flushRadioInput(fd, debug);
     char reply[40];
     if (ask(fd, "IF;", reply, 38, 30, debug) < 38) return 0;
     char digits[kFrequencyDigits + 1];

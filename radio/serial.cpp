@@ -105,11 +105,6 @@ int bitsPerSecondOf(speed_t speed) {
     return static_cast<int>(speed);
 }
 
-void flushGateway(int fd, bool debug) {
-    unsigned char reply[kFlushCount + 1];
-    readRadioResponse(fd, reply, kFlushCount, 0, debug);
-}
-
 }  // namespace
 
 // Linux termios has no 14400 or 28800 bit/s constant; those rows keep the
@@ -283,13 +278,13 @@ int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTi
 void pushToTalk(int fd, int line, int on, bool debug) {
     if (fd == -1) return;
     sendRadioCommand(fd, kGatewayConfigurePortA, kGatewayConfigureLength, debug);
-    flushGateway(fd, debug);
+    flushRadioInput(fd, debug);
     // Active-low: transmitting resets the line, receiving sets it.
     char command[32];
     const int length =
         std::snprintf(command, sizeof command, "%s%d\r", on == 1 ? "RESPA" : "SETPA", line);
     sendRadioCommand(fd, command, length, debug);
-    flushGateway(fd, debug);
+    flushRadioInput(fd, debug);
 }
 
 int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks,
@@ -298,7 +293,7 @@ int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* el
     const unsigned long start = SerialTicks();
     if (elapsedTicks) *elapsedTicks = 0;
     sendRadioCommand(fd, kGatewayConfigurePortA, kGatewayConfigureLength, debug);
-    flushGateway(fd, debug);
+    flushRadioInput(fd, debug);
     char query[32];
     const int queryLength = std::snprintf(query, sizeof query, "RPA%d\r", line);
     unsigned char reply[4];
@@ -361,6 +356,11 @@ void NumToHex(unsigned long number, char* text, int width) {
 void HexToNum(const char* text, unsigned long* result) {
     if (!text || !result) return;
     std::sscanf(text, "%8lx", result);
+}
+
+int flushRadioInput(int fd, bool debug) {
+    unsigned char scrap[kFlushCount + 1];
+    return readRadioResponse(fd, scrap, kFlushCount, 0, debug);
 }
 
 }  // namespace veloran

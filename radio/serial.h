@@ -74,6 +74,11 @@ inline int sendRadioCommand(int fd, const char* text, int count, bool debug) {
     return sendRadioCommand(fd, reinterpret_cast<const unsigned char*>(text), count, debug);
 }
 
+// Reads and discards whatever the device has sent, without waiting (a stale
+// reply must not be taken for the answer to the next command). Returns how
+// many bytes were thrown away.
+int flushRadioInput(int fd, bool debug);
+
 // Polls for up to `maxCount` bytes until `timeoutTicks` (1/60 s) have passed;
 // a time-out of 0 makes exactly one read. The buffer gets a terminating zero
 // after the data, so it must hold maxCount + 1 bytes. Returns the count read;

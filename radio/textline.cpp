@@ -8,16 +8,8 @@
 
 namespace veloran {
 
-namespace {
-
-constexpr int kFlushCount = 255;
-
-}  // namespace
-
 void TextLine::flush() {
-    if (!ok) return;
-    unsigned char reply[kFlushCount + 1];
-    readRadioResponse(fd, reply, kFlushCount, 0, debug);
+    if (ok) flushRadioInput(fd, debug);
 }
 
 void TextLine::send(const char* text) {

@@ -29,9 +29,7 @@ void CatLine::block(const unsigned char* five) {
 }
 
 void CatLine::flush() {
-    if (!ok) return;
-    unsigned char reply[kFlushCount + 1];
-    readRadioResponse(fd, reply, kFlushCount, 0, debug);
+    if (ok) flushRadioInput(fd, debug);
 }
 
 int CatLine::read(unsigned char* reply, int count, int ticks) {

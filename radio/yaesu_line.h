@@ -34,8 +34,6 @@ constexpr uint8_t kModeCW = 0x02;
 constexpr uint8_t kModeAM = 0x04;
 constexpr uint8_t kModeFM = 0x08;
 
-constexpr int kFlushCount = 255;
-
 struct State {
     LastSent ft736, ft847, ft817, ft100, vr5000;
     bool sSatMode;               // the FT-847 is in satellite mode
