@@ -119,12 +119,6 @@ class HeadlessUi : public SilentUserInterface, public TrackListUi {
     int selected_ = 0;
 };
 
-std::string Duration(uint32_t secs) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%u:%02u:%02u", secs / 3600, secs / 60 % 60, secs % 60);
-    return text;
-}
-
 // "2026/11/21 18:30:05 UTC  AO-7  Az 123.4  El  12.3  LOS in 0:05:12  Up 435.12345  Down 145.92345"
 void PrintStatusLine(const AppController& controller) {
     char clock[32];
@@ -140,11 +134,11 @@ void PrintStatusLine(const AppController& controller) {
     }
     std::string next;
     if (sat->AOS || sat->elevationDegs >= 0.0)
-        next = sat->secondsToLOS ? "LOS in " + Duration(sat->secondsToLOS) : "in view";
+        next = sat->secondsToLOS ? "LOS in " + FormatDuration(sat->secondsToLOS) : "in view";
     else if (sat->secondsToAOS == kSecondsToAOSUnknown)
         next = "no AOS within 18 h";
     else
-        next = "AOS in " + Duration(sat->secondsToAOS);
+        next = "AOS in " + FormatDuration(sat->secondsToAOS);
     const VFORec& vfo = controller.vfo();
     std::printf("%s UTC%s  %-10s Az %5.1f  El %5.1f  %-16s Up %.5f  Down %.5f\n", clock,
                 virtualMark, sat->name, sat->azimuthDegs, sat->elevationDegs, next.c_str(), vfo.up,
@@ -159,20 +153,6 @@ int FindSatellite(const AppController& controller, const std::string& name) {
         if (strcasecmp(sat->name, name.c_str()) == 0) return i;
     }
     return -1;
-}
-
-std::vector<std::string> SplitComma(const std::string& list) {
-    std::vector<std::string> names;
-    size_t start = 0;
-    while (start <= list.size()) {
-        const size_t comma = list.find(',', start);
-        const std::string name =
-            list.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
-        if (!name.empty()) names.push_back(name);
-        if (comma == std::string::npos) break;
-        start = comma + 1;
-    }
-    return names;
 }
 
 void PrintHeadlessHelp(FILE* out) {
@@ -206,11 +186,7 @@ int RunHeadless(int argc, char** argv) {
     const std::vector<std::string> known = {
         "--config-dir", "--data-dir",   "--time-offset", "--sat",        "--track",       "--auto",
         "--radio",      "--radio-port", "--rotor",       "--rotor-port", "--gateway-port"};
-    for (const auto& option : args.options) {
-        bool ok = false;
-        for (const auto& k : known) ok = ok || option.first == k;
-        if (!ok) return Fail("unknown option " + option.first + " (try --headless --help)");
-    }
+    if (!CheckOptions(args, known)) return kUsageError;
     if (!args.positional.empty()) return Fail("--headless takes no file: " + args.positional[0]);
     double offset = 0, radio = -1, rotor = -1;
     if (!ParseNumber(args, "--time-offset", 0, &offset) ||
@@ -251,7 +227,7 @@ int RunHeadless(int argc, char** argv) {
     if (rotor >= 0) defaults.override("rotor", std::to_string(static_cast<int>(rotor)));
     if (args.has("--track")) {
         std::string list;
-        for (const std::string& n : SplitComma(args.value("--track"))) list += n + " ";
+        for (const std::string& n : SplitNames(args.value("--track"))) list += n + " ";
         defaults.override(prefkeys::kTrackListString, list);
     }
     if (args.has("--auto")) defaults.override(prefkeys::kTrackListEnabled, "true");

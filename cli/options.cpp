@@ -157,6 +157,32 @@ bool ParseTime(const Arguments& args, uint32_t* secs) {
     return true;
 }
 
+bool CheckOptions(const Arguments& args, const std::vector<std::string>& known) {
+    for (const auto& option : args.options) {
+        bool ok = false;
+        for (const auto& k : known) ok = ok || option.first == k;
+        if (!ok) {
+            Fail("unknown option " + option.first + " (try --help)");
+            return false;
+        }
+    }
+    return true;
+}
+
+std::vector<std::string> SplitNames(const std::string& text) {
+    std::vector<std::string> names;
+    size_t start = 0;
+    while (start <= text.size()) {
+        const size_t comma = text.find(',', start);
+        const std::string name =
+            text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        if (!name.empty()) names.push_back(name);
+        if (comma == std::string::npos) break;
+        start = comma + 1;
+    }
+    return names;
+}
+
 bool ParseNumber(const Arguments& args, const std::string& name, double fallback, double* out) {
     *out = fallback;
     if (!args.has(name)) return true;

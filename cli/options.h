@@ -40,6 +40,12 @@ bool ParseSite(const Arguments& args, SiteRec* site);
 // date alone) into seconds since 1904. Without the option, now.
 bool ParseTime(const Arguments& args, uint32_t* secs);
 
+// Refuses options outside `known` with a message.
+bool CheckOptions(const Arguments& args, const std::vector<std::string>& known);
+
+// "AO-7,FO-29" -> {"AO-7", "FO-29"}; empty pieces are dropped.
+std::vector<std::string> SplitNames(const std::string& text);
+
 // A number option; false with a message when it is not a number.
 bool ParseNumber(const Arguments& args, const std::string& name, double fallback, double* out);
 

@@ -19,20 +19,6 @@ namespace veloran::cli {
 
 namespace {
 
-std::vector<std::string> SplitNames(const std::string& text) {
-    std::vector<std::string> names;
-    size_t start = 0;
-    while (start <= text.size()) {
-        const size_t comma = text.find(',', start);
-        const std::string name =
-            text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
-        if (!name.empty()) names.push_back(name);
-        if (comma == std::string::npos) break;
-        start = comma + 1;
-    }
-    return names;
-}
-
 int FindByName(const std::vector<SatRec>& sats, const std::string& name) {
     for (size_t i = 0; i < sats.size(); ++i)
         if (strcasecmp(sats[i].name, name.c_str()) == 0) return static_cast<int>(i);
@@ -40,18 +26,6 @@ int FindByName(const std::vector<SatRec>& sats, const std::string& name) {
 }
 
 }  // namespace
-
-bool CheckOptions(const Arguments& args, const std::vector<std::string>& known) {
-    for (const auto& option : args.options) {
-        bool ok = false;
-        for (const auto& k : known) ok = ok || option.first == k;
-        if (!ok) {
-            Fail("unknown option " + option.first + " (try --help)");
-            return false;
-        }
-    }
-    return true;
-}
 
 bool LoadScene(const Arguments& args, ViewScene* scene) {
     if (args.positional.size() > 1) {

@@ -21,9 +21,6 @@ struct ViewScene {
     int main = -1;  // index into sats, -1 when there is none
 };
 
-// Refuses options outside `known` with a message.
-bool CheckOptions(const Arguments& args, const std::vector<std::string>& known);
-
 // Reads the element file (the positional FILE or the bundled sample), the
 // site and time, runs the live calculation for every satellite, picks the
 // main satellite (--sat, else the first in view, else the next to rise) and
