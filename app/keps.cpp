@@ -43,11 +43,13 @@ void AppController::loadKepsAndModes() {
     if (modes.isOpen()) debugLog("Mode file: %s.\n", modes.path().c_str());
     // The messages keep their historical text whatever the paths are.
     if (keps == nullptr)
-        std::fprintf(stderr, "cannot open /Contents/Resources/kepler.dat file. Error %d (%sd) \n", kepsError,
-                     std::strerror(kepsError));
+        std::fprintf(stderr, "cannot open /Contents/Resources/kepler.dat file. Error %d (%sd) \n",
+                     kepsError, std::strerror(kepsError));
     if (!modes.isOpen())
-        std::fprintf(stderr, "cannot open default mode file: /Contents/Resources/mode.dat file. Error %d (%sd) \n",
-                     modesError, std::strerror(modesError));
+        std::fprintf(
+            stderr,
+            "cannot open default mode file: /Contents/Resources/mode.dat file. Error %d (%sd) \n",
+            modesError, std::strerror(modesError));
 
     if (keps != nullptr) {
         ElementFileScanner scanner(keps);
@@ -63,18 +65,22 @@ void AppController::loadKepsAndModes() {
             sat->db_index = n;
             if (modes.isOpen()) {
                 const int found = modes.getModes(sat, sat->name);
-                debugLog("loadKepsAndModes: %d modes loaded for satellite: %s.\n", found, sat->name);
+                debugLog("loadKepsAndModes: %d modes loaded for satellite: %s.\n", found,
+                         sat->name);
             }
             CalcKepVals(sat, &mSite);
-            debugLog("loadKepsAndModes: %s Epoch Day:%f Element Set:%d Inclination:%f Epoch RAAN:%f "
-                     "Eccentricity:%f Arg Perigee:%f Mean Anomaly:%f Mean Motion:%f Epoch Rev:%d Semi Major "
-                     "Axis:%f Reference Orbit:%f\n",
-                     sat->name, k->epochDay, k->elementSet, k->inclination * kRadiansToDegrees,
-                     k->epochRAAN * kRadiansToDegrees, k->eccentricity, k->epochArgPerigee * kRadiansToDegrees,
-                     k->epochMeanAnomaly * kRadiansToDegrees, k->epochMeanMotion, k->OrbitNum, k->semiMajorAxis,
-                     k->referenceOrbit);
+            debugLog(
+                "loadKepsAndModes: %s Epoch Day:%f Element Set:%d Inclination:%f Epoch RAAN:%f "
+                "Eccentricity:%f Arg Perigee:%f Mean Anomaly:%f Mean Motion:%f Epoch Rev:%d Semi "
+                "Major "
+                "Axis:%f Reference Orbit:%f\n",
+                sat->name, k->epochDay, k->elementSet, k->inclination * kRadiansToDegrees,
+                k->epochRAAN * kRadiansToDegrees, k->eccentricity,
+                k->epochArgPerigee * kRadiansToDegrees, k->epochMeanAnomaly * kRadiansToDegrees,
+                k->epochMeanMotion, k->OrbitNum, k->semiMajorAxis, k->referenceOrbit);
             const int selected = sat->selectedModeIndex;
-            sat->currrentDownlink = selected >= 0 && selected < kMaxModes ? sat->modes[selected].downFreq : 0.0;
+            sat->currrentDownlink =
+                selected >= 0 && selected < kMaxModes ? sat->modes[selected].downFreq : 0.0;
             ui->addSatelliteItem(sat->name);
             if (n > kMaxElementSets - 1) break;  // the Moon takes this entry
             ++mTotalSats;
@@ -115,7 +121,9 @@ void AppController::loadKepsAndModes() {
     std::snprintf(spoken, sizeof spoken, "Keplerian elements for %d satellites loaded", mTotalSats);
     announce(spoken);
     if (keps != nullptr) std::fclose(keps);
-    if (mTotalSats <= 2) ui->alert("There are no keplerian elements loaded.", "Please Download or Import keps", "OK");
+    if (mTotalSats <= 2)
+        ui->alert("There are no keplerian elements loaded.", "Please Download or Import keps",
+                  "OK");
 }
 
 void AppController::appendBody(SatRec* body, ModesFile* modes) {
@@ -129,12 +137,14 @@ void AppController::appendBody(SatRec* body, ModesFile* modes) {
 bool AppController::installElementFile(const std::string& candidate, bool moveIntoPlace) {
     const int sets = CountElementSets(candidate, 1);
     if (sets < 1) {
-        services_.ui->alert("The element sets were not replaced.",
-                            candidate + (sets < 0 ? " cannot be read: " + std::string(std::strerror(errno))
-                                                  : " holds no element set this program can read (a name line "
-                                                    "of 2 to 9 characters, then lines 1 and 2)") +
-                                ". The current element sets are kept.",
-                            "OK");
+        services_.ui->alert(
+            "The element sets were not replaced.",
+            candidate +
+                (sets < 0 ? " cannot be read: " + std::string(std::strerror(errno))
+                          : " holds no element set this program can read (a name line "
+                            "of 2 to 9 characters, then lines 1 and 2)") +
+                ". The current element sets are kept.",
+            "OK");
         return false;
     }
     const bool ok = moveIntoPlace ? std::rename(candidate.c_str(), paths_.keplerFile.c_str()) == 0
@@ -157,7 +167,8 @@ void AppController::importKeps() {
 
 void AppController::startDownloadingURL() {
     if (services_.downloader == nullptr ||
-        !services_.downloader->start(kKeplerDownloadURL, paths_.downloadFile, kDownloadTimeoutSeconds)) {
+        !services_.downloader->start(kKeplerDownloadURL, paths_.downloadFile,
+                                     kDownloadTimeoutSeconds)) {
         debugLog("Download connection failed!");
         announce("keplerian element download connection failed.");
     }

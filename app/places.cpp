@@ -27,8 +27,8 @@ void AppController::loadLocations() {
     ui->removeAllLocationItems();
     if (!LoadPlaces(paths_.placesFile, &mLocations)) {
         const int error = errno;
-        std::fprintf(stderr, "cannot open /Contents/Resources/cities.dat file. Error %d (%sd) \n", error,
-                     std::strerror(error));
+        std::fprintf(stderr, "cannot open /Contents/Resources/cities.dat file. Error %d (%sd) \n",
+                     error, std::strerror(error));
         return;
     }
     for (const std::string& name : mLocations.names) ui->addLocationItem(name);
@@ -39,8 +39,8 @@ void AppController::rewriteLocations() {
     if (mLocations.places.empty()) return;
     if (!RewritePlaces(paths_.placesFile, &mLocations.places)) {
         const int error = errno;
-        std::fprintf(stderr, "cannot open /Contents/Resources/cities.dat file. Error %d (%sd) \n", error,
-                     std::strerror(error));
+        std::fprintf(stderr, "cannot open /Contents/Resources/cities.dat file. Error %d (%sd) \n",
+                     error, std::strerror(error));
     }
 }
 
@@ -50,13 +50,15 @@ void AppController::locationChosen() {
     const Location& place = mLocations.places[static_cast<size_t>(index)];
     ApplyLocationToSite(place, &mSite);
     SitePreCalc(&mSite);
-    services_.ui->showLocation(mSite.locationName, FormatDegrees(place.latDegs), FormatDegrees(place.lonDegs));
+    services_.ui->showLocation(mSite.locationName, FormatDegrees(place.latDegs),
+                               FormatDegrees(place.lonDegs));
 }
 
 void AppController::locationOK() {
     std::string latitude, longitude;
     Location place;
-    services_.ui->readLocationSheet(&place.city, &place.state, &place.country, &latitude, &longitude);
+    services_.ui->readLocationSheet(&place.city, &place.state, &place.country, &latitude,
+                                    &longitude);
     {
         CNumericLocale cLocale;
         place.latDegs = std::strtod(latitude.c_str(), nullptr);
@@ -73,7 +75,8 @@ void AppController::locationOK() {
     // sorted order.
     rewriteLocations();
     loadLocations();
-    services_.ui->showLocation(mSite.locationName, FormatDegrees(place.latDegs), FormatDegrees(place.lonDegs));
+    services_.ui->showLocation(mSite.locationName, FormatDegrees(place.latDegs),
+                               FormatDegrees(place.lonDegs));
 }
 
 void AppController::removeLocation() {

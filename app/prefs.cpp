@@ -4,7 +4,9 @@
 
 namespace veloran {
 
-void AppController::setSiteDefaults() { SetSiteDefaults(&mSite); }
+void AppController::setSiteDefaults() {
+    SetSiteDefaults(&mSite);
+}
 
 void AppController::savePrefs() {
     mViewPrefs.mainSatNum = mMainSatNum;

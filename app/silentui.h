@@ -7,7 +7,7 @@
 namespace veloran {
 
 class SilentUserInterface : public UserInterface {
-public:
+  public:
     void removeAllSatelliteItems() override {}
     void addSatelliteItem(const std::string&) override {}
     void setKepsDateText(const std::string&) override {}
@@ -23,7 +23,8 @@ public:
     void addLocationItem(const std::string&) override {}
     int selectedLocationIndex() const override { return -1; }
     void showLocation(const std::string&, const std::string&, const std::string&) override {}
-    void readLocationSheet(std::string*, std::string*, std::string*, std::string*, std::string*) const override {}
+    void readLocationSheet(std::string*, std::string*, std::string*, std::string*,
+                           std::string*) const override {}
     void closeLocationSheet() override {}
     void showSettings(const SiteRec&) override {}
 };

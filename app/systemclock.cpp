@@ -5,8 +5,12 @@
 
 namespace veloran {
 
-uint32_t SystemClock::dateTimeUTC() const { return QFGetDateTimeUTC(); }
+uint32_t SystemClock::dateTimeUTC() const {
+    return QFGetDateTimeUTC();
+}
 
-uint32_t SystemClock::dateTime() const { return QFGetDateTime(); }
+uint32_t SystemClock::dateTime() const {
+    return QFGetDateTime();
+}
 
 }  // namespace veloran

@@ -16,6 +16,8 @@ locale_t CLocale() {
 
 CNumericLocale::CNumericLocale() : previous_(uselocale(CLocale())) {}
 
-CNumericLocale::~CNumericLocale() { uselocale(previous_); }
+CNumericLocale::~CNumericLocale() {
+    uselocale(previous_);
+}
 
 }  // namespace veloran

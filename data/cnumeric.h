@@ -11,13 +11,13 @@ namespace veloran {
 // puts the thread's previous locale back afterwards. Other threads are not
 // affected (uselocale is per thread).
 class CNumericLocale {
-public:
+  public:
     CNumericLocale();
     ~CNumericLocale();
     CNumericLocale(const CNumericLocale&) = delete;
     CNumericLocale& operator=(const CNumericLocale&) = delete;
 
-private:
+  private:
     locale_t previous_;
 };
 

@@ -17,7 +17,7 @@ constexpr int kMaxElementSets = 1021;
 
 // Walks an open element-set file line by line with my_fgets.
 class ElementFileScanner {
-public:
+  public:
     explicit ElementFileScanner(FILE* file) : file_(file) {}
 
     // Reads lines until the next name line (3 to 10 characters, terminator
@@ -34,7 +34,7 @@ public:
     // The last "FROM" line seen, terminator included; empty when none.
     const std::string& header() const { return header_; }
 
-private:
+  private:
     FILE* file_;
     std::string header_;
 };

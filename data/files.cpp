@@ -55,7 +55,8 @@ bool IsDirectory(const std::string& path) {
 // Makes a rename durable: the folder's entry is flushed too.
 void SyncFolderOf(const std::string& path) {
     const size_t slash = path.rfind('/');
-    const std::string dir = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
+    const std::string dir =
+        slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
     const int fd = open(dir.c_str(), O_RDONLY | O_DIRECTORY);
     if (fd < 0) return;
     fsync(fd);
@@ -89,10 +90,11 @@ DataPaths DataPaths::InFolders(const std::string& resourceDir, const std::string
 }
 
 DataPaths ResolveDataPaths(const PathOverrides& overrides) {
-    return DataPaths::InFolders(
-        FindResourceDir(),
-        ChooseFolder(overrides.dataDir, "VELORAN_DATA_DIR", "XDG_DATA_HOME", "/.local/share/veloran"),
-        ChooseFolder(overrides.configDir, "VELORAN_CONFIG_DIR", "XDG_CONFIG_HOME", "/.config/veloran"));
+    return DataPaths::InFolders(FindResourceDir(),
+                                ChooseFolder(overrides.dataDir, "VELORAN_DATA_DIR", "XDG_DATA_HOME",
+                                             "/.local/share/veloran"),
+                                ChooseFolder(overrides.configDir, "VELORAN_CONFIG_DIR",
+                                             "XDG_CONFIG_HOME", "/.config/veloran"));
 }
 
 bool MakeDirectories(const std::string& path) {
@@ -116,7 +118,7 @@ bool SeedDataFiles(const DataPaths& paths, std::string* error) {
         }
     }
     const std::pair<const char*, const std::string*> seeds[] = {{"kepler.dat", &paths.keplerFile},
-                                                                 {"cities.dat", &paths.placesFile}};
+                                                                {"cities.dat", &paths.placesFile}};
     for (const auto& [name, target] : seeds) {
         if (FileExists(*target)) continue;
         const std::string source = paths.resourceDir + "/" + name;
@@ -176,7 +178,9 @@ bool AtomicWriteFile(const std::string& path, const std::function<bool(FILE*)>& 
 bool CopyFileAtomically(const std::string& from, const std::string& to) {
     std::string text;
     if (!ReadWholeFile(from, &text)) return false;
-    return AtomicWriteFile(to, [&text](FILE* f) { return std::fwrite(text.data(), 1, text.size(), f) == text.size(); });
+    return AtomicWriteFile(to, [&text](FILE* f) {
+        return std::fwrite(text.data(), 1, text.size(), f) == text.size();
+    });
 }
 
 }  // namespace veloran

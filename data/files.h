@@ -12,12 +12,13 @@ namespace veloran {
 // are filled by InFolders; a tool may point one of them elsewhere.
 struct DataPaths {
     std::string resourceDir;  // read-only defaults: kepler.dat, mode.dat, cities.dat
-    std::string dataDir;      // the element-set file and the places file the program reads and rewrites
-    std::string configDir;    // the user modes file and the settings
+    std::string dataDir;  // the element-set file and the places file the program reads and rewrites
+    std::string configDir;  // the user modes file and the settings
 
-    std::string keplerFile;        // the element-set file read at every load
-    std::string downloadFile;      // a download lands here and replaces keplerFile once it has been read
-    std::string placesFile;        // the places list
+    std::string keplerFile;  // the element-set file read at every load
+    std::string
+        downloadFile;        // a download lands here and replaces keplerFile once it has been read
+    std::string placesFile;  // the places list
     std::string userModesFile;     // the user's modes, rewritten on every change
     std::string defaultModesFile;  // read when the user has no modes file
     std::string settingsFile;      // the user-defaults store

@@ -43,7 +43,8 @@ int Grid_toLatLon(const char* grid, double* lon, double* lat, bool centre) {
     const size_t length = std::strlen(grid);
     auto letter = [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; };
     auto digit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };
-    if ((length != 4 && length != 6) || !letter(grid[0]) || !letter(grid[1]) || !digit(grid[2]) || !digit(grid[3]))
+    if ((length != 4 && length != 6) || !letter(grid[0]) || !letter(grid[1]) || !digit(grid[2]) ||
+        !digit(grid[3]))
         return 0;
     double x = (grid[0] - 'A') * 20.0 + (grid[2] - '0') * 2.0;
     const bool subLon = length >= 5 && letter(grid[4]);

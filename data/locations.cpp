@@ -29,7 +29,9 @@ void CopyText(char* to, size_t size, const std::string& from) {
 
 }  // namespace
 
-std::string Location::displayName() const { return city + " " + state + " " + country; }
+std::string Location::displayName() const {
+    return city + " " + state + " " + country;
+}
 
 double LocationRadians(double degrees) {
     return static_cast<float>(degrees) * static_cast<float>(kDegreesToRadians);
@@ -67,9 +69,15 @@ bool LoadPlaces(const std::string& path, PlacesList* out) {
             char* tab = std::strchr(piece, '\t');
             if (tab != nullptr) *tab = '\0';
             switch (place.fields) {
-                case 0: place.city = piece; break;
-                case 1: place.state = piece; break;
-                case 2: place.country = piece; break;
+                case 0:
+                    place.city = piece;
+                    break;
+                case 1:
+                    place.state = piece;
+                    break;
+                case 2:
+                    place.country = piece;
+                    break;
                 case 3:
                     place.latDegs = std::strtod(piece, nullptr);
                     place.latRads = LocationRadians(place.latDegs);
@@ -96,12 +104,13 @@ bool LoadPlaces(const std::string& path, PlacesList* out) {
 
 bool RewritePlaces(const std::string& path, std::vector<Location>* places) {
     if (places->empty()) return true;
-    std::stable_sort(places->begin(), places->end(),
-                     [](const Location& a, const Location& b) { return compareLocation(a, b) < 0; });
+    std::stable_sort(places->begin(), places->end(), [](const Location& a, const Location& b) {
+        return compareLocation(a, b) < 0;
+    });
     return AtomicWriteFile(path, [places](FILE* f) {
         for (const Location& p : *places)
-            std::fprintf(f, "%s\t%s\t%s\t%0.4f\t%0.4f\n", p.city.c_str(), p.state.c_str(), p.country.c_str(),
-                         p.latDegs, p.lonDegs);
+            std::fprintf(f, "%s\t%s\t%s\t%0.4f\t%0.4f\n", p.city.c_str(), p.state.c_str(),
+                         p.country.c_str(), p.latDegs, p.lonDegs);
         return true;
     });
 }

@@ -22,7 +22,7 @@ struct Location {
     double lonDegs = 0;  // EAST positive (the site record counts west positive)
     double latRads = 0;  // computed at single precision, as the degrees were read
     double lonRads = 0;
-    int fields = 0;      // how many of the five fields the line held (5 for a whole place)
+    int fields = 0;  // how many of the five fields the line held (5 for a whole place)
 
     // "city state country", joined by single blanks: the name in the list.
     std::string displayName() const;
@@ -38,9 +38,9 @@ int compareLocation(const Location& a, const Location& b);
 
 // What a places file yields.
 struct PlacesList {
-    std::vector<Location> places;       // every line, as far as its fields go
-    std::vector<std::string> names;     // the display names of the places with all five fields
-    std::vector<Point3F> lightPoints;   // one per whole place, at most kMaxLightPoints
+    std::vector<Location> places;      // every line, as far as its fields go
+    std::vector<std::string> names;    // the display names of the places with all five fields
+    std::vector<Point3F> lightPoints;  // one per whole place, at most kMaxLightPoints
 };
 
 // Reads the places file (lines of up to 1024 characters, split at tabs).

@@ -23,13 +23,30 @@ constexpr int kModesLineSize = 4096;
 constexpr int kShortRestSize = 512;
 
 const char* const kModeNames[kCommModeLast + 1] = {
-    "UNKNOWN", "REPEATER", "J_FM",    "JA_SSB", "B_SSB",  "A_SSB",  "SIMP_FM",  "JA_CW",    "B_CW",
-    "A_CW",    "B_FM",     "JD_MIX",  "WIDE_FM", "T_SSB", "T_CW",   "SIMP_AM",  "SIMP_SSB", "J_EXP",
+    "UNKNOWN", "REPEATER", "J_FM",   "JA_SSB",  "B_SSB", "A_SSB", "SIMP_FM", "JA_CW",    "B_CW",
+    "A_CW",    "B_FM",     "JD_MIX", "WIDE_FM", "T_SSB", "T_CW",  "SIMP_AM", "SIMP_SSB", "J_EXP",
 };
 
 enum class Field {
-    Channel, Uplink, Downlink, CMode, Beacon, Tone, CTone, TxVrtrUp, TxVrtrDn, BeamUp, BeamDwn,
-    TrackHours, SpeakName, BLat, BLon, StartMA, EndMA, Enabled, Priority,
+    Channel,
+    Uplink,
+    Downlink,
+    CMode,
+    Beacon,
+    Tone,
+    CTone,
+    TxVrtrUp,
+    TxVrtrDn,
+    BeamUp,
+    BeamDwn,
+    TrackHours,
+    SpeakName,
+    BLat,
+    BLon,
+    StartMA,
+    EndMA,
+    Enabled,
+    Priority,
 };
 
 struct Keyword {
@@ -40,12 +57,15 @@ struct Keyword {
 // The order in which a block's lines are looked for; a line met out of this
 // order is skipped.
 const Keyword kKeywords[] = {
-    {"Channel:", Field::Channel},       {"Uplink:", Field::Uplink},     {"Downlink:", Field::Downlink},
-    {"CMode:", Field::CMode},           {"Beacon:", Field::Beacon},     {"Tone:", Field::Tone},
-    {"CTone:", Field::CTone},           {"TxVrtrUp:", Field::TxVrtrUp}, {"TxVrtrDn:", Field::TxVrtrDn},
-    {"BeamUp:", Field::BeamUp},         {"BeamDwn:", Field::BeamDwn},   {"TrackHours:", Field::TrackHours},
-    {"SpeakName:", Field::SpeakName},   {"BLat:", Field::BLat},         {"BLon:", Field::BLon},
-    {"StartMA:", Field::StartMA},       {"EndMA:", Field::EndMA},       {"Enabled:", Field::Enabled},
+    {"Channel:", Field::Channel},     {"Uplink:", Field::Uplink},
+    {"Downlink:", Field::Downlink},   {"CMode:", Field::CMode},
+    {"Beacon:", Field::Beacon},       {"Tone:", Field::Tone},
+    {"CTone:", Field::CTone},         {"TxVrtrUp:", Field::TxVrtrUp},
+    {"TxVrtrDn:", Field::TxVrtrDn},   {"BeamUp:", Field::BeamUp},
+    {"BeamDwn:", Field::BeamDwn},     {"TrackHours:", Field::TrackHours},
+    {"SpeakName:", Field::SpeakName}, {"BLat:", Field::BLat},
+    {"BLon:", Field::BLon},           {"StartMA:", Field::StartMA},
+    {"EndMA:", Field::EndMA},         {"Enabled:", Field::Enabled},
     {"Priority:", Field::Priority},
 };
 
@@ -60,7 +80,8 @@ void CopyText(char* to, size_t size, const char* from) {
 // zero; a value beyond the integer range reads as 0.
 int32_t ToneValue(const char* text) {
     const double v = std::strtod(text, nullptr);
-    if (!(v > static_cast<double>(INT32_MIN) - 1.0 && v < static_cast<double>(INT32_MAX) + 1.0)) return 0;
+    if (!(v > static_cast<double>(INT32_MIN) - 1.0 && v < static_cast<double>(INT32_MAX) + 1.0))
+        return 0;
     return static_cast<int32_t>(v);
 }
 
@@ -86,16 +107,35 @@ void StoreModeValue(ModeRec* mode, Field field, char* piece) {
             CleanUpLocationStr(piece);
             mode->commMode = StrToMode(piece);
             break;
-        case Field::Uplink: mode->upFreq = std::strtod(piece, nullptr); break;
-        case Field::Downlink: mode->downFreq = std::strtod(piece, nullptr); break;
-        case Field::Beacon: mode->beaconFreq = std::strtod(piece, nullptr); break;
-        case Field::Tone: mode->gTone = ToneValue(piece); break;
-        case Field::CTone: mode->gCTone = ToneValue(piece); break;
-        case Field::TxVrtrUp: mode->txVrtrUp = std::strtod(piece, nullptr); break;
-        case Field::TxVrtrDn: mode->txVrtrDn = std::strtod(piece, nullptr); break;
-        case Field::BeamUp: mode->beamUpWidthDegs = std::strtod(piece, nullptr); break;
-        case Field::BeamDwn: mode->beamDwnWidthDegs = std::strtod(piece, nullptr); break;
-        default: break;
+        case Field::Uplink:
+            mode->upFreq = std::strtod(piece, nullptr);
+            break;
+        case Field::Downlink:
+            mode->downFreq = std::strtod(piece, nullptr);
+            break;
+        case Field::Beacon:
+            mode->beaconFreq = std::strtod(piece, nullptr);
+            break;
+        case Field::Tone:
+            mode->gTone = ToneValue(piece);
+            break;
+        case Field::CTone:
+            mode->gCTone = ToneValue(piece);
+            break;
+        case Field::TxVrtrUp:
+            mode->txVrtrUp = std::strtod(piece, nullptr);
+            break;
+        case Field::TxVrtrDn:
+            mode->txVrtrDn = std::strtod(piece, nullptr);
+            break;
+        case Field::BeamUp:
+            mode->beamUpWidthDegs = std::strtod(piece, nullptr);
+            break;
+        case Field::BeamDwn:
+            mode->beamDwnWidthDegs = std::strtod(piece, nullptr);
+            break;
+        default:
+            break;
     }
 }
 
@@ -131,7 +171,8 @@ void StoreLine(SatRec* rec, Field field, char* rest) {
             break;
         case Field::BLat:
         case Field::BLon:
-            if (std::sscanf(rest, "%lf", &real) == 1) (field == Field::BLat ? rec->bLatDegs : rec->bLonDegs) = real;
+            if (std::sscanf(rest, "%lf", &real) == 1)
+                (field == Field::BLat ? rec->bLatDegs : rec->bLonDegs) = real;
             rec->hasBVals = 1;
             break;
         case Field::StartMA:
@@ -163,7 +204,8 @@ int ReadBlock(SatRec* rec, FILE* file) {
             continue;
         }
         const bool shortRest = k.field == Field::TrackHours || k.field == Field::SpeakName;
-        if (std::fgets(rest, shortRest ? kShortRestSize : kModesLineSize, file) == nullptr) rest[0] = '\0';
+        if (std::fgets(rest, shortRest ? kShortRestSize : kModesLineSize, file) == nullptr)
+            rest[0] = '\0';
         mark = std::ftell(file);
         StoreLine(rec, k.field, rest);
     }
@@ -234,7 +276,8 @@ int GetModes(SatRec* rec, FILE* modesFile, const char* name) {
     size_t wordLength = 0;
     const size_t nameLength = std::strlen(name);
     while (NextLine(modesFile, line, &word, &wordLength)) {
-        if (wordLength == 0 || wordLength != nameLength || std::memcmp(word, name, nameLength) != 0) continue;
+        if (wordLength == 0 || wordLength != nameLength || std::memcmp(word, name, nameLength) != 0)
+            continue;
         Found(rec, name);
         return ReadBlock(rec, modesFile);
     }
@@ -275,7 +318,8 @@ void ModesFile::index() {
         const long next = std::ftell(stream_);
         if (wordLength != 0) {
             if (!spans_.empty()) spans_.back().end = start;
-            spans_.push_back({std::string(word, wordLength), start, static_cast<long>(text_.size())});
+            spans_.push_back(
+                {std::string(word, wordLength), start, static_cast<long>(text_.size())});
             blocks_.emplace(spans_.back().name, next);  // the first block wins
         }
         start = next;
@@ -287,7 +331,8 @@ std::string ModesFile::blocksNotIn(const std::unordered_set<std::string>& names)
     std::unordered_set<std::string> seen;
     for (const Span& span : spans_) {
         if (names.count(span.name) != 0 || !seen.insert(span.name).second) continue;
-        kept.append(text_, static_cast<size_t>(span.start), static_cast<size_t>(span.end - span.start));
+        kept.append(text_, static_cast<size_t>(span.start),
+                    static_cast<size_t>(span.end - span.start));
         if (kept.back() != '\n') kept += '\n';
         if (kept.size() < 2 || kept[kept.size() - 2] != '\n') kept += '\n';
     }
@@ -349,8 +394,8 @@ void WriteMode(FILE* file, const SatRec& rec) {
     std::fprintf(file, "\n");
 }
 
-bool WriteModeFile(const std::string& path, const SatRec* table, int count, const SatRec& betweenPasses,
-                   const SatRec& onExit, const std::string& kept) {
+bool WriteModeFile(const std::string& path, const SatRec* table, int count,
+                   const SatRec& betweenPasses, const SatRec& onExit, const std::string& kept) {
     return AtomicWriteFile(path, [&](FILE* f) {
         for (int i = 0; i < count; ++i) WriteMode(f, table[i]);
         WriteMode(f, betweenPasses);

@@ -21,7 +21,7 @@ constexpr const char* kOnExitName = "OnExit";
 // Communication-mode codes as stored in ModeRec::commMode.
 constexpr int16_t kCommModeReceiveOnly = -1;  // the reader's default; written as UNKNOWN
 constexpr int16_t kCommModeUnknown = 0;
-constexpr int16_t kCommModeLast = 17;         // J_EXP
+constexpr int16_t kCommModeLast = 17;  // J_EXP
 // Buffer size for ModeToStr.
 constexpr size_t kModeNameSize = 9;
 
@@ -50,7 +50,7 @@ int GetModes(SatRec* rec, FILE* modesFile, const char* name);
 // scanning. GetModes through it gives exactly the results of GetModes on the
 // file.
 class ModesFile {
-public:
+  public:
     ModesFile() = default;
     ~ModesFile();
     ModesFile(const ModesFile&) = delete;
@@ -71,7 +71,7 @@ public:
     // from the satellite table would otherwise drop.
     std::string blocksNotIn(const std::unordered_set<std::string>& names) const;
 
-private:
+  private:
     // Where one "Satellite:" line begins and its block ends.
     struct Span {
         std::string name;
@@ -85,8 +85,9 @@ private:
     std::string text_;
     FILE* stream_ = nullptr;  // reads text_
     bool open_ = false;
-    std::unordered_map<std::string, long> blocks_;  // name -> offset just after its "Satellite:" line
-    std::vector<Span> spans_;                        // every block, in file order
+    std::unordered_map<std::string, long>
+        blocks_;               // name -> offset just after its "Satellite:" line
+    std::vector<Span> spans_;  // every block, in file order
 };
 
 // Writes one satellite's block; a record without modes writes nothing.
@@ -97,7 +98,7 @@ void WriteMode(FILE* file, const SatRec& rec);
 // then `kept` (blocks of satellites not in the table, as blocksNotIn gives
 // them). False when it could not be written; the old file then stays as it
 // was.
-bool WriteModeFile(const std::string& path, const SatRec* table, int count, const SatRec& betweenPasses,
-                   const SatRec& onExit, const std::string& kept = "");
+bool WriteModeFile(const std::string& path, const SatRec* table, int count,
+                   const SatRec& betweenPasses, const SatRec& onExit, const std::string& kept = "");
 
 }  // namespace veloran

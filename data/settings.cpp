@@ -90,11 +90,13 @@ struct Writer {
     void real(const char* k, double* v) { d->setDouble(k, *v); }
     void real32(const char* k, float* v) { d->setDouble(k, *v); }
     void short16(const char* k, int16_t* v) { d->setInteger(k, *v); }
-    void text(const char* k, char* v, size_t size) { d->setString(k, std::string(v, strnlen(v, size))); }
+    void text(const char* k, char* v, size_t size) {
+        d->setString(k, std::string(v, strnlen(v, size)));
+    }
     void rect(const char* k, ViewPrefs* p) {
         char text[160];
-        std::snprintf(text, sizeof text, "%f %f %f %f", p->visibleRect[0], p->visibleRect[1], p->visibleRect[2],
-                      p->visibleRect[3]);
+        std::snprintf(text, sizeof text, "%f %f %f %f", p->visibleRect[0], p->visibleRect[1],
+                      p->visibleRect[2], p->visibleRect[3]);
         d->setString(k, text);
     }
 };
@@ -113,7 +115,8 @@ struct Reader {
     void rect(const char* k, ViewPrefs* p) {
         if (!d->contains(k)) return;
         float r[4];
-        if (std::sscanf(d->stringForKey(k).c_str(), "%f %f %f %f", &r[0], &r[1], &r[2], &r[3]) != 4) return;
+        if (std::sscanf(d->stringForKey(k).c_str(), "%f %f %f %f", &r[0], &r[1], &r[2], &r[3]) != 4)
+            return;
         std::memcpy(p->visibleRect, r, sizeof r);
         p->hasVisibleRect = true;
     }
@@ -177,7 +180,9 @@ void ReadPrefs(const UserDefaults& defaults, SiteRec* site, ViewPrefs* view) {
     SitePreCalc(site);
 }
 
-std::string TweaksKey(const char* satelliteName) { return std::string("tweaks/") + satelliteName; }
+std::string TweaksKey(const char* satelliteName) {
+    return std::string("tweaks/") + satelliteName;
+}
 
 void SaveTweaks(UserDefaults* defaults, const SatRec& sat) {
     CNumericLocale cLocale;

@@ -29,21 +29,23 @@ constexpr const char* kMap2DWidth = "map_2d_width";
 constexpr const char* kVisibleRect = "2D_Visible_Rect";
 constexpr const char* kTrackListDisplayed = "track_list_enabled";  // the track list is shown
 constexpr const char* kFollowSat = "followSat_enabled";
-constexpr const char* kTrackListEnabled = "trackListEnabled";      // automatic selection from the track list
-constexpr const char* kTrackListString = "trackList_string";       // "NAME NAME " of the track list's rows
+constexpr const char* kTrackListEnabled =
+    "trackListEnabled";  // automatic selection from the track list
+constexpr const char* kTrackListString =
+    "trackList_string";  // "NAME NAME " of the track list's rows
 }  // namespace prefkeys
 
 // Settings that live in the controller and the controls rather than in the
 // site record.
 struct ViewPrefs {
-    int32_t mainSatNum = 1;           // "main_sat_num": the main satellite's number, 1-based
-    int32_t map2DWidth = 0;           // "map_2d_width": world-map width in pixels; 0 = never stored
-    bool hasVisibleRect = false;      // "2D_Visible_Rect" was stored and parsed
+    int32_t mainSatNum = 1;       // "main_sat_num": the main satellite's number, 1-based
+    int32_t map2DWidth = 0;       // "map_2d_width": world-map width in pixels; 0 = never stored
+    bool hasVisibleRect = false;  // "2D_Visible_Rect" was stored and parsed
     float visibleRect[4] = {0, 0, 0, 0};  // x, y, width, height of the map's visible area
-    Bool32 globeTrackList = 0;        // "qdisplayTrackList": the globe shows the track list
-    Bool32 globeLatLongLines = 0;     // "qlatLongLinesDeg": the globe's grid lines
-    Bool32 trackListEnabled = 0;      // "trackListEnabled": automatic selection is on
-    std::string trackListString;      // "trackList_string"
+    Bool32 globeTrackList = 0;            // "qdisplayTrackList": the globe shows the track list
+    Bool32 globeLatLongLines = 0;         // "qlatLongLinesDeg": the globe's grid lines
+    Bool32 trackListEnabled = 0;          // "trackListEnabled": automatic selection is on
+    std::string trackListString;          // "trackList_string"
 };
 
 // Zeroes the record and puts in the start-up defaults: station 43.7064 N,

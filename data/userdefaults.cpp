@@ -99,9 +99,13 @@ bool UserDefaults::boolForKey(const std::string& key) const {
     return readBool(key, &v) && v != 0;
 }
 
-void UserDefaults::setInteger(const std::string& key, int32_t value) { setString(key, std::to_string(value)); }
+void UserDefaults::setInteger(const std::string& key, int32_t value) {
+    setString(key, std::to_string(value));
+}
 
-void UserDefaults::setBool(const std::string& key, bool value) { setString(key, value ? "true" : "false"); }
+void UserDefaults::setBool(const std::string& key, bool value) {
+    setString(key, value ? "true" : "false");
+}
 
 void UserDefaults::setDouble(const std::string& key, double value) {
     CNumericLocale cLocale;
@@ -110,7 +114,9 @@ void UserDefaults::setDouble(const std::string& key, double value) {
     setString(key, text);
 }
 
-bool MemoryUserDefaults::contains(const std::string& key) const { return values_.count(key) != 0; }
+bool MemoryUserDefaults::contains(const std::string& key) const {
+    return values_.count(key) != 0;
+}
 
 std::string MemoryUserDefaults::stringForKey(const std::string& key) const {
     const auto it = values_.find(key);
@@ -122,6 +128,8 @@ void MemoryUserDefaults::setString(const std::string& key, const std::string& va
     writes_.push_back(key);
 }
 
-void MemoryUserDefaults::removeKey(const std::string& key) { values_.erase(key); }
+void MemoryUserDefaults::removeKey(const std::string& key) {
+    values_.erase(key);
+}
 
 }  // namespace veloran

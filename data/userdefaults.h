@@ -13,7 +13,7 @@
 namespace veloran {
 
 class UserDefaults {
-public:
+  public:
     virtual ~UserDefaults() = default;
 
     virtual bool contains(const std::string& key) const = 0;
@@ -25,7 +25,8 @@ public:
     // Typed reads: false, leaving *out as it was, when the key is missing or
     // its text is not of the type.
     bool readInt(const std::string& key, int32_t* out) const;
-    bool readBool(const std::string& key, int32_t* out) const;  // "true"/"false", or a number (non-zero is true)
+    bool readBool(const std::string& key,
+                  int32_t* out) const;  // "true"/"false", or a number (non-zero is true)
     bool readDouble(const std::string& key, double* out) const;
     bool readFloat(const std::string& key, float* out) const;
     // Copies the text, cut to fit size bytes.
@@ -43,7 +44,7 @@ public:
 
 // Keeps the values in memory and remembers the order of writes.
 class MemoryUserDefaults : public UserDefaults {
-public:
+  public:
     bool contains(const std::string& key) const override;
     std::string stringForKey(const std::string& key) const override;
     void setString(const std::string& key, const std::string& value) override;
@@ -54,7 +55,7 @@ public:
     const std::vector<std::string>& writes() const { return writes_; }
     void clearWrites() { writes_.clear(); }
 
-private:
+  private:
     std::map<std::string, std::string> values_;
     std::vector<std::string> writes_;
 };

@@ -20,10 +20,11 @@ TEST(LoadKepsAndModes, TheBundledSatellitesWithTheirModes) {
     ControllerRig rig;
     rig.app->loadKepsAndModes();
     ASSERT_EQ(rig.app->GetTotalSats(), 11);  // nine, the Moon and the Sun
-    EXPECT_EQ(rig.app->moonNum(), 10);         // the Sun's entry, kept so
+    EXPECT_EQ(rig.app->moonNum(), 10);       // the Sun's entry, kept so
     EXPECT_EQ(rig.app->sunNum(), 11);
-    const std::vector<std::string> items = {"Add Satellite", "AO-7", "FO-29", "SO-50", "ISS",  "AO-91",
-                                            "AO-73",         "RS-44", "PO-101", "QO-100", "Moon", "Sun"};
+    const std::vector<std::string> items = {"Add Satellite", "AO-7",   "FO-29", "SO-50",
+                                            "ISS",           "AO-91",  "AO-73", "RS-44",
+                                            "PO-101",        "QO-100", "Moon",  "Sun"};
     EXPECT_EQ(rig.ui.satelliteItems, items);
     EXPECT_EQ(rig.ui.kepsDate.rfind("Keplerian Elements: SAMPLE ELEMENTS FROM VELORAN", 0), 0u);
     EXPECT_TRUE(rig.ui.alerts.empty());
@@ -69,7 +70,8 @@ TEST(LoadKepsAndModes, SpeaksAndLogsWhenAsked) {
     EXPECT_EQ(rig.announcer.spoken[0], "Keplerian elements for 11 satellites loaded");
     const std::string log = rig.logText();
     EXPECT_NE(log.find("Mode file: " + rig.paths.defaultModesFile + ".\n"), std::string::npos);
-    EXPECT_NE(log.find("loadKepsAndModes: 5 modes loaded for satellite: AO-7.\n"), std::string::npos);
+    EXPECT_NE(log.find("loadKepsAndModes: 5 modes loaded for satellite: AO-7.\n"),
+              std::string::npos);
     EXPECT_NE(log.find("loadKepsAndModes: AO-7 Epoch Day:"), std::string::npos);
     EXPECT_NE(log.find(" Inclination:101.985000 "), std::string::npos);
     EXPECT_NE(log.find("loadKepsAndModes: 11 satellites loaded.\n"), std::string::npos);
@@ -81,7 +83,8 @@ TEST(LoadKepsAndModes, NothingButTheMoonAndTheSunRaisesTheAlert) {
     rig.app->loadKepsAndModes();
     EXPECT_EQ(rig.app->GetTotalSats(), 2);
     ASSERT_EQ(rig.ui.alerts.size(), 1u);
-    EXPECT_EQ(rig.ui.alerts[0], "There are no keplerian elements loaded.|Please Download or Import keps|OK");
+    EXPECT_EQ(rig.ui.alerts[0],
+              "There are no keplerian elements loaded.|Please Download or Import keps|OK");
 
     std::remove(rig.paths.keplerFile.c_str());
     rig.app->loadKepsAndModes();
@@ -93,7 +96,8 @@ TEST(LoadKepsAndModes, NameLinesOfTenCharactersAreNotNames) {
     ControllerRig rig;
     const std::string sets = ElementSets(1);
     const std::string lines = sets.substr(sets.find('\n') + 1);
-    WriteText(rig.paths.keplerFile, "ISS (ZARYA)\n" + lines + "ISS\n" + lines + "123456789\n" + lines);
+    WriteText(rig.paths.keplerFile,
+              "ISS (ZARYA)\n" + lines + "ISS\n" + lines + "123456789\n" + lines);
     rig.app->loadKepsAndModes();
     ASSERT_EQ(rig.app->GetTotalSats(), 4);
     EXPECT_STREQ(rig.sat(0)->name, "ISS");
@@ -148,7 +152,8 @@ TEST(LoadKepsAndModes, HostileFilesLoadWithoutOverflow) {
     for (int i = 0; i < 300000; ++i) garbage += static_cast<char>((i * 2654435761u) >> 24);
     WriteText(rig.paths.keplerFile, garbage + std::string(100000, 'L') + "\n" + ElementSets(3) +
                                         std::string(5000, 'F') + "FROM\n");
-    WriteText(rig.paths.userModesFile, "Satellite:\tS1\nChannel:\t" + std::string(10000, 'C') + "\n" + garbage);
+    WriteText(rig.paths.userModesFile,
+              "Satellite:\tS1\nChannel:\t" + std::string(10000, 'C') + "\n" + garbage);
     rig.app->loadKepsAndModes();
     EXPECT_GE(rig.app->GetTotalSats(), 5);
     EXPECT_LE(rig.app->GetTotalSats(), 1023);

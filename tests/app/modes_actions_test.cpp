@@ -79,7 +79,8 @@ TEST(ModesActions, DefaultModesClearsOffsetsAndGoesBackToTheBundledFile) {
     EXPECT_FALSE(FileExists(rig.paths.userModesFile));
     EXPECT_TRUE(FileExists(rig.paths.userModesFile + ".bak"));
     EXPECT_EQ(rig.sat(0)->numberOfActiveChannels, 5);
-    EXPECT_EQ(rig.defaults.stringForKey(TweaksKey("AO-7")).rfind("0.000000 0.000000 0.000000\t", 0), 0u);
+    EXPECT_EQ(rig.defaults.stringForKey(TweaksKey("AO-7")).rfind("0.000000 0.000000 0.000000\t", 0),
+              0u);
     EXPECT_EQ(rig.ui.channelItems.size(), 5u);
 }
 

@@ -42,8 +42,9 @@ TEST(ControllerPlaces, LoadChooseAddAndRemove) {
     EXPECT_DOUBLE_EQ(site.siteLongDegs, 79.2442);
     EXPECT_EQ(rig.ui.shownLocation, "Quillfern Ontario Canada|43.7064|-79.2442");
     // Kept in the file at once, and listed in its sorted place.
-    EXPECT_NE(ReadText(rig.paths.placesFile).find("Quillfern\tOntario\tCanada\t43.7064\t-79.2442\n"),
-              std::string::npos);
+    EXPECT_NE(
+        ReadText(rig.paths.placesFile).find("Quillfern\tOntario\tCanada\t43.7064\t-79.2442\n"),
+        std::string::npos);
     EXPECT_EQ(rig.ui.locationItems.size(), count + 1);
     size_t quebec = 0, quillfern = 0;
     for (size_t i = 0; i < rig.ui.locationItems.size(); ++i) {

@@ -87,14 +87,16 @@ TEST(Download, FailuresAreSpokenAndLogged) {
     rig.app->startDownloadingURL();
     rig.downloader.accept = true;
     WriteText(rig.paths.downloadFile, "partial");
-    rig.app->downloadDidFail("The request timed out.", "https://www.amsat.org/amsat/ftp/keps/current/nasa.all");
+    rig.app->downloadDidFail("The request timed out.",
+                             "https://www.amsat.org/amsat/ftp/keps/current/nasa.all");
     EXPECT_EQ(rig.announcer.spoken,
               (std::vector<std::string>{"keplerian element download connection failed.",
                                         "keplerian element download failed."}));
     EXPECT_FALSE(FileExists(rig.paths.downloadFile));
     const std::string log = rig.logText();
     EXPECT_NE(log.find("Download connection failed!"), std::string::npos);
-    EXPECT_NE(log.find("Download failed! Error - The request timed out. https://www.amsat.org/"), std::string::npos);
+    EXPECT_NE(log.find("Download failed! Error - The request timed out. https://www.amsat.org/"),
+              std::string::npos);
     EXPECT_EQ(rig.app->GetTotalSats(), 0);
 }
 

@@ -20,8 +20,9 @@ struct CliRun {
 
 CliRun Cli(const std::string& arguments) {
     // Private, empty folders: nothing of the machine's user leaks in or is written.
-    const std::string folders = "VELORAN_DATA_DIR=" + ::testing::TempDir() + "cli_data VELORAN_CONFIG_DIR=" +
-                                ::testing::TempDir() + "cli_config ";
+    const std::string folders = "VELORAN_DATA_DIR=" + ::testing::TempDir() +
+                                "cli_data VELORAN_CONFIG_DIR=" + ::testing::TempDir() +
+                                "cli_config ";
     const std::string command = folders + std::string(VELORAN_CLI) + " " + arguments + " 2>&1";
     CliRun run{-1, ""};
     FILE* pipe = popen(command.c_str(), "r");

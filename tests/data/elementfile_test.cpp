@@ -50,8 +50,9 @@ TEST(ElementFile, CountsOnlySetsThatDecode) {
     EXPECT_EQ(CountElementSets(Resource("kepler.dat"), 1), 1);
     ScratchDir dir;
     // Carriage returns end lines: the line feed after each becomes line 1.
-    WriteText(dir.file("crlf.dat"), std::string("ISS\r\n") + "1 25544U 98067A   26320.50000000  .00012000  00000-0  "
-                                                               "10000-3 0  9995\r\n");
+    WriteText(dir.file("crlf.dat"), std::string("ISS\r\n") +
+                                        "1 25544U 98067A   26320.50000000  .00012000  00000-0  "
+                                        "10000-3 0  9995\r\n");
     EXPECT_EQ(CountElementSets(dir.file("crlf.dat"), 10), 0);
     WriteText(dir.file("html.dat"), "<html><body>Not found</body></html>\n");
     EXPECT_EQ(CountElementSets(dir.file("html.dat"), 10), 0);

@@ -35,14 +35,16 @@ TEST(AtomicWrite, KeepsThePermissionsOfTheFileItReplaces) {
     ScratchDir dir;
     const std::string path = dir.file("Veloran.conf");
     WriteText(path, "old\n");
-    std::filesystem::permissions(path, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    std::filesystem::permissions(
+        path, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
     ASSERT_TRUE(AtomicWriteFile(path, [](FILE* f) { return std::fputs("new\n", f) >= 0; }));
     EXPECT_EQ(std::filesystem::status(path).permissions() & std::filesystem::perms::all,
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
     ASSERT_TRUE(AtomicWriteFile(dir.file("fresh.txt"), [](FILE*) { return true; }));
-    EXPECT_EQ(std::filesystem::status(dir.file("fresh.txt")).permissions() & std::filesystem::perms::all,
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
-                  std::filesystem::perms::group_read | std::filesystem::perms::others_read);
+    EXPECT_EQ(
+        std::filesystem::status(dir.file("fresh.txt")).permissions() & std::filesystem::perms::all,
+        std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
+            std::filesystem::perms::group_read | std::filesystem::perms::others_read);
 }
 
 TEST(AtomicWrite, AWriteThatFailsMidwayLeavesTheOldFile) {
@@ -102,7 +104,8 @@ TEST(DataFolders, OverridesThenEnvironmentThenXdg) {
 
 TEST(DataFolders, SeedingCopiesMissingFilesAndNeverOverwrites) {
     ScratchDir dir;
-    DataPaths p = DataPaths::InFolders(VELORAN_RESOURCE_DIR, dir.file("data/deep"), dir.file("config"));
+    DataPaths p =
+        DataPaths::InFolders(VELORAN_RESOURCE_DIR, dir.file("data/deep"), dir.file("config"));
     std::string error;
     ASSERT_TRUE(SeedDataFiles(p, &error)) << error;
     EXPECT_EQ(ReadText(p.keplerFile), ReadText(testing::Resource("kepler.dat")));
@@ -114,7 +117,8 @@ TEST(DataFolders, SeedingCopiesMissingFilesAndNeverOverwrites) {
     ASSERT_TRUE(SeedDataFiles(p, &error));
     EXPECT_EQ(ReadText(p.keplerFile), "the user's own sets\n");
 
-    DataPaths broken = DataPaths::InFolders("/nonexistent/resources", dir.file("d2"), dir.file("c2"));
+    DataPaths broken =
+        DataPaths::InFolders("/nonexistent/resources", dir.file("d2"), dir.file("c2"));
     EXPECT_FALSE(SeedDataFiles(broken, &error));
     EXPECT_NE(error.find("kepler.dat"), std::string::npos);
 }

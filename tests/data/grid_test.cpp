@@ -60,7 +60,8 @@ TEST(GridToLatLon, CornersCentresAndRefusals) {
 TEST(GridToLatLon, ACapitalisedLocatorComesBackToItsSquare) {
     // Sub-square letters are read as capitals; the forward conversion writes
     // small ones.
-    for (const auto& [la, lo] : {std::pair{41.7147, -72.7272}, {-33.8568, 151.2153}, {64.1466, -21.9426}}) {
+    for (const auto& [la, lo] :
+         {std::pair{41.7147, -72.7272}, {-33.8568, 151.2153}, {64.1466, -21.9426}}) {
         std::string grid = Locator(la, lo);
         for (char& c : grid) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
         double lon = 0, lat = 0;

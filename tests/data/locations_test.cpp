@@ -42,7 +42,8 @@ TEST(CompareLocation, CaseIsIgnoredAndEmptyCitiesGoLast) {
 TEST(PlacesFile, RewriteSortsAndReadsBackTheSamePlaces) {
     ScratchDir dir;
     std::vector<Location> places = {Place("zagreb", 45.815, 15.9819), Place("", 1, 2),
-                                    Place("Aachen", 50.7753, 6.0839), Place("Wellington", -41.2865, 174.7762)};
+                                    Place("Aachen", 50.7753, 6.0839),
+                                    Place("Wellington", -41.2865, 174.7762)};
     ASSERT_TRUE(RewritePlaces(dir.file("cities.dat"), &places));
     EXPECT_EQ(ReadText(dir.file("cities.dat")),
               "Aachen\tS\tC\t50.7753\t6.0839\n"
@@ -62,13 +63,15 @@ TEST(PlacesFile, RewriteSortsAndReadsBackTheSamePlaces) {
     EXPECT_EQ(back.names[0], "Aachen S C");
     std::vector<Location> none;
     EXPECT_TRUE(RewritePlaces(dir.file("cities.dat"), &none));
-    EXPECT_NE(ReadText(dir.file("cities.dat")).find("Aachen"), std::string::npos);  // an empty list writes nothing
+    EXPECT_NE(ReadText(dir.file("cities.dat")).find("Aachen"),
+              std::string::npos);  // an empty list writes nothing
 }
 
 TEST(PlacesFile, NumbersUseADecimalPointInAnyLocale) {
     const char* previous = std::setlocale(LC_ALL, nullptr);
     const std::string saved = previous != nullptr ? previous : "C";
-    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "de_DE.UTF-8 is not installed";
+    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr)
+        GTEST_SKIP() << "de_DE.UTF-8 is not installed";
     ScratchDir dir;
     std::vector<Location> places = {Place("Bern", 46.948, 7.4474)};
     const bool written = RewritePlaces(dir.file("cities.dat"), &places);
@@ -99,14 +102,16 @@ TEST(PlacesFile, ShortLinesYieldPartialPlacesWithoutNamesOrLights) {
 
 TEST(PlacesFile, LightPointsStopAt2048AndSitOnTheSphere) {
     std::string text;
-    for (int i = 0; i < 2100; ++i) text += "P" + std::to_string(i) + "\tS\tC\t" + std::to_string(i % 90) + "\t10\n";
+    for (int i = 0; i < 2100; ++i)
+        text += "P" + std::to_string(i) + "\tS\tC\t" + std::to_string(i % 90) + "\t10\n";
     ScratchDir dir;
     WriteText(dir.file("cities.dat"), text);
     PlacesList list;
     ASSERT_TRUE(LoadPlaces(dir.file("cities.dat"), &list));
     EXPECT_EQ(list.places.size(), 2100u);
     EXPECT_EQ(list.lightPoints.size(), static_cast<size_t>(kMaxLightPoints));
-    for (const Point3F& p : list.lightPoints) EXPECT_NEAR(std::sqrt(p.x * p.x + p.y * p.y + p.z * p.z), 1.001, 1e-5);
+    for (const Point3F& p : list.lightPoints)
+        EXPECT_NEAR(std::sqrt(p.x * p.x + p.y * p.y + p.z * p.z), 1.001, 1e-5);
 }
 
 TEST(PlacesFile, ChoosingAPlaceNegatesTheLongitude) {
@@ -134,7 +139,8 @@ TEST(BundledPlaces, ManyPlacesOnEveryContinent) {
         }
         countries.insert(p.country);
     }
-    for (const char* c : {"Canada", "Brazil", "United Kingdom", "Kenya", "Japan", "Australia", "Antarctica"})
+    for (const char* c :
+         {"Canada", "Brazil", "United Kingdom", "Kenya", "Japan", "Australia", "Antarctica"})
         EXPECT_EQ(countries.count(c), 1u) << c;
 }
 

@@ -163,7 +163,8 @@ TEST(ModesWriter, OptionalLinesAndSatellitesWithoutModes) {
     const std::string text = ReadText(dir.file("m.txt"));
     EXPECT_NE(text.find("SpeakName:\tFuji Oscar  29\n"), std::string::npos);
     EXPECT_NE(text.find("BLat:    \t-2.500000\nBLon:    \t180.250000\n"), std::string::npos);
-    EXPECT_NE(text.find("StartMA: \t10\nEndMA:   \t200\nEnabled:\t1\nPriority:\t3\n\n"), std::string::npos);
+    EXPECT_NE(text.find("StartMA: \t10\nEndMA:   \t200\nEnabled:\t1\nPriority:\t3\n\n"),
+              std::string::npos);
     EXPECT_EQ(text.find("AO-7"), std::string::npos);
 
     s->speakName[0] = '\0';
@@ -238,13 +239,14 @@ TEST(ModesReader, DefaultsForASatelliteWithoutABlock) {
 }
 
 TEST(ModesReader, MissingValuesAreZeroAndBlankPiecesTakeNoSlot) {
-    auto s = ModesOf("Satellite:\tXO-1\n"
-                     "Channel:\tA\tB\tC\n"
-                     "Uplink:\t145.1\t145.2\n"
-                     "Downlink:\t435.1\t-\t\t435.3\n"
-                     "CMode:\tJ_FM\n"
-                     "Tone:\t88.9\t-3.7\t1e300\n",
-                     "XO-1");
+    auto s = ModesOf(
+        "Satellite:\tXO-1\n"
+        "Channel:\tA\tB\tC\n"
+        "Uplink:\t145.1\t145.2\n"
+        "Downlink:\t435.1\t-\t\t435.3\n"
+        "CMode:\tJ_FM\n"
+        "Tone:\t88.9\t-3.7\t1e300\n",
+        "XO-1");
     EXPECT_EQ(s->numberOfActiveChannels, 3);
     EXPECT_EQ(s->enabled, 1);
     EXPECT_DOUBLE_EQ(s->modes[1].upFreq, 145.2);
@@ -256,7 +258,7 @@ TEST(ModesReader, MissingValuesAreZeroAndBlankPiecesTakeNoSlot) {
     EXPECT_EQ(s->modes[1].commMode, -1);  // no piece: written back as UNKNOWN
     EXPECT_EQ(s->modes[0].gTone, 88);     // truncated
     EXPECT_EQ(s->modes[1].gTone, -3);
-    EXPECT_EQ(s->modes[2].gTone, 0);      // beyond the integer range
+    EXPECT_EQ(s->modes[2].gTone, 0);  // beyond the integer range
 }
 
 TEST(ModesReader, TheFirstBlockWinsAndNamesMatchExactly) {
@@ -270,13 +272,14 @@ TEST(ModesReader, TheFirstBlockWinsAndNamesMatchExactly) {
 }
 
 TEST(ModesReader, LinesOutOfOrderAreLost) {
-    auto s = ModesOf("Satellite:\tXO-1\n"
-                     "Channel:\tA\n"
-                     "Downlink:\t435.1\n"
-                     "Uplink:\t145.1\n"
-                     "Enabled:\t1\n"
-                     "Priority:\t2\n",
-                     "XO-1");
+    auto s = ModesOf(
+        "Satellite:\tXO-1\n"
+        "Channel:\tA\n"
+        "Downlink:\t435.1\n"
+        "Uplink:\t145.1\n"
+        "Enabled:\t1\n"
+        "Priority:\t2\n",
+        "XO-1");
     EXPECT_DOUBLE_EQ(s->modes[0].downFreq, 435.1);
     EXPECT_DOUBLE_EQ(s->modes[0].upFreq, 0.0);  // came too late
     // Everything after the stray line is skipped until the next block.
@@ -284,15 +287,16 @@ TEST(ModesReader, LinesOutOfOrderAreLost) {
 }
 
 TEST(ModesReader, PerSatelliteLines) {
-    auto s = ModesOf("Satellite:\tXO-1\r\n"
-                     "TrackHours:\t000111  ignored\r\n"
-                     "SpeakName:\t   X  O   one\t\r\n"
-                     "BLon:    \t12.5\n"
-                     "StartMA: \t-5\n"
-                     "EndMA:   \t99999999999\n"
-                     "Enabled:\t0\n"
-                     "Priority:\t65537\n",
-                     "XO-1");
+    auto s = ModesOf(
+        "Satellite:\tXO-1\r\n"
+        "TrackHours:\t000111  ignored\r\n"
+        "SpeakName:\t   X  O   one\t\r\n"
+        "BLon:    \t12.5\n"
+        "StartMA: \t-5\n"
+        "EndMA:   \t99999999999\n"
+        "Enabled:\t0\n"
+        "Priority:\t65537\n",
+        "XO-1");
     EXPECT_STREQ(s->trackHours, "000111");
     EXPECT_STREQ(s->speakName, "X  O   one");
     EXPECT_EQ(s->hasBVals, 1);  // BLon alone sets it
@@ -300,7 +304,7 @@ TEST(ModesReader, PerSatelliteLines) {
     EXPECT_DOUBLE_EQ(s->bLonDegs, 12.5);
     EXPECT_EQ(s->startMA, -5);
     EXPECT_EQ(s->endMA, 2147483647);
-    EXPECT_EQ(s->enabled, 0);  // found, but disabled by its line
+    EXPECT_EQ(s->enabled, 0);   // found, but disabled by its line
     EXPECT_EQ(s->priority, 1);  // kept in 16 bits
     EXPECT_EQ(s->numberOfActiveChannels, 0);
 }
@@ -308,8 +312,8 @@ TEST(ModesReader, PerSatelliteLines) {
 TEST(ModesReader, LongTextIsCutToTheFields) {
     const std::string longName(300, 'N');
     const std::string longWord(400, '1');  // within the 512 characters read
-    auto s = ModesOf("Satellite:\tXO-1\nChannel:\t" + longName + "\tB\n" + "TrackHours:\t" + longWord +
-                         "\nSpeakName:\t" + longName + "\n",
+    auto s = ModesOf("Satellite:\tXO-1\nChannel:\t" + longName + "\tB\n" + "TrackHours:\t" +
+                         longWord + "\nSpeakName:\t" + longName + "\n",
                      "XO-1");
     EXPECT_EQ(std::strlen(s->modes[0].channel), sizeof s->modes[0].channel - 1);
     EXPECT_STREQ(s->modes[1].channel, "B");
@@ -319,17 +323,18 @@ TEST(ModesReader, LongTextIsCutToTheFields) {
 
 TEST(ModesReader, MemoryIndexAnswersExactlyAsTheFileReader) {
     std::string text = testing::ReadText(Resource("mode.dat"));
-    text += "Satellite:\tAO-7\nChannel:\tShadowed\n\n"
-            "Satellite:XO-2\nChannel:\tA\tB\nUplink:\t1\t-\t2\nCMode:\tB_FMJA_SSB\nBeacon:\t7\n"
-            "Satellite: \t XO-3 trailing words\nDownlink:\t9\nChannel:\tLate\n"
-            "Satellite:\n\nSatellite:\tXO-4";
+    text +=
+        "Satellite:\tAO-7\nChannel:\tShadowed\n\n"
+        "Satellite:XO-2\nChannel:\tA\tB\nUplink:\t1\t-\t2\nCMode:\tB_FMJA_SSB\nBeacon:\t7\n"
+        "Satellite: \t XO-3 trailing words\nDownlink:\t9\nChannel:\tLate\n"
+        "Satellite:\n\nSatellite:\tXO-4";
     ScratchDir dir;
     WriteText(dir.file("m.txt"), text);
     ModesFile modes;
     ASSERT_TRUE(modes.load(dir.file("m.txt")));
     FILE* f = std::fopen(dir.file("m.txt").c_str(), "r");
-    for (const char* name : {"AO-7", "FO-29", "ISS", "QO-100", "BetweenPasses", "OnExit", "XO-2", "XO-3", "XO-4",
-                             "Moon", "", "AO"}) {
+    for (const char* name : {"AO-7", "FO-29", "ISS", "QO-100", "BetweenPasses", "OnExit", "XO-2",
+                             "XO-3", "XO-4", "Moon", "", "AO"}) {
         SCOPED_TRACE(name);
         auto fromMemory = NewSatRec();
         auto fromFile = NewSatRec();
@@ -343,8 +348,9 @@ TEST(ModesReader, MemoryIndexAnswersExactlyAsTheFileReader) {
 
 TEST(ModesFileRoundTrip, BlocksOfOtherSatellitesAreKeptWhole) {
     ModesFile modes;
-    modes.setText("Satellite:\tAO-7\nChannel:\tA\n\nSatellite:\tRS-44\nChannel:\tB\nEnabled:\t0\n\n"
-                  "Satellite:\tAO-7\nChannel:\tShadowed\n\nSatellite:\tXO-9\nChannel:\tC");
+    modes.setText(
+        "Satellite:\tAO-7\nChannel:\tA\n\nSatellite:\tRS-44\nChannel:\tB\nEnabled:\t0\n\n"
+        "Satellite:\tAO-7\nChannel:\tShadowed\n\nSatellite:\tXO-9\nChannel:\tC");
     EXPECT_EQ(modes.blocksNotIn({"AO-7"}),
               "Satellite:\tRS-44\nChannel:\tB\nEnabled:\t0\n\nSatellite:\tXO-9\nChannel:\tC\n\n");
     EXPECT_EQ(modes.blocksNotIn({"AO-7", "RS-44", "XO-9"}), "");
@@ -352,7 +358,8 @@ TEST(ModesFileRoundTrip, BlocksOfOtherSatellitesAreKeptWhole) {
     auto s = NewSatRec();
     FillExample(s.get());
     ScratchDir dir;
-    ASSERT_TRUE(WriteModeFile(dir.file("m.txt"), s.get(), 1, *NewSatRec(), *NewSatRec(), modes.blocksNotIn({"AO-7"})));
+    ASSERT_TRUE(WriteModeFile(dir.file("m.txt"), s.get(), 1, *NewSatRec(), *NewSatRec(),
+                              modes.blocksNotIn({"AO-7"})));
     ModesFile back;
     ASSERT_TRUE(back.load(dir.file("m.txt")));
     auto rs44 = NewSatRec();
@@ -365,8 +372,9 @@ TEST(ModesFileRoundTrip, BlocksOfOtherSatellitesAreKeptWhole) {
 TEST(ModesReader, HostileFilesLoadWithoutOverflow) {
     std::string garbage;
     for (int i = 0; i < 200000; ++i) garbage += static_cast<char>((i * 7919) % 256);
-    std::string hostile = "Satellite:\tXO-1\nChannel:" + std::string(100000, '\t') + "\nUplink:" +
-                          std::string(100000, 'x') + "\nSatellite:\t" + std::string(5000, 'Y') + "\n" + garbage;
+    std::string hostile = "Satellite:\tXO-1\nChannel:" + std::string(100000, '\t') +
+                          "\nUplink:" + std::string(100000, 'x') + "\nSatellite:\t" +
+                          std::string(5000, 'Y') + "\n" + garbage;
     for (const std::string& text : {garbage, hostile}) {
         int count = -1;
         auto s = ModesOf(text, "XO-1", &count);
@@ -378,7 +386,8 @@ TEST(ModesReader, HostileFilesLoadWithoutOverflow) {
 TEST(ModesFileRoundTrip, NumbersUseADecimalPointInAnyLocale) {
     const char* previous = std::setlocale(LC_ALL, nullptr);
     const std::string saved = previous != nullptr ? previous : "C";
-    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "de_DE.UTF-8 is not installed";
+    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr)
+        GTEST_SKIP() << "de_DE.UTF-8 is not installed";
     char probe[32];
     std::snprintf(probe, sizeof probe, "%.1f", 1.5);
     EXPECT_STREQ(probe, "1,5");  // the locale is really in force

@@ -15,9 +15,10 @@
 namespace veloran::testing {
 
 class ScratchDir {
-public:
+  public:
     ScratchDir() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "veloran-test-XXXXXX").string();
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "veloran-test-XXXXXX").string();
         path_ = mkdtemp(pattern.data());
     }
     ~ScratchDir() {
@@ -30,7 +31,7 @@ public:
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const { return path_ + "/" + name; }
 
-private:
+  private:
     std::string path_;
 };
 
@@ -46,9 +47,13 @@ inline std::string ReadText(const std::string& path) {
     return text.str();
 }
 
-inline std::string Resource(const std::string& name) { return std::string(VELORAN_RESOURCE_DIR) + "/" + name; }
+inline std::string Resource(const std::string& name) {
+    return std::string(VELORAN_RESOURCE_DIR) + "/" + name;
+}
 
 // A zeroed record on the heap (records are about 20 kB).
-inline std::unique_ptr<SatRec> NewSatRec() { return std::make_unique<SatRec>(); }
+inline std::unique_ptr<SatRec> NewSatRec() {
+    return std::make_unique<SatRec>();
+}
 
 }  // namespace veloran::testing

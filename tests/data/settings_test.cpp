@@ -102,16 +102,59 @@ TEST(SiteDefaults, TheStartUpStation) {
 }
 
 TEST(Prefs, WrittenInTheirOrder) {
-    const std::vector<std::string> expected = {
-        "main_sat_num", "radio", "radioport", "radiobaud", "vfo_enabled", "vfo_locked", "beacon_enabled",
-        "full_doppler_tuning", "icomAddress", "commandDelay", "s_meter_enabled", "dial_tracking_enabled", "rotor",
-        "rotorport", "rotorbaud", "rotor_enabled", "rotor_manual", "park", "siteParkAz", "siteParkEl",
-        "siteAzOffset", "siteElOffset", "deadspot", "userCallSign", "speech", "sounds", "debug", "kilometers",
-        "utc", "location_name", "site_latitude", "site_longitude", "siteAltitude", "siteMinimumElevation",
-        "gatewayport", "gatewaybaud", "gateway_enabled", "map_2d_width", "track_list_enabled",
-        "followSat_enabled", "2D_Visible_Rect", "qcameraPOV", "qresolution", "qcameraDistance",
-        "qshowNightLight", "qdisplayTrackList", "qgroundCoverage", "qdisplayMapLabels", "qlatLongLinesDeg",
-        "qshowSkyTrack", "qshowGroundTrack", "qshowOrbitalPlane", "qshowCityLights"};
+    const std::vector<std::string> expected = {"main_sat_num",
+                                               "radio",
+                                               "radioport",
+                                               "radiobaud",
+                                               "vfo_enabled",
+                                               "vfo_locked",
+                                               "beacon_enabled",
+                                               "full_doppler_tuning",
+                                               "icomAddress",
+                                               "commandDelay",
+                                               "s_meter_enabled",
+                                               "dial_tracking_enabled",
+                                               "rotor",
+                                               "rotorport",
+                                               "rotorbaud",
+                                               "rotor_enabled",
+                                               "rotor_manual",
+                                               "park",
+                                               "siteParkAz",
+                                               "siteParkEl",
+                                               "siteAzOffset",
+                                               "siteElOffset",
+                                               "deadspot",
+                                               "userCallSign",
+                                               "speech",
+                                               "sounds",
+                                               "debug",
+                                               "kilometers",
+                                               "utc",
+                                               "location_name",
+                                               "site_latitude",
+                                               "site_longitude",
+                                               "siteAltitude",
+                                               "siteMinimumElevation",
+                                               "gatewayport",
+                                               "gatewaybaud",
+                                               "gateway_enabled",
+                                               "map_2d_width",
+                                               "track_list_enabled",
+                                               "followSat_enabled",
+                                               "2D_Visible_Rect",
+                                               "qcameraPOV",
+                                               "qresolution",
+                                               "qcameraDistance",
+                                               "qshowNightLight",
+                                               "qdisplayTrackList",
+                                               "qgroundCoverage",
+                                               "qdisplayMapLabels",
+                                               "qlatLongLinesDeg",
+                                               "qshowSkyTrack",
+                                               "qshowGroundTrack",
+                                               "qshowOrbitalPlane",
+                                               "qshowCityLights"};
     EXPECT_EQ(PrefKeys(), expected);
     SiteRec site;
     ViewPrefs view;
@@ -181,7 +224,8 @@ TEST(Prefs, MissingOrBrokenKeysLeaveTheDefaults) {
 TEST(Prefs, NumbersUseADecimalPointInAnyLocale) {
     const char* previous = std::setlocale(LC_ALL, nullptr);
     const std::string saved = previous != nullptr ? previous : "C";
-    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "de_DE.UTF-8 is not installed";
+    if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr)
+        GTEST_SKIP() << "de_DE.UTF-8 is not installed";
     SiteRec site;
     ViewPrefs view;
     FillSettings(&site, &view);
@@ -213,7 +257,8 @@ TEST(Tweaks, StoredPerSatelliteAndReadBack) {
     sat->modes[1].BEOffset = 1.5;
     MemoryUserDefaults store;
     SaveTweaks(&store, *sat);
-    EXPECT_EQ(store.stringForKey(TweaksKey("RS-44")), "0.001000 -0.002500 0.000000\t0.000000 0.000000 1.500000\t");
+    EXPECT_EQ(store.stringForKey(TweaksKey("RS-44")),
+              "0.001000 -0.002500 0.000000\t0.000000 0.000000 1.500000\t");
 
     auto back = testing::NewSatRec();
     std::strcpy(back->name, "RS-44");
