@@ -11,9 +11,9 @@
 
 #include "cli/commands.h"
 #include "cli/options.h"
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "radio/drivers.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 
 namespace veloran::cli {
 

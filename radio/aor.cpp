@@ -9,9 +9,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
-#include "radio/textline.h"
+#include "radio/drivers.h"
+#include "radio/textcommand.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -66,7 +66,7 @@ int SetAORVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int
     if (!DriverCommonStart(&gLast, 0.0, downMHz, force, nullptr, &down)) return 1;
     const char* mode = ModeFor(commMode);
     if (mode == nullptr) return 1;  // UNKNOWN: leave the receiver alone
-    TextLine line{fd, debug};
+    TextCommandLine line{fd, debug};
     line.flush();
     if (force) line.send(mode);
     char command[24];
@@ -77,7 +77,7 @@ int SetAORVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int
 
 int SquelchedAOR(int fd, VFORec* vfo, bool debug) {
     if (fd == -1) return 0;
-    TextLine line{fd, debug};
+    TextCommandLine line{fd, debug};
     line.flush();
     line.send("LM\r");
     if (!line.ok) return 0;

@@ -4,10 +4,11 @@
 // Row 13 (TS-790) is never connected: choosing it makes every tuning fail,
 // which switches the radio off with a beep.
 
+#include "radio/drivers.h"
+
 #include <cmath>
 
 #include "radio/aor.h"
-#include "radio/driver.h"
 #include "radio/icom.h"
 #include "radio/kenwood.h"
 #include "radio/pcr1000.h"

@@ -3,9 +3,9 @@
 
 #include "radio/icom.h"
 
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "radio/drivers.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 
 namespace veloran {
 

@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "radio/drivers.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 
 namespace veloran {
 

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
-#include "radio/textline.h"
+#include "radio/drivers.h"
+#include "radio/textcommand.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -25,7 +25,7 @@ constexpr int kFilter3k = 0, kFilter6k = 1, kFilter15k = 2, kFilter230k = 4;
 
 LastSent gLast = {0, 0};
 
-struct Line : TextLine {
+struct Line : TextCommandLine {
     // The first four characters of the answer; false when fewer came.
     bool answer(char* text) {
         if (!ok) return false;

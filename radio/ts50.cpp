@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
-#include "radio/textline.h"
+#include "radio/drivers.h"
+#include "radio/textcommand.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -21,7 +21,7 @@ constexpr int kReplyTicks = 30;
 
 LastSent gLast = {0, 0};
 
-struct Line : TextLine {
+struct Line : TextCommandLine {
     void frequency(const char* vfo, uint32_t hertz) {
         char command[24];
         std::snprintf(command, sizeof command, "%s%011u;", vfo, hertz);
@@ -84,7 +84,7 @@ void StartTS50(int fd, bool debug) {
 
 void KillTS50(int fd, bool debug) {
     if (fd == -1) return;
-    TextLine{fd, debug}.flush();
+    TextCommandLine{fd, debug}.flush();
 }
 
 int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "radio/serial.h"
+#include "serial/serial.h"
 
 namespace veloran {
 

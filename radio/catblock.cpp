@@ -1,13 +1,13 @@
-// Yaesu CAT command blocks, frequency packing, the CTCSS tables and the
-// conversation helper the model drivers share.
+// The Yaesu CAT command blocks every model shares: block builders, frequency
+// packing, the CTCSS tables, the conversation helper and the status probe.
 
 #include <cstdio>
 #include <cstring>
 
 #include "radio/bcd.h"
-#include "radio/serial.h"
+#include "radio/catline.h"
 #include "radio/yaesu.h"
-#include "radio/yaesu_line.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -84,6 +84,12 @@ uint8_t SingleChannelModeFor(int commMode) {
     return kModeFM;
 }
 
+uint32_t BcdFrequency10Hz(const unsigned char* four) {
+    uint32_t tens = 0;
+    for (int i = 0; i < 4; ++i) tens = tens * 100 + static_cast<uint32_t>(UnpackBCD(four[i]));
+    return tens * 10;
+}
+
 }  // namespace yaesu
 
 namespace {
@@ -111,6 +117,9 @@ constexpr Ft847Tone kFt847Tones[] = {
     {1862, 0x04}, {1928, 0x13}, {2035, 0x03}, {2107, 0x12}, {2181, 0x02}, {2257, 0x11},
     {2336, 0x01}, {2418, 0x10}, {2503, 0x00},
 };
+
+// The FT-736R, FT-847 and FT-817 answer the status read within half a second.
+constexpr int kStatusReplyTicks = 30;
 
 // "%09d" of the hertz, first eight digits: 10 Hz units, the 1 Hz digit
 // dropped. A value past 999999999 Hz keeps only its leading digits.
@@ -200,6 +209,15 @@ uint8_t FT847ToneCode(int index) {
         if (d < bestD) best = &t;
     }
     return best->code;
+}
+
+int YaesuRadioAnswers(int fd, bool debug) {
+    if (fd == -1) return 0;
+    yaesu::CatLine line{fd, debug};
+    line.flush();
+    line.d1(yaesu::kReadRxStatus, 0);
+    unsigned char reply[4];
+    return line.read(reply, 1, kStatusReplyTicks) == 1 ? 1 : 0;
 }
 
 void ResetYaesuDriverState() {
