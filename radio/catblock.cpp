@@ -43,19 +43,19 @@ int CatLine::read(unsigned char* reply, int count, int ticks) {
 
 uint8_t UplinkModeFor(int commMode) {
     switch (commMode) {
-        case 2:
-        case 10:
-        case 11:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
+        case CommMode::JD_MIX:
             return kModeFM;
-        case 3:
-        case 4:
-        case 5:
-        case 13:
+        case CommMode::JA_SSB:
+        case CommMode::B_SSB:
+        case CommMode::A_SSB:
+        case CommMode::T_SSB:
             return kModeLSB;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
             return kModeCW;
         default:
             return kModeUSB;  // 17, J_EXP
@@ -64,14 +64,14 @@ uint8_t UplinkModeFor(int commMode) {
 
 uint8_t DownlinkModeFor(int commMode) {
     switch (commMode) {
-        case 2:
-        case 10:
-        case 17:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
+        case CommMode::J_EXP:
             return kModeFM;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
             return kModeCW;
         default:
             return kModeUSB;  // 3, 4, 5, 11, 13
@@ -79,8 +79,8 @@ uint8_t DownlinkModeFor(int commMode) {
 }
 
 uint8_t SingleChannelModeFor(int commMode) {
-    if (commMode == 15) return kModeAM;
-    if (commMode == 16) return kModeUSB;
+    if (commMode == CommMode::SIMP_AM) return kModeAM;
+    if (commMode == CommMode::SIMP_SSB) return kModeUSB;
     return kModeFM;
 }
 

@@ -25,32 +25,32 @@ constexpr uint32_t k100DialDeadBandHz = 50;
 // FT-100D mode for a commMode; false when the mode is not one to set.
 bool mode100For(int commMode, uint8_t* mode) {
     switch (commMode) {
-        case 15:
+        case CommMode::SIMP_AM:
             *mode = k100ModeAM;
             return true;
-        case 12:
+        case CommMode::WIDE_FM:
             *mode = k100ModeWFM;
             return true;
-        case 16:
-        case 3:
-        case 4:
-        case 5:
-        case 11:
-        case 13:
+        case CommMode::SIMP_SSB:
+        case CommMode::JA_SSB:
+        case CommMode::B_SSB:
+        case CommMode::A_SSB:
+        case CommMode::JD_MIX:
+        case CommMode::T_SSB:
             *mode = k100ModeUSB;
             return true;
-        case 1:
-        case 6:
-        case 2:
-        case 10:
-        case 17:
+        case CommMode::REPEATER:
+        case CommMode::SIMP_FM:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
+        case CommMode::J_EXP:
             *mode = k100ModeFM;
             return true;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
-        case -1:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
+        case CommMode::RECEIVE_ONLY:
             *mode = k100ModeCW;
             return true;
         default:

@@ -70,7 +70,7 @@ int Set736VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int
         }
         line.frequency(k736SatRxFrequency, down);
         line.frequency(k736SatTxFrequency, up);
-    } else if (commMode == kReceiveOnlyMode) {
+    } else if (commMode == CommMode::RECEIVE_ONLY) {
         if (force) {
             line.d1(k736FullDuplexOff, 0);
             line.d1(kRepeaterShift, kShiftSimplex);

@@ -125,7 +125,7 @@ int SetFT817VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, i
         }
         line.frequency(kSetFrequency, down);
         ack817(&line);
-    } else if (commMode == kReceiveOnlyMode) {
+    } else if (commMode == CommMode::RECEIVE_ONLY) {
         if (force) {
             line.d1(kSplitOff, 0);
             ack817(&line);

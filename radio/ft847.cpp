@@ -32,19 +32,19 @@ constexpr uint32_t kFt847DialDeadBandHz = 50;
 // FT-847 satellite modes by commMode, in the order the set-up sends them.
 uint8_t Ft847FirstMode(int commMode) {
     switch (commMode) {
-        case 2:
-        case 10:
-        case 17:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
+        case CommMode::J_EXP:
             return kModeFM;
-        case 3:
-        case 4:
-        case 5:
-        case 13:
+        case CommMode::JA_SSB:
+        case CommMode::B_SSB:
+        case CommMode::A_SSB:
+        case CommMode::T_SSB:
             return kModeLSB;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
             return kModeCW;
         default:
             return kModeUSB;  // 11
@@ -53,13 +53,13 @@ uint8_t Ft847FirstMode(int commMode) {
 
 uint8_t Ft847SecondMode(int commMode) {
     switch (commMode) {
-        case 2:
-        case 10:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
             return kModeFM;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
             return kModeCW;
         default:
             return kModeUSB;  // 3, 4, 5, 13
@@ -159,9 +159,9 @@ int Set847VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int
             // as the original program did, so only the second one sticks.
             line.d1(kSatTxMode, Ft847FirstMode(commMode));
             line.flush();
-            if (commMode == 11)
+            if (commMode == CommMode::JD_MIX)
                 line.d1(kSatTxMode, kModeFM);
-            else if (commMode == 17)
+            else if (commMode == CommMode::J_EXP)
                 line.d1(kSatTxMode, kModeUSB);
             else
                 line.d1(kSatRxMode, Ft847SecondMode(commMode));
@@ -172,7 +172,7 @@ int Set847VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int
         line.flush();
         line.frequency(kSatTxFrequency, up);
         line.flush();
-    } else if (commMode == kReceiveOnlyMode) {
+    } else if (commMode == CommMode::RECEIVE_ONLY) {
         if (force) {
             line.d1(kSatModeOff, 0);
             line.flush();

@@ -17,30 +17,30 @@ constexpr uint8_t kVR5000ModeCW = 0x02;
 
 bool modeVR5000For(int commMode, uint8_t* mode) {
     switch (commMode) {
-        case 15:
+        case CommMode::SIMP_AM:
             *mode = kVR5000ModeAM;
             return true;
-        case 16:
-        case 3:
-        case 4:
-        case 5:
-        case 11:
-        case 13:
+        case CommMode::SIMP_SSB:
+        case CommMode::JA_SSB:
+        case CommMode::B_SSB:
+        case CommMode::A_SSB:
+        case CommMode::JD_MIX:
+        case CommMode::T_SSB:
             *mode = kVR5000ModeUSB;
             return true;
-        case 1:
-        case 6:
-        case 12:
-        case 2:
-        case 10:
-        case 17:
+        case CommMode::REPEATER:
+        case CommMode::SIMP_FM:
+        case CommMode::WIDE_FM:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
+        case CommMode::J_EXP:
             *mode = kVR5000ModeFM;
             return true;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
-        case -1:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
+        case CommMode::RECEIVE_ONLY:
             *mode = kVR5000ModeCW;
             return true;
         default:
