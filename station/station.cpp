@@ -176,7 +176,7 @@ int Station::start(std::string* error) {
             running_ = false;
             return 0;
         }
-        controller_->selectSatelliteWithIndex(index);
+        controller_->chooseSatelliteAtStart(index);
     }
     if (options_.timeOffsetMinutes != 0)
         controller_->timeSlid(static_cast<int>(options_.timeOffsetMinutes));
