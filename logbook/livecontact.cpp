@@ -5,6 +5,7 @@
 #include <strings.h>
 
 #include <cctype>
+#include <cmath>
 
 namespace veloran {
 
@@ -21,6 +22,11 @@ std::string BaseCall(const std::string& call) {
     const size_t slash = upper.rfind('/');
     if (slash != std::string::npos && upper.size() - slash <= 4 && slash > 0) upper.resize(slash);
     return upper;
+}
+
+// Frequencies are logged to the hertz, as the radio is tuned.
+double ToHertz(double mhz) {
+    return std::round(mhz * 1e6) / 1e6;
 }
 
 }  // namespace
@@ -79,6 +85,8 @@ int MakeContact(const LiveContactState* state, const ContactEntry* entry, const 
             out->uplinkMHz = state->radioUpMHz + m->txVrtrUp + state->dopplerTX;
             out->downlinkMHz = state->radioDownMHz + m->txVrtrDn - state->dopplerRX;
         }
+        out->uplinkMHz = ToHertz(out->uplinkMHz);
+        out->downlinkMHz = ToHertz(out->downlinkMHz);
     }
     if (dxcc) {
         if (const DxccEntity* e = LookupDxcc(dxcc, out->call)) {

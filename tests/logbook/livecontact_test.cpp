@@ -64,8 +64,8 @@ TEST(LiveContact, FrequenciesAreThoseAtTheSatellite) {
         ContactEntry entry{"dl1abc", "59", "55", "JO62", ""};
         ContactRec out;
         ASSERT_EQ(MakeContact(&state, &entry, nullptr, &out), 1);
-        EXPECT_NEAR(out.uplinkMHz, c.up, 1e-9) << c.what;  // to the hertz and better
-        EXPECT_NEAR(out.downlinkMHz, c.down, 1e-9) << c.what;
+        EXPECT_DOUBLE_EQ(out.uplinkMHz, c.up) << c.what;  // rounded to the hertz
+        EXPECT_DOUBLE_EQ(out.downlinkMHz, c.down) << c.what;
         EXPECT_EQ(out.mode, c.adifMode) << c.what;
         EXPECT_EQ(out.transponder, c.mode->channel);
         EXPECT_EQ(out.call, "DL1ABC");
