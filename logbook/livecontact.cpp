@@ -6,6 +6,9 @@
 
 #include <cctype>
 #include <cmath>
+#include <cstring>
+
+#include "data/grid.h"
 
 namespace veloran {
 
@@ -30,6 +33,14 @@ double ToHertz(double mhz) {
 }
 
 }  // namespace
+
+void FillStation(const SiteRec* site, LiveContactState* state) {
+    state->myCall =
+        Upper(std::string(site->call_sign, strnlen(site->call_sign, sizeof site->call_sign)));
+    char grid[7];
+    LatLon_to_Grid(site->siteLatDegs, site->siteLongDegs, grid);  // both take west positive
+    state->myGrid = grid;
+}
 
 std::string AdifModeOf(int commMode) {
     // The commMode numbering of the modes file.
@@ -71,8 +82,8 @@ int MakeContact(const LiveContactState* state, const ContactEntry* entry, const 
     out->comment = entry->comment;
     out->startUTC = state->nowUTC;
     out->satellite = state->satellite ? state->satellite : "";
-    out->myCall = Upper(state->myCall ? state->myCall : "");
-    out->myGrid = state->myGrid ? state->myGrid : "";
+    out->myCall = Upper(state->myCall);
+    out->myGrid = state->myGrid;
     if (const ModeRec* m = state->mode) {
         out->transponder = m->channel;
         out->mode = AdifModeOf(m->commMode);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/satrec.h"
+#include "engine/siterec.h"
 #include "logbook/contact.h"
 #include "logbook/dxcc.h"
 
@@ -22,9 +23,12 @@ struct LiveContactState {
     double dopplerRX = 0;           // Doppler shift of the downlink, MHz
     bool listenForBeacon = false;   // the radio is on the beacon
     uint32_t nowUTC = 0;            // seconds since 1904
-    const char* myCall = "";
-    const char* myGrid = "";  // the station's locator
+    std::string myCall;
+    std::string myGrid;  // the station's locator
 };
+
+// Our call and six-character locator from the site record.
+void FillStation(const SiteRec* site, LiveContactState* state);
 
 // What the operator typed.
 struct ContactEntry {

@@ -79,6 +79,17 @@ TEST(LiveContact, FrequenciesAreThoseAtTheSatellite) {
     EXPECT_EQ(MakeContact(&state, &empty, nullptr, &out), 0);
 }
 
+TEST(LiveContact, StationFromTheSiteRecord) {
+    SiteRec site{};
+    std::strcpy(site.call_sign, "w1aw");
+    site.siteLatDegs = 41.7147;   // W1AW, Newington CT: FN31pr (ARRL)
+    site.siteLongDegs = 72.7272;  // west positive
+    LiveContactState state;
+    FillStation(&site, &state);
+    EXPECT_EQ(state.myCall, "W1AW");
+    EXPECT_EQ(state.myGrid, "FN31pr");
+}
+
 TEST(LiveContact, CountryFromTheTable) {
     DxccTable table;
     ASSERT_EQ(LoadDxccTable(testing::Resource(kDxccFileName), &table, nullptr), 1);
