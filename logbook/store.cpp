@@ -191,10 +191,16 @@ int OpenLogStore(const std::string& path, LogStore* store) {
     // write lock for a moment.
     sqlite3_busy_timeout(store->db, 5000);
     const int version = LogSchemaVersion(store);
-    if (version < 0 || !Exec(store, "PRAGMA journal_mode=WAL") ||
-        !Exec(store, "PRAGMA synchronous=FULL")) {
-        store->error = path + " is not a logbook (" + store->error + ")";
-        if (version < 0) store->error = path + " is not a logbook";
+    if (version < 0) {
+        store->error = path + " is not a logbook";
+        CloseLogStore(store);
+        return 0;
+    }
+    // The write-ahead log keeps every committed contact through a crash;
+    // synchronous=FULL also syncs it at each commit, so a pulled plug keeps
+    // them too.
+    if (!Exec(store, "PRAGMA journal_mode=WAL") || !Exec(store, "PRAGMA synchronous=FULL")) {
+        store->error = "cannot set up the logbook " + path + ": " + store->error;
         CloseLogStore(store);
         return 0;
     }
@@ -283,7 +289,10 @@ int DeleteContact(LogStore* store, int64_t id) {
 }
 
 int ListContacts(LogStore* store, uint32_t sinceUTC, std::vector<ContactRec>* out) {
-    if (!store->db) return Fail(store, "the logbook is not open") - 1;
+    if (!store->db) {
+        Fail(store, "the logbook is not open");
+        return -1;
+    }
     return Select(
         store, "start_utc >= ?", [&](sqlite3_stmt* st) { sqlite3_bind_int64(st, 1, sinceUTC); },
         out);
@@ -291,7 +300,10 @@ int ListContacts(LogStore* store, uint32_t sinceUTC, std::vector<ContactRec>* ou
 
 int FindContacts(LogStore* store, const std::string& call, const std::string& satellite,
                  uint32_t fromUTC, uint32_t toUTC, std::vector<ContactRec>* out) {
-    if (!store->db) return Fail(store, "the logbook is not open") - 1;
+    if (!store->db) {
+        Fail(store, "the logbook is not open");
+        return -1;
+    }
     return Select(
         store, "call = ? AND satellite = ? AND start_utc BETWEEN ? AND ?",
         [&](sqlite3_stmt* st) {
