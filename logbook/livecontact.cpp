@@ -122,4 +122,14 @@ int FindDuplicate(const std::vector<ContactRec>& log, const ContactRec* contact,
     return -1;
 }
 
+int CheckDuplicate(LogStore* store, const ContactRec* contact, uint32_t passStartUTC,
+                   ContactRec* earlier) {
+    std::vector<ContactRec> recent;
+    if (ListContacts(store, passStartUTC, &recent) < 0) return -1;
+    const int index = FindDuplicate(recent, contact, passStartUTC, contact->startUTC);
+    if (index < 0) return 0;
+    if (earlier) *earlier = recent[static_cast<size_t>(index)];
+    return 1;
+}
+
 }  // namespace veloran

@@ -10,6 +10,7 @@
 #include "engine/siterec.h"
 #include "logbook/contact.h"
 #include "logbook/dxcc.h"
+#include "logbook/store.h"
 
 namespace veloran {
 
@@ -56,5 +57,16 @@ int MakeContact(const LiveContactState* state, const ContactEntry* entry, const 
 // [passStartUTC, passEndUTC], or -1.
 int FindDuplicate(const std::vector<ContactRec>& log, const ContactRec* contact,
                   uint32_t passStartUTC, uint32_t passEndUTC);
+
+// How far back a pass reaches when its AOS is not known: longer than any
+// low-orbit pass, shorter than an orbit, so only this pass is searched.
+constexpr uint32_t kPassLookBackSeconds = 30 * 60;
+
+// Whether the log already holds this station on this satellite since
+// passStartUTC (the AOS of the pass in progress, or the contact's start less
+// kPassLookBackSeconds). 1 with the earlier contact in *earlier, 0 when not,
+// -1 when the log cannot be read (store->error says why).
+int CheckDuplicate(LogStore* store, const ContactRec* contact, uint32_t passStartUTC,
+                   ContactRec* earlier);
 
 }  // namespace veloran

@@ -126,6 +126,21 @@ TEST(LiveContact, DuplicatesAreSameCallSatelliteAndPass) {
         candidate.id = c.id;
         EXPECT_EQ(FindDuplicate(log, &candidate, aos, los), c.duplicate) << c.call;
     }
+
+    // The same check on the saved log, from the pass's start to now.
+    testing::ScratchDir dir;
+    LogStore store;
+    ASSERT_EQ(OpenLogStore(LogbookPath(dir.path()), &store), 1);
+    ASSERT_EQ(AddContacts(&store, &log), 1);
+    ContactRec now = log[2];
+    now.id = 0;
+    now.startUTC = aos + 300;
+    ContactRec earlier;
+    EXPECT_EQ(CheckDuplicate(&store, &now, aos, &earlier), 1);
+    EXPECT_EQ(earlier.call, "G4ABC/P");
+    now.startUTC = aos + 119;  // before the other contact: nothing earlier in this pass
+    EXPECT_EQ(CheckDuplicate(&store, &now, aos, &earlier), 0);
+    CloseLogStore(&store);
 }
 
 }  // namespace
