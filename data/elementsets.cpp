@@ -338,7 +338,8 @@ bool ElementsPlausible(const OrbitElements& e, std::string* why) {
             return false;
         }
     }
-    if (e.catalog <= 0 || e.catalog > 999999999) {
+    // 0 stands for a number beyond Alpha-5 in a file we wrote (see the side table).
+    if (e.catalog < 0 || e.catalog > 999999999) {
         *why = "no catalogue number";
     } else if (e.epochYear < 1957 || e.epochYear > 2056 || e.epochDay < 1.0 ||
                e.epochDay >= 367.0) {

@@ -35,14 +35,17 @@ std::string Trim(const std::string& s) {
 // Short-name candidates of a long name, in the order they are tried.
 std::vector<std::string> Candidates(const std::string& longName) {
     std::vector<std::string> out;
+    std::string plain = longName;
     const size_t open = longName.rfind('(');
-    const size_t close = longName.find(')', open == std::string::npos ? 0 : open);
-    if (open != std::string::npos && close != std::string::npos)
+    const size_t close = open == std::string::npos ? open : longName.find(')', open);
+    if (close != std::string::npos) {
         out.push_back(Trim(longName.substr(open + 1, close - open - 1)));
-    std::string hyphenated = Trim(longName);
+        plain = longName.substr(0, open);  // "SAUDISAT 1C" of "SAUDISAT 1C (SO-50)"
+    }
+    std::string hyphenated = Trim(plain);
     std::replace(hyphenated.begin(), hyphenated.end(), ' ', '-');
     out.push_back(hyphenated);
-    std::istringstream words(longName);
+    std::istringstream words(plain);
     std::string first;
     if (words >> first) out.push_back(first);
     return out;

@@ -196,10 +196,6 @@ bool ReadOmmJson(const std::string& text, std::vector<OrbitElements>* out, Conve
         *error = "not valid JSON";
         return false;
     }
-    if (!doc.is_array() && !doc.is_object()) {
-        *error = "the JSON holds neither a list of records nor a record";
-        return false;
-    }
     const auto takeOne = [&](const nlohmann::json& record) {
         if (!record.is_object()) {
             if (report->skipped++ == 0) report->firstProblem = "an entry is not a record";
