@@ -102,5 +102,32 @@ TEST(Download, FailuresAreSpokenAndLogged) {
     EXPECT_EQ(rig.app->GetTotalSats(), 0);
 }
 
+TEST(ImportKeps, MoreSetsThanTheTableHoldsAreFilteredAndTold) {
+    ControllerRig rig;
+    rig.defaults.setString(prefkeys::kTrackListString, "S1099 ");
+    WriteText(rig.dir.file("many.txt"), ElementSets(1100));
+    rig.files.answer = rig.dir.file("many.txt");
+    rig.app->importKeps();
+    EXPECT_EQ(rig.app->GetTotalSats(), 1023);  // 1021 sets, the Moon and the Sun
+    ASSERT_EQ(rig.ui.alerts.size(), 1u);
+    EXPECT_NE(rig.ui.alerts[0].find("79 sets were left out"), std::string::npos)
+        << rig.ui.alerts[0];
+    EXPECT_NE(ReadText(rig.paths.keplerFile).find("\nS1099\n"), std::string::npos)
+        << "the track list's satellite is kept";
+}
+
+TEST(Download, TheSameAddressWaitsTwoHoursUnlessForced) {
+    ControllerRig rig;
+    rig.app->startDownloadingURL();
+    EXPECT_EQ(rig.downloader.url, kKeplerDownloadURL);
+    rig.downloader.url.clear();
+    rig.app->startDownloadingURL();
+    EXPECT_TRUE(rig.downloader.url.empty());
+    ASSERT_EQ(rig.ui.alerts.size(), 1u);
+    EXPECT_NE(rig.ui.alerts[0].find("at most once every 2 hours"), std::string::npos);
+    rig.app->startDownloadingURL(DownloadTrigger::Forced);
+    EXPECT_EQ(rig.downloader.url, kKeplerDownloadURL);
+}
+
 }  // namespace
 }  // namespace veloran
