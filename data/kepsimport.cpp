@@ -323,13 +323,16 @@ bool InstallElementSets(const KepsInstall& request, KepsInstallResult* result) {
         side += e.shortName + "\t" + std::to_string(e.catalog) + "\t" +
                 (e.longName.empty() ? e.shortName : e.longName) + "\n";
     const std::string file = FormatElementFile(sets, HeaderFor(text, request.sourceLabel));
-    const auto writer = [](const std::string& body) {
-        return [&body](FILE* out) {
+    const auto writeText = [](const std::string& path, const std::string& body) {
+        return AtomicWriteFile(path, [&body](FILE* out) {
             return std::fwrite(body.data(), 1, body.size(), out) == body.size();
-        };
+        });
     };
-    if (!AtomicWriteFile(SideTablePath(request.keplerFile), writer(side)) ||
-        !AtomicWriteFile(request.keplerFile, writer(file))) {
+    // The side table first: a crash between the two leaves the old sets
+    // beside a newer table, from which readers take only entries whose
+    // number agrees with the element-set file.
+    if (!writeText(SideTablePath(request.keplerFile), side) ||
+        !writeText(request.keplerFile, file)) {
         result->message = notReplaced + ": cannot write " + request.keplerFile + " (" +
                           std::strerror(errno) + ")" + kept;
         return false;

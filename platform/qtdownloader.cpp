@@ -1,8 +1,8 @@
 // The element-set download. The body is written through a temporary file and
 // a rename, so an interrupted transfer never leaves half a file where the
-// controller looks for the new element sets. Redirects are followed by hand:
-// Qt's own policy would let an http answer through on the loopback rule's
-// other side, and every hop must pass the same address test.
+// controller looks for the new element sets. Redirects are followed by hand,
+// so that every hop passes the same address test as the first request (no
+// Qt redirect policy expresses "https, or plain http on loopback only").
 
 #include "platform/qtdownloader.h"
 
