@@ -87,7 +87,7 @@ bool MayDownload(UserDefaults* defaults, const std::string& url, int64_t unixNow
             if (e.url != url || age < 0 || age >= kDownloadIntervalSeconds) continue;
             *why = url + " was fetched " + std::to_string(age / 60) +
                    " minutes ago; the same address is fetched at most once every 2 hours "
-                   "(force the download to fetch it anyway)";
+                   "(unless forced: veloran-cli keps download --force)";
             return false;
         }
     }
