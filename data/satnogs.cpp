@@ -26,6 +26,9 @@ constexpr int16_t kRepeater = 1, kJFm = 2, kJaSsb = 3, kBSsb = 4, kASsb = 5, kSi
                   kBCw = 8, kACw = 9, kBFm = 10, kWideFm = 12, kTSsb = 13, kTCw = 14, kSimpAm = 15,
                   kSimpSsb = 16;
 
+// Channels this close in both directions are the same channel.
+constexpr double kSameChannelMHz = 0.001;
+
 // Frequencies a factor 1.5 apart are in different amateur bands (the
 // closest pair used by satellites, 2 m and 70 cm, is a factor 3).
 bool SameBand(double a, double b) {
@@ -197,6 +200,7 @@ bool ImportSatnogs(const std::string& transmittersPath, const DataPaths& paths,
     // The satellites touched, in the order first met.
     std::vector<std::string> order;
     std::map<std::string, std::unique_ptr<SatRec>> touched;
+    std::set<std::string> changed;  // only these blocks are rewritten
     for (const ImportedChannel& c : channels) {
         const auto named = names.find(c.catalog);
         const std::string sat =
@@ -218,12 +222,21 @@ bool ImportSatnogs(const std::string& transmittersPath, const DataPaths& paths,
         for (int i = 0; i < rec->numberOfActiveChannels; ++i)
             if (c.channel == rec->modes[i].channel) found = i;
         if (found < 0) {
+            bool same = false;
+            for (int i = 0; i < rec->numberOfActiveChannels && !same; ++i)
+                same = std::fabs(rec->modes[i].upFreq - wanted.upFreq) < kSameChannelMHz &&
+                       std::fabs(rec->modes[i].downFreq - wanted.downFreq) < kSameChannelMHz;
+            if (same) {
+                ++result->alreadyThere;
+                continue;
+            }
             if (rec->numberOfActiveChannels >= kMaxModes) {
                 ++result->skipped;
                 continue;
             }
             rec->modes[rec->numberOfActiveChannels++] = wanted;
             ++result->channelsAdded;
+            changed.insert(sat);
             continue;
         }
         ModeRec& have = rec->modes[found];
@@ -234,6 +247,7 @@ bool ImportSatnogs(const std::string& transmittersPath, const DataPaths& paths,
             imported.erase(sat + "\t" + have.channel + "\t" + Fingerprint(have));
             have = wanted;
             ++result->channelsUpdated;
+            changed.insert(sat);
         }
     }
     // Record what is now ours: channels added or refreshed by this import.
@@ -251,10 +265,29 @@ bool ImportSatnogs(const std::string& transmittersPath, const DataPaths& paths,
         }
     }
 
-    const std::string kept = modes.blocksNotIn({order.begin(), order.end()});
+    // The file is copied as it stands, each touched satellite's first block
+    // rewritten in place and the new satellites added at the end.
+    std::string current;
+    if (!ReadWholeFile(paths.userModesFile, &current))
+        ReadWholeFile(paths.defaultModesFile, &current);
+    std::set<std::string> pending = changed;
     const bool written = AtomicWriteFile(paths.userModesFile, [&](FILE* out) {
-        for (const std::string& sat : order) WriteMode(out, *touched[sat]);
-        return std::fputs(kept.c_str(), out) >= 0 || kept.empty();
+        bool ok = true;
+        bool skipping = false;  // inside a block being rewritten
+        std::istringstream lines(current);
+        std::string line;
+        while (std::getline(lines, line)) {
+            std::istringstream words(line);
+            std::string key, name;
+            if (words >> key >> name && key == "Satellite:") {
+                skipping = pending.erase(name) != 0;
+                if (skipping) WriteMode(out, *touched[name]);
+            }
+            if (!skipping) ok = ok && std::fprintf(out, "%s\n", line.c_str()) >= 0;
+        }
+        for (const std::string& sat : order)
+            if (pending.count(sat) != 0) WriteMode(out, *touched[sat]);  // new satellites
+        return ok;
     });
     std::string sideText = "# satellite\tchannel\tmode, uplink and downlink MHz as imported\n";
     for (const std::string& line : imported) sideText += line + "\n";
@@ -269,6 +302,7 @@ bool ImportSatnogs(const std::string& transmittersPath, const DataPaths& paths,
                       std::to_string(result->satellitesAdded) + " new satellites), " +
                       std::to_string(result->channelsUpdated) + " updated, " +
                       std::to_string(result->keptUser) + " of your own kept, " +
+                      std::to_string(result->alreadyThere) + " already there, " +
                       std::to_string(result->skipped) + " transmitters skipped.";
     return true;
 }

@@ -43,6 +43,7 @@ struct SatnogsImportResult {
     int channelsAdded = 0;
     int channelsUpdated = 0;  // imported before, unchanged by the user, new values now
     int keptUser = 0;         // the user's own or edited channels left as they were
+    int alreadyThere = 0;     // the same frequencies are a channel already, under any name
     int skipped = 0;          // transmitters not imported (inactive, incomplete, no room)
     std::string message;
 };
@@ -51,10 +52,11 @@ struct SatnogsImportResult {
 std::string ImportedChannelsPath(const DataPaths& paths);
 
 // Imports the transmitters file into the user modes file (starting from the
-// bundled one when the user has none). Satellites are named by the element
-// sets' short names, else the names tables, else "SAT" and the number. False,
-// with the reason in result->message, when the file cannot be read or
-// parsed, or the modes file cannot be written; nothing changes then.
+// bundled one when the user has none). A transmitter whose frequencies are
+// those of a channel the satellite has (within 1 kHz) is already there. Satellites are named by the
+// element sets' short names, else the names tables, else "SAT" and the number. False, with the
+// reason in result->message, when the file cannot be read or parsed, or the modes file cannot be
+// written; nothing changes then.
 bool ImportSatnogs(const std::string& transmittersPath, const DataPaths& paths,
                    SatnogsImportResult* result);
 
