@@ -2,6 +2,7 @@
 
 #include "data/elementsets.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -133,8 +134,12 @@ bool DecodeLines(const std::string& one, const std::string& two, OrbitElements* 
     e->epochYear = yy < 57 ? 2000 + yy : 1900 + yy;
     double ecc = 0.0;
     int32_t rev = 0;
+    // The eccentricity's decimal point is implied; hand-made sets pad it with
+    // blanks instead of zeros.
+    std::string eccDigits = Columns(two, 27, 7);
+    std::replace(eccDigits.begin(), eccDigits.end(), ' ', '0');
     ok = ok && ToDouble(Columns(two, 9, 8), &e->inclination) &&
-         ToDouble(Columns(two, 18, 8), &e->raan) && ToDouble("." + Columns(two, 27, 7), &ecc) &&
+         ToDouble(Columns(two, 18, 8), &e->raan) && ToDouble("." + eccDigits, &ecc) &&
          ToDouble(Columns(two, 35, 8), &e->argPerigee) &&
          ToDouble(Columns(two, 44, 8), &e->meanAnomaly) &&
          ToDouble(Columns(two, 53, 11), &e->meanMotion);
