@@ -126,7 +126,8 @@ bool IsShortName(const std::string& name) {
 
 void AssignShortNames(std::vector<OrbitElements>* sets, const NamesTable& table,
                       const std::set<std::string>& modesNames) {
-    std::set<std::string> taken;
+    // The Moon and the Sun join the table under these names after loading.
+    std::set<std::string> taken = {"Moon", "Sun"};
     // Names already given (sets kept from the current file) stay as they are.
     for (OrbitElements& e : *sets) {
         if (!e.shortName.empty() && IsShortName(e.shortName) && taken.insert(e.shortName).second)

@@ -2,6 +2,8 @@
 
 #include "data/satnogs.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -25,6 +27,9 @@ namespace {
 constexpr int16_t kRepeater = 1, kJFm = 2, kJaSsb = 3, kBSsb = 4, kASsb = 5, kSimpFm = 6, kJaCw = 7,
                   kBCw = 8, kACw = 9, kBFm = 10, kWideFm = 12, kTSsb = 13, kTCw = 14, kSimpAm = 15,
                   kSimpSsb = 16;
+
+// The whole SatNOGS database's transmitters list is a few megabytes.
+constexpr long long kMaxTransmittersBytes = 32LL * 1024 * 1024;
 
 // Channels this close in both directions are the same channel.
 constexpr double kSameChannelMHz = 0.001;
@@ -167,6 +172,15 @@ bool ImportSatnogs(const std::string& transmittersPath, const DataPaths& paths,
     *result = SatnogsImportResult();
     const std::string nothing = ". The modes file is unchanged.";
     std::string text, error;
+    // A device or a folder would be read for ever or not at all.
+    struct stat st {};
+    if (stat(transmittersPath.c_str(), &st) == 0 &&
+        (!S_ISREG(st.st_mode) || st.st_size > kMaxTransmittersBytes)) {
+        result->message =
+            transmittersPath +
+            (S_ISREG(st.st_mode) ? " is larger than 32 MB" : " is not a regular file") + nothing;
+        return false;
+    }
     if (!ReadWholeFile(transmittersPath, &text)) {
         result->message = "cannot read " + transmittersPath + ": " + std::strerror(errno) + nothing;
         return false;

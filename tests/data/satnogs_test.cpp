@@ -157,6 +157,10 @@ TEST(SatnogsImport, ABrokenListChangesNothing) {
         EXPECT_NE(result.message.find("The modes file is unchanged"), std::string::npos);
         EXPECT_EQ(ReadText(paths.userModesFile), "Satellite:\tAO-7\n");
     }
+    ScratchDir dir;
+    SatnogsImportResult result;
+    EXPECT_FALSE(ImportSatnogs("/dev/zero", Paths(dir), &result)) << "never read for ever";
+    EXPECT_NE(result.message.find("not a regular file"), std::string::npos);
 }
 
 }  // namespace
