@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "data/cnumeric.h"
+
 namespace veloran {
 
 namespace {
@@ -209,6 +211,7 @@ int TleChecksum(const char* line) {
 }
 
 std::string FormatLineOne(const OrbitElements& e) {
+    const CNumericLocale cLocale;  // a '.' in every number, whatever the user's locale
     char cat[6], ddot[9], bstar[9], line[96];
     FormatCatalogNumber(e.catalog, cat);
     FormatImpliedExponent(e.meanMotionDdot, ddot);
@@ -225,6 +228,7 @@ std::string FormatLineOne(const OrbitElements& e) {
 }
 
 std::string FormatLineTwo(const OrbitElements& e) {
+    const CNumericLocale cLocale;
     char cat[6], line[96];
     FormatCatalogNumber(e.catalog, cat);
     long ecc = std::lround(e.eccentricity * 1e7);

@@ -15,6 +15,7 @@
 #include <set>
 #include <sstream>
 
+#include "data/cnumeric.h"
 #include "data/kepsimport.h"
 #include "data/modes.h"
 #include "data/textline.h"
@@ -72,6 +73,7 @@ std::string CleanChannel(const std::string& description) {
 
 // The values an import wrote, to tell an untouched channel from an edited one.
 std::string Fingerprint(const ModeRec& m) {
+    const CNumericLocale cLocale;  // the side file is written as it is compared
     char text[128];
     char mode[kModeNameSize];
     ModeToStr(m.commMode, mode);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -149,6 +150,27 @@ TEST(Converter, NumbersBeyondAlpha5LiveInTheSideTable) {
     EXPECT_NE(ReadText(dir.file("kepler.dat")).find("\n1 T0002U"), std::string::npos);
 }
 
+OrbitElements Set(int32_t catalog, double day, double meanMotion) {
+    OrbitElements e;
+    e.catalog = catalog;
+    e.longName = "SAT " + std::to_string(catalog);
+    e.epochYear = 2026;
+    e.epochDay = day;
+    e.meanMotion = meanMotion;
+    e.inclination = 51.6;
+    return e;
+}
+
+TEST(Converter, WritesPointsUnderACommaLocale) {
+    if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no de_DE locale";
+    OrbitElements e = Set(25544, 320.5, 15.5);
+    const std::string two = FormatLineTwo(e);
+    const std::string one = FormatLineOne(e);
+    std::setlocale(LC_NUMERIC, "C");
+    EXPECT_EQ(two.substr(8, 8), " 51.6000");
+    EXPECT_EQ(one.substr(18, 14), "26320.50000000");
+}
+
 TEST(ShortNames, FollowTheTableThenTheLongNameAndStayUnique) {
     const struct {
         int32_t catalog;
@@ -177,17 +199,6 @@ TEST(ShortNames, FollowTheTableThenTheLongNameAndStayUnique) {
     ASSERT_TRUE(LoadNamesTable(Resource("satnames.dat"), &table));
     AssignShortNames(&sets, table, {"AB", "SO-50"});
     for (size_t i = 0; i < sets.size(); ++i) EXPECT_EQ(sets[i].shortName, cases[i].expected);
-}
-
-OrbitElements Set(int32_t catalog, double day, double meanMotion) {
-    OrbitElements e;
-    e.catalog = catalog;
-    e.longName = "SAT " + std::to_string(catalog);
-    e.epochYear = 2026;
-    e.epochDay = day;
-    e.meanMotion = meanMotion;
-    e.inclination = 51.6;
-    return e;
 }
 
 std::string TwoLine(const std::vector<OrbitElements>& sets) {
