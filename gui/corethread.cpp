@@ -11,6 +11,7 @@
 #include "app/tracklist.h"
 #include "data/settings.h"
 #include "gui/theme.h"
+#include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
 #include "platform/coretimers.h"
 #include "platform/qtdownloader.h"
@@ -214,6 +215,8 @@ void CoreThread::showWindowPrefs() {
     prefs.listTab = controls.listTab;
     prefs.radioTab = controls.radioTab;
     prefs.night = defaults.boolForKey(kNightThemeKey);
+    controls.trackColumns = defaults.stringForKey(kTrackListColumnsKey);
+    prefs.trackColumns = QByteArray::fromBase64(QByteArray::fromStdString(controls.trackColumns));
     for (int i = 0; i < kRadioCount; ++i) {
         const RadioDriver* driver = RadioDriverFor(i);
         prefs.radioNames << QString::fromUtf8(driver != nullptr ? driver->model : "");
@@ -227,6 +230,8 @@ void CoreThread::saveWindowPrefs() {
     core_->defaults.setInteger(kMapTabKey, controls.mapTab);
     core_->defaults.setInteger(kListTabKey, controls.listTab);
     core_->defaults.setInteger(kRadioTabKey, controls.radioTab);
+    if (!controls.trackColumns.empty())
+        core_->defaults.setString(kTrackListColumnsKey, controls.trackColumns);
 }
 
 std::string CoreThread::saveError() const {

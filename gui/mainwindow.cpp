@@ -21,16 +21,20 @@
 #include <QSpinBox>
 #include <QSystemTrayIcon>
 #include <QTabWidget>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 
 #include "app/appcontroller.h"
 #include "app/tracklist.h"
 #include "data/settings.h"
+#include "gui/horizonwidget.h"
+#include "gui/mapwidget.h"
 #include "gui/placesheet.h"
 #include "gui/radiopanel.h"
 #include "gui/rotorpanel.h"
 #include "gui/theme.h"
+#include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
 
 namespace veloran {
@@ -52,15 +56,6 @@ QCheckBox* Box(const QString& text, const char* name) {
     box->setObjectName(name);
     box->setAccessibleName(text);
     return box;
-}
-
-// A stand-in page until its view is built.
-QWidget* Placeholder(const QString& text, const char* name) {
-    auto* label = new QLabel(text);
-    label->setObjectName(name);
-    label->setAlignment(Qt::AlignCenter);
-    label->setMinimumSize(200, 120);
-    return label;
 }
 
 }  // namespace
@@ -184,7 +179,20 @@ QWidget* MainWindow::buildMapArea() {
     column->setSpacing(2);
     mapTabs_ = new QTabWidget;
     mapTabs_->setObjectName("mapTabs");
-    mapTabs_->addTab(Placeholder(tr("World map"), "mapPlaceholder"), tr("World Map"));
+    map_ = new MapWidget;
+    // The window's own zoom and follow controls sit under the tabs.
+    map_->setToolBarShown(false);
+    mapTabs_->addTab(map_, tr("World Map"));
+    connect(map_, &MapWidget::visibleRectChanged, this, [this](QRectF r, int) {
+        post_([r](Station& s) {
+            CoreControls& c = s.ui->controls();
+            c.hasMapRect = true;
+            c.mapRect[0] = r.x();
+            c.mapRect[1] = r.y();
+            c.mapRect[2] = r.width();
+            c.mapRect[3] = r.height();
+        });
+    });
     connect(mapTabs_, &QTabWidget::currentChanged, this,
             [this](int index) { post_([index](Station& s) { s.ui->controls().mapTab = index; }); });
 
@@ -251,7 +259,35 @@ QWidget* MainWindow::buildLowerPanel() {
     auto* listPage = new QWidget;
     auto* listColumn = new QVBoxLayout(listPage);
     listColumn->setContentsMargins(2, 2, 2, 2);
-    listColumn->addWidget(Placeholder(tr("Track list"), "trackListPlaceholder"), 1);
+    trackList_ = new TrackListWidget;
+    // Satellites are added from the satellite pop-up; the automatic check
+    // box sits under the table with the window's other switches.
+    trackList_->setOwnControlsShown(false);
+    listColumn->addWidget(trackList_, 1);
+    connect(trackList_, &TrackListWidget::singleClicked, this, [this](int clicked, int checkbox) {
+        post_([clicked, checkbox](Station& s) { s.trackList->singleClick(clicked, checkbox); });
+    });
+    connect(trackList_, &TrackListWidget::doubleClicked, this, [this](int clicked) {
+        post_([clicked](Station& s) { s.trackList->doubleClick(clicked); });
+    });
+    auto* deleteRow = new QPushButton(tr("Delete"));
+    deleteRow->setObjectName("deleteRowButton");
+    deleteRow->setToolTip(tr("Take the selected satellite off the track list"));
+    connect(deleteRow, &QPushButton::clicked, this, [this] {
+        const int selected = trackList_->selectedRow();
+        post_([selected](Station& s) { s.trackList->deleteRow(selected); });
+    });
+    // The column layout reaches the core's copy a moment after the user
+    // stops dragging, and is saved with the tab selections.
+    auto* columnsMoved = new QTimer(this);
+    columnsMoved->setSingleShot(true);
+    columnsMoved->setInterval(500);
+    connect(trackList_, &TrackListWidget::columnLayoutChanged, columnsMoved,
+            qOverload<>(&QTimer::start));
+    connect(columnsMoved, &QTimer::timeout, this, [this] {
+        const std::string state = trackList_->saveColumnLayout().toBase64().toStdString();
+        post_([state](Station& s) { s.ui->controls().trackColumns = state; });
+    });
     auto* listButtons = new QHBoxLayout;
     autoSelect_ = Box(tr("Automatic"), "trackListEnabled");
     autoSelect_->setToolTip(tr("Work the track list's next satellite automatically"));
@@ -259,9 +295,13 @@ QWidget* MainWindow::buildLowerPanel() {
             [this](bool on) { post_([on](Station& s) { s.trackList->toggleTrackList(on); }); });
     listButtons->addWidget(autoSelect_);
     listButtons->addStretch(1);
+    listButtons->addWidget(deleteRow);
     listColumn->addLayout(listButtons);
     listTabs_->addTab(listPage, tr("Track List"));
-    listTabs_->addTab(Placeholder(tr("Horizon"), "horizonPlaceholder"), tr("Horizon"));
+    horizon_ = new HorizonWidget;
+    listTabs_->addTab(horizon_, tr("Horizon"));
+    connect(horizon_, &HorizonWidget::heightAvailable, this,
+            [this](int h) { post_([h](Station& s) { s.ui->setHorizonHeight(h); }); });
     connect(listTabs_, &QTabWidget::currentChanged, this, [this](int index) {
         post_([index](Station& s) { s.ui->controls().listTab = index; });
     });
@@ -371,6 +411,7 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
     for (QTabWidget* tabs : {mapTabs_, listTabs_, radioTabs_}) tabs->blockSignals(false);
     nightAction_->setChecked(prefs.night);
     setNight(prefs.night);
+    if (!prefs.trackColumns.isEmpty()) trackList_->restoreColumnLayout(prefs.trackColumns);
     radioMenu_->clear();
     for (int i = 0; i < prefs.radioNames.size(); ++i) {
         QAction* item = radioMenu_->addAction(prefs.radioNames[i]);
@@ -444,7 +485,23 @@ void MainWindow::connectBridge() {
     connect(b, &UiBridge::zoomButtonsChanged, this, [this](bool in, bool out) {
         zoomIn_->setEnabled(in);
         zoomOut_->setEnabled(out);
+        map_->setZoomButtons(in, out);
     });
+    connect(b, &UiBridge::mapZoomed, map_, &MapWidget::zoomMap);
+    connect(b, &UiBridge::mapListReady, map_, &MapWidget::setList);
+    connect(b, &UiBridge::horizonListReady, horizon_, &HorizonWidget::setList);
+    connect(b, &UiBridge::trackRowsChanged, this, [this](const QVector<TrackRowView>& rows) {
+        std::vector<SatelliteSlot> shown;
+        std::vector<RowColour> colours;
+        shown.reserve(rows.size());
+        colours.reserve(rows.size());
+        for (const TrackRowView& row : rows) {
+            shown.push_back(row.slot);
+            colours.push_back(row.colour);
+        }
+        trackList_->setRows(std::move(shown), std::move(colours));
+    });
+    connect(b, &UiBridge::trackRowsDeselected, trackList_, &TrackListWidget::deselectAllRows);
     connect(b, &UiBridge::mainWindowShown, this, [this](bool shown) {
         if (shown && !isVisible()) show();
         if (!shown && isVisible()) hide();
@@ -554,6 +611,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 
 void MainWindow::setNight(bool on) {
     ApplyTheme(qApp, on);
+    map_->setNightTheme(on);
+    trackList_->setNightTheme(on);
 }
 
 }  // namespace veloran

@@ -13,6 +13,12 @@
 class QLabel;
 class QComboBox;
 class QTabWidget;
+
+namespace veloran {
+class HorizonWidget;
+class MapWidget;
+class TrackListWidget;
+}  // namespace veloran
 class QSlider;
 class QSpinBox;
 class QCheckBox;
@@ -64,6 +70,9 @@ class MainWindow : public QMainWindow {
     QLabel *latitude_, *longitude_, *clock_, *version_, *mapStatus_, *figures_, *kepsDate_;
     QLabel* message_;
     QTabWidget *mapTabs_, *listTabs_, *radioTabs_;
+    MapWidget* map_;
+    HorizonWidget* horizon_;
+    TrackListWidget* trackList_;
     QToolButton *zoomIn_, *zoomOut_, *disclosure_;
     QCheckBox *follow_, *showTrackList_, *autoSelect_, *debug_, *speech_;
     QSlider* timeSlider_;

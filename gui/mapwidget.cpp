@@ -79,7 +79,8 @@ MapWidget::MapWidget(QWidget* parent) : QWidget(parent) {
     night_->setObjectName("nightTheme");
     night_->setAccessibleName(tr("Night theme"));
 
-    auto* bar = new QHBoxLayout;
+    toolBar_ = new QWidget;
+    auto* bar = new QHBoxLayout(toolBar_);
     bar->setContentsMargins(0, 0, 0, 0);
     bar->addWidget(zoomIn_);
     bar->addWidget(zoomOut_);
@@ -89,7 +90,7 @@ MapWidget::MapWidget(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);
-    layout->addLayout(bar);
+    layout->addWidget(toolBar_);
     layout->addWidget(scroll_, 1);
 
     connect(zoomIn_, &QToolButton::clicked, this, &MapWidget::zoomInClicked);
@@ -206,7 +207,13 @@ void MapWidget::applyPendingScroll() {
     reportVisibleRect();
 }
 
+void MapWidget::setToolBarShown(bool shown) {
+    toolBar_->setVisible(shown);
+}
+
 void MapWidget::reportVisibleRect() {
+    // Before the first list the frame is only a default: nothing to keep.
+    if (canvas_->painter().list() == nullptr) return;
     emit visibleRectChanged(visibleRect(), canvas_->width());
 }
 

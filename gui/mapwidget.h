@@ -47,6 +47,9 @@ class MapWidget : public QWidget {
     const DisplayList* list() const { return canvas_->painter().list(); }
     MapCanvas* canvas() const { return canvas_; }
     QScrollArea* scrollArea() const { return scroll_; }
+    // The zoom buttons, follow and night switches above the map; a window
+    // with its own hides them.
+    void setToolBarShown(bool shown);
 
   public slots:
     // A tick's picture: resizes the frame to the list's when no zoom is
@@ -79,6 +82,7 @@ class MapWidget : public QWidget {
     QToolButton* zoomOut_;
     QCheckBox* follow_;
     QCheckBox* night_;
+    QWidget* toolBar_;
     bool nightTheme_ = false;
     // A scroll waiting for the scroll area to know its size: the point
     // (top-down map pixels) to put at the top left, or the centre's place

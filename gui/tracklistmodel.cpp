@@ -239,6 +239,8 @@ TrackListWidget::TrackListWidget(QWidget* parent) : QWidget(parent) {
     table_ = new QTableView;
     table_->setObjectName("satelliteTable");
     table_->setAccessibleName(tr("Track list"));
+    // Narrow to begin with: each column widens to its texts as rows arrive.
+    table_->horizontalHeader()->setDefaultSectionSize(28);
     table_->setModel(model_);
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -262,7 +264,8 @@ TrackListWidget::TrackListWidget(QWidget* parent) : QWidget(parent) {
     delete_ = new QPushButton(tr("Delete"));
     delete_->setObjectName("deleteRow");
 
-    auto* bar = new QHBoxLayout;
+    controls_ = new QWidget;
+    auto* bar = new QHBoxLayout(controls_);
     bar->setContentsMargins(0, 0, 0, 0);
     bar->addWidget(trackList_);
     bar->addStretch(1);
@@ -271,13 +274,12 @@ TrackListWidget::TrackListWidget(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);
-    layout->addLayout(bar);
+    layout->addWidget(controls_);
     layout->addWidget(table_, 1);
 
     connect(trackList_, &QCheckBox::toggled, this, &TrackListWidget::trackListToggled);
     connect(add_, &QPushButton::clicked, this, &TrackListWidget::addClicked);
-    connect(delete_, &QPushButton::clicked, this,
-            [this] { emit deleteClicked(selectedCoreRow()); });
+    connect(delete_, &QPushButton::clicked, this, [this] { emit deleteClicked(selectedRow()); });
     connect(model_, &TrackListModel::checkToggled, this, &TrackListWidget::singleClicked);
     connect(table_, &QTableView::clicked, this, [this](const QModelIndex& index) {
         // A click on the check box arrives through the model with its new value.
@@ -285,13 +287,26 @@ TrackListWidget::TrackListWidget(QWidget* parent) : QWidget(parent) {
         const SatelliteSlot* slot = model_->slotAt(index.row());
         if (slot != nullptr) emit singleClicked(model_->coreRow(index.row()), slot->checkbox);
     });
+    QHeaderView* header = table_->horizontalHeader();
+    connect(header, &QHeaderView::sectionMoved, this, &TrackListWidget::columnLayoutChanged);
+    connect(header, &QHeaderView::sectionResized, this, [this] {
+        if (autoSizing_) return;
+        sized_ = true;
+        emit columnLayoutChanged();
+    });
+    connect(header, &QHeaderView::sortIndicatorChanged, this,
+            &TrackListWidget::columnLayoutChanged);
     connect(table_, &QTableView::doubleClicked, this,
             [this](const QModelIndex& index) { emit doubleClicked(model_->coreRow(index.row())); });
 }
 
-int TrackListWidget::selectedCoreRow() const {
+int TrackListWidget::selectedRow() const {
     const QModelIndexList rows = table_->selectionModel()->selectedRows();
     return rows.isEmpty() ? -1 : model_->coreRow(rows.first().row());
+}
+
+void TrackListWidget::setOwnControlsShown(bool shown) {
+    controls_->setVisible(shown);
 }
 
 QByteArray TrackListWidget::saveColumnLayout() const {
@@ -311,11 +326,18 @@ bool TrackListWidget::restoreColumnLayout(const QByteArray& state) {
 
 void TrackListWidget::setRows(std::vector<SatelliteSlot> rows, std::vector<RowColour> colours) {
     model_->setRows(std::move(rows), std::move(colours));
-    if (!sized_ && model_->rowCount() > 0) {
-        // Columns as wide as their texts, once: later the user's widths stay.
-        sized_ = true;
-        table_->resizeColumnsToContents();
+    if (sized_ || model_->rowCount() == 0) return;
+    // Columns widen to their texts as the values fill in (the first rows
+    // may still read zero), until the user sets a width of their own.
+    QHeaderView* header = table_->horizontalHeader();
+    autoSizing_ = true;
+    for (int column = 0; column < model_->columnCount(); ++column) {
+        const int wanted =
+            std::max(static_cast<QAbstractItemView*>(table_)->sizeHintForColumn(column),
+                     header->sectionSizeHint(column));
+        if (wanted > header->sectionSize(column)) header->resizeSection(column, wanted);
     }
+    autoSizing_ = false;
 }
 
 void TrackListWidget::setTrackListChecked(bool on) {

@@ -81,6 +81,11 @@ class TrackListWidget : public QWidget {
     // not fit the columns (it is then ignored).
     QByteArray saveColumnLayout() const;
     bool restoreColumnLayout(const QByteArray& state);
+    // The automatic-selection check box and the Add and Delete buttons; a
+    // window with its own hides them.
+    void setOwnControlsShown(bool shown);
+    // The selected row of the core's list, -1 when none is selected.
+    int selectedRow() const;
 
   public slots:
     void setRows(std::vector<SatelliteSlot> rows, std::vector<RowColour> colours);
@@ -99,16 +104,18 @@ class TrackListWidget : public QWidget {
     // the check box was toggled.
     void singleClicked(int coreRow, int checkbox);
     void doubleClicked(int coreRow);
+    // A column was moved, resized or chosen for sorting.
+    void columnLayoutChanged();
 
   private:
-    int selectedCoreRow() const;
-
     TrackListModel* model_;
     QTableView* table_;
     QCheckBox* trackList_;
     QPushButton* add_;
     QPushButton* delete_;
-    bool sized_ = false;
+    QWidget* controls_;
+    bool sized_ = false;       // the user has set a column width, or restored a layout
+    bool autoSizing_ = false;  // our own widening is under way
 };
 
 }  // namespace veloran

@@ -22,6 +22,7 @@ void RegisterBridgeTypes() {
     qRegisterMetaType<WindowPrefs>();
     qRegisterMetaType<QVector<TrackRowView>>();
     qRegisterMetaType<uint32_t>("uint32_t");
+    qRegisterMetaType<std::shared_ptr<const DisplayList>>();
 }
 
 UiBridge::UiBridge(QObject* parent) : QObject(parent) {}
@@ -179,6 +180,7 @@ void UiBridge::zoomMap(int32_t width, double scale) {
     // The map scales its visible area itself; keep the core's copy in step
     // so a quit before the next report saves the right rectangle.
     for (double& v : controls_.mapRect) v *= scale;
+    views_.zoomMap(width);
     emit mapZoomed(width, scale);
 }
 bool UiBridge::mapVisibleRect(double* rect4) const {
@@ -190,7 +192,17 @@ void UiBridge::showMainWindow(bool shown) {
     emit mainWindowShown(shown);
 }
 void UiBridge::drawViews(const ViewFrame& frame) {
+    // Only the tabs in front are drawn: the world map (index 0 of the map
+    // tabs) and the horizon (index 1 of the track-list tabs).
+    const ShownViews shown{controls_.mapTab == 0, controls_.listTab == 1};
+    ViewLists lists = views_.drawViews(frame, shown, wallClock_.dateTimeUTC());
+    if (lists.map) emit mapListReady(std::move(lists.map));
+    if (lists.horizon) emit horizonListReady(std::move(lists.horizon));
     emit framePublished(frame.timeBaseSecs, frame.mainSatNum, frame.firstTick);
+}
+
+void UiBridge::setHorizonHeight(int height) {
+    views_.setHorizonSize(kHorizonDefaultWidth, static_cast<float>(height));
 }
 
 void UiBridge::reloadRows(const std::vector<SatelliteSlot>& rows) {

@@ -11,10 +11,13 @@
 #include <QString>
 #include <QStringList>
 #include <QVector>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "app/interfaces.h"
 #include "app/tracklist.h"
+#include "app/viewbuilder.h"
 
 namespace veloran {
 
@@ -31,6 +34,7 @@ struct CoreControls {
     double vfoSlider = 0;              // where the core believes the tuning slider stands
     // The tab selections: map/globe, track list/horizon, radio/rotor.
     int mapTab = 0, listTab = 0, radioTab = 0;
+    std::string trackColumns;  // the track list's column layout, base64; empty: as built
 };
 
 // What the window restores from the settings at start-up, and which items
@@ -38,6 +42,7 @@ struct CoreControls {
 struct WindowPrefs {
     int mapTab = 0, listTab = 0, radioTab = 0;
     bool night = false;
+    QByteArray trackColumns;  // the track list's column layout; empty: as built
     QStringList radioNames;
     QVector<bool> radioItemEnabled;
 };
@@ -132,6 +137,8 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
 
     // Start-up: the window's stored state (not an outlet of the core).
     void showWindowPrefs(const WindowPrefs& prefs) { emit windowPrefsShown(prefs); }
+    // The horizon tab's height, pixels: the next timelines are built that tall.
+    void setHorizonHeight(int height);
 
   signals:
     void windowPrefsShown(const veloran::WindowPrefs& prefs);
@@ -177,6 +184,9 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void mainWindowShown(bool shown);
     // The tick drew: virtual instant, main satellite (1-based), first frame.
     void framePublished(uint32_t timeBaseSecs, int mainSatNum, bool firstTick);
+    // The tick's pictures, immutable once sent.
+    void mapListReady(std::shared_ptr<const veloran::DisplayList> list);
+    void horizonListReady(std::shared_ptr<const veloran::DisplayList> list);
     void trackRowsChanged(const QVector<veloran::TrackRowView>& rows);
     void trackRowsDeselected();
     void trackListCheckedChanged(bool on);
@@ -184,6 +194,11 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
   private:
     CoreControls controls_;
     const AppController* app_ = nullptr;
+    // Builds the map and horizon lists on the core thread, keeping the
+    // zoom and a pending scroll between ticks.
+    ViewBuilder views_;
+    // The Sun and the night follow the wall clock, not the time slider.
+    SystemClock wallClock_;
 };
 
 // Makes the value types above travel through queued connections.
