@@ -386,10 +386,7 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
 void MainWindow::connectBridge() {
     UiBridge* b = bridge_;
     connect(b, &UiBridge::windowPrefsShown, this, &MainWindow::applyWindowPrefs);
-    connect(b, &UiBridge::satelliteItemsCleared, this, [this] {
-        satellites_->clear();
-        satellites_->addItem(tr("Add Satellite"));
-    });
+    connect(b, &UiBridge::satelliteItemsCleared, satellites_, &QComboBox::clear);
     connect(b, &UiBridge::satelliteItemAdded, this,
             [this](const QString& name) { satellites_->addItem(name); });
     connect(b, &UiBridge::kepsDateChanged, kepsDate_, &QLabel::setText);

@@ -163,10 +163,13 @@ RadioPanel::RadioPanel(UiBridge* bridge, CorePost post, QWidget* parent)
     });
     connect(bridge, &UiBridge::radioCheckedChanged, radioOn, &QCheckBox::setChecked);
     connect(bridge, &UiBridge::gatewayCheckedChanged, gatewayOn, &QCheckBox::setChecked);
-    connect(bridge, &UiBridge::settingsShown, this, [this](const WindowSettings& settings) {
-        beacon_->setChecked(settings.beacon);
-        lock_->setChecked(settings.locked);
-    });
+    connect(bridge, &UiBridge::settingsShown, this,
+            [this, radioOn, gatewayOn](const WindowSettings& settings) {
+                beacon_->setChecked(settings.beacon);
+                lock_->setChecked(settings.locked);
+                radioOn->setChecked(settings.radioOn);
+                gatewayOn->setChecked(settings.gatewayOn);
+            });
 }
 
 QWidget* RadioPanel::frequencyRow(const QString& name, QLabel** digits, QLabel** trim,

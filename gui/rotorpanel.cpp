@@ -98,8 +98,10 @@ RotorPanel::RotorPanel(UiBridge* bridge, CorePost post, QWidget* parent)
         const QSignalBlocker quiet(elevationDial_);
         elevationDial_->setValue(ToDial(value));
     });
-    connect(bridge, &UiBridge::settingsShown, this,
-            [this](const WindowSettings& settings) { manual_->setChecked(settings.rotorManual); });
+    connect(bridge, &UiBridge::settingsShown, this, [this](const WindowSettings& settings) {
+        manual_->setChecked(settings.rotorManual);
+        rotorOn_->setChecked(settings.rotorOn);
+    });
 }
 
 void RotorPanel::moved() {
