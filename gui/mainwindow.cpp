@@ -106,7 +106,7 @@ QWidget* MainWindow::buildTopBar() {
         // the pop-up shows its title again.
         satellites_->setCurrentIndex(0);
         if (index < 1) return;
-        post_([index](Station& s) { s.trackList->addSatellite(index); });
+        post_([index](CoreSide& s) { s.trackList->addSatellite(index); });
     });
     locations_ = new QComboBox;
     locations_->setObjectName("locationComboBox");
@@ -114,7 +114,7 @@ QWidget* MainWindow::buildTopBar() {
     locations_->setMinimumContentsLength(24);
     locations_->setMaxVisibleItems(30);
     connect(locations_, &QComboBox::activated, this, [this](int index) {
-        post_([index](Station& s) {
+        post_([index](CoreSide& s) {
             s.ui->controls().selectedLocation = index;
             s.app->locationChosen();
         });
@@ -134,7 +134,7 @@ QWidget* MainWindow::buildTopBar() {
     removePlace->setToolTip(tr("Remove the chosen place"));
     connect(removePlace, &QToolButton::clicked, this, [this] {
         const int index = locations_->currentIndex();
-        post_([index](Station& s) {
+        post_([index](CoreSide& s) {
             s.ui->controls().selectedLocation = index;
             s.app->removeLocation();
         });
@@ -145,7 +145,7 @@ QWidget* MainWindow::buildTopBar() {
         const std::string country = placeSheet_->country().toStdString();
         const std::string latitude = placeSheet_->latitude().toStdString();
         const std::string longitude = placeSheet_->longitude().toStdString();
-        post_([=](Station& s) {
+        post_([=](CoreSide& s) {
             CoreControls& c = s.ui->controls();
             c.city = city;
             c.state = state;
@@ -185,8 +185,9 @@ QWidget* MainWindow::buildMapArea() {
     mapTabs_ = new QTabWidget;
     mapTabs_->setObjectName("mapTabs");
     mapTabs_->addTab(Placeholder(tr("World map"), "mapPlaceholder"), tr("World Map"));
-    connect(mapTabs_, &QTabWidget::currentChanged, this,
-            [this](int index) { post_([index](Station& s) { s.ui->controls().mapTab = index; }); });
+    connect(mapTabs_, &QTabWidget::currentChanged, this, [this](int index) {
+        post_([index](CoreSide& s) { s.ui->controls().mapTab = index; });
+    });
 
     auto* controls = new QHBoxLayout;
     zoomIn_ = new QToolButton;
@@ -197,15 +198,15 @@ QWidget* MainWindow::buildMapArea() {
     zoomOut_->setText(tr("Zoom Out"));
     zoomOut_->setEnabled(false);
     connect(zoomIn_, &QToolButton::clicked, this,
-            [this] { post_([](Station& s) { s.app->zoomedin(); }); });
+            [this] { post_([](CoreSide& s) { s.app->zoomedin(); }); });
     connect(zoomOut_, &QToolButton::clicked, this,
-            [this] { post_([](Station& s) { s.app->zoomedout(); }); });
+            [this] { post_([](CoreSide& s) { s.app->zoomedout(); }); });
     follow_ = Box(tr("Follow"), "followCheckBox");
     connect(follow_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->followSatChanged(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->followSatChanged(on); }); });
     showTrackList_ = Box(tr("Track List"), "displayTrackListCheckBox");
     connect(showTrackList_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->displayTrackListChanged(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->displayTrackListChanged(on); }); });
     disclosure_ = new QToolButton;
     disclosure_->setObjectName("disclosureButton");
     disclosure_->setArrowType(Qt::DownArrow);
@@ -243,7 +244,7 @@ QWidget* MainWindow::buildLowerPanel() {
     radioTabs_->addTab(new RotorPanel(bridge_, post_), tr("Rotor"));
     radioTabs_->setMinimumWidth(520);
     connect(radioTabs_, &QTabWidget::currentChanged, this, [this](int index) {
-        post_([index](Station& s) { s.ui->controls().radioTab = index; });
+        post_([index](CoreSide& s) { s.ui->controls().radioTab = index; });
     });
 
     listTabs_ = new QTabWidget;
@@ -256,14 +257,14 @@ QWidget* MainWindow::buildLowerPanel() {
     autoSelect_ = Box(tr("Automatic"), "trackListEnabled");
     autoSelect_->setToolTip(tr("Work the track list's next satellite automatically"));
     connect(autoSelect_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.trackList->toggleTrackList(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.trackList->toggleTrackList(on); }); });
     listButtons->addWidget(autoSelect_);
     listButtons->addStretch(1);
     listColumn->addLayout(listButtons);
     listTabs_->addTab(listPage, tr("Track List"));
     listTabs_->addTab(Placeholder(tr("Horizon"), "horizonPlaceholder"), tr("Horizon"));
     connect(listTabs_, &QTabWidget::currentChanged, this, [this](int index) {
-        post_([index](Station& s) { s.ui->controls().listTab = index; });
+        post_([index](CoreSide& s) { s.ui->controls().listTab = index; });
     });
     row->addWidget(radioTabs_, 0);
     row->addWidget(listTabs_, 1);
@@ -298,9 +299,9 @@ QWidget* MainWindow::buildTimeBar() {
     debug_ = Box(tr("Debug"), "debugCheckBox");
     speech_ = Box(tr("Speech"), "speechCheckBox");
     connect(speech_, &QCheckBox::clicked, this,
-            [this] { post_([](Station& s) { s.app->speechChanged(); }); });
+            [this] { post_([](CoreSide& s) { s.app->speechChanged(); }); });
     connect(debug_, &QCheckBox::clicked, this, [this](bool on) {
-        post_([on](Station& s) {
+        post_([on](CoreSide& s) {
             auto site = std::make_unique<SiteRec>();
             s.app->GetSiteRec(site.get());
             site->debug = on;
@@ -348,7 +349,7 @@ void MainWindow::buildMenus() {
     nightAction_->setCheckable(true);
     connect(nightAction_, &QAction::triggered, this, [this](bool on) {
         setNight(on);
-        post_([on](Station& s) { s.defaults->setBool(kNightThemeKey, on); });
+        post_([on](CoreSide& s) { s.defaults->setBool(kNightThemeKey, on); });
     });
 
     radioMenu_ = menuBar()->addMenu(tr("&Radio"));
@@ -379,7 +380,7 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
         item->setEnabled(i < prefs.radioItemEnabled.size() && prefs.radioItemEnabled[i]);
         radioGroup_->addAction(item);
         connect(item, &QAction::triggered, this,
-                [this, i] { post_([i](Station& s) { s.app->radioDriverChanged(i); }); });
+                [this, i] { post_([i](CoreSide& s) { s.app->radioDriverChanged(i); }); });
     }
 }
 
@@ -467,7 +468,7 @@ void MainWindow::slideTime(int minutes) {
     if (timePending_->exchange(true)) return;
     auto wanted = timeWanted_;
     auto pending = timePending_;
-    post_([wanted, pending](Station& s) {
+    post_([wanted, pending](CoreSide& s) {
         pending->store(false);
         s.app->timeSlid(wanted->load());
     });
@@ -532,7 +533,7 @@ void MainWindow::showAgain() {
     show();
     raise();
     activateWindow();
-    post_([](Station& s) {
+    post_([](CoreSide& s) {
         if (!s.app->windowOpen()) s.app->openNewWindow();
     });
 }
@@ -546,7 +547,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     }
     event->ignore();
     hide();
-    post_([](Station& s) { s.app->windowShouldClose(); });
+    post_([](CoreSide& s) { s.app->windowShouldClose(); });
 }
 
 void MainWindow::setNight(bool on) {
