@@ -1,131 +1,22 @@
-// Assembles the station on the core thread and runs actions there.
+// Runs the station on the core thread and actions there.
 
 #include "gui/corethread.h"
-
-#include <strings.h>
 
 #include <QMetaObject>
 #include <cstdio>
 
 #include "app/appcontroller.h"
 #include "app/tracklist.h"
-#include "data/settings.h"
 #include "gui/theme.h"
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
-#include "platform/coretimers.h"
-#include "platform/qtdownloader.h"
-#include "platform/qtserialports.h"
-#include "platform/qtsounds.h"
-#include "platform/qtspeech.h"
-#include "platform/qtuserdefaults.h"
 #include "radio/driver.h"
+#include "station/station.h"
 
 namespace veloran {
 
-namespace {
-
-// The settings file with this run's options over it: writes to an
-// overridden key stay in memory, so a one-off port is not stored.
-class OverlayDefaults : public UserDefaults {
-  public:
-    OverlayDefaults(UserDefaults* below, std::map<std::string, std::string> over)
-        : below_(below), over_(std::move(over)) {}
-    bool contains(const std::string& key) const override {
-        return over_.count(key) != 0 || below_->contains(key);
-    }
-    std::string stringForKey(const std::string& key) const override {
-        const auto it = over_.find(key);
-        return it != over_.end() ? it->second : below_->stringForKey(key);
-    }
-    void setString(const std::string& key, const std::string& value) override {
-        const auto it = over_.find(key);
-        if (it != over_.end())
-            it->second = value;
-        else
-            below_->setString(key, value);
-    }
-    void removeKey(const std::string& key) override {
-        over_.erase(key);
-        below_->removeKey(key);
-    }
-
-  private:
-    UserDefaults* below_;
-    std::map<std::string, std::string> over_;
-};
-
-// The machine's serial ports, then the typed device paths.
-class PortsWithTyped : public SerialPortList {
-  public:
-    explicit PortsWithTyped(std::vector<std::string> typed) : typed_(std::move(typed)) {}
-    int findPorts(PortNameRecord* ports, int maxPorts) override {
-        int count = system_.findPorts(ports, maxPorts);
-        for (const std::string& path : typed_) {
-            if (count >= maxPorts) break;
-            std::snprintf(ports[count].bsdPath, sizeof ports[count].bsdPath, "%s", path.c_str());
-            std::snprintf(ports[count].userName, sizeof ports[count].userName, "%s", path.c_str());
-            ++count;
-        }
-        return count;
-    }
-
-  private:
-    QtSerialPortList system_;
-    std::vector<std::string> typed_;
-};
-
-}  // namespace
-
-struct CoreThread::Core {
-    explicit Core(const StationSetup& setup, UiBridge* ui)
-        : stored(setup.paths.settingsFile),
-          defaults(&stored, setup.overrides),
-          ports(setup.typedPorts),
-          downloader([this](bool ok, const std::string& why, const std::string& url) {
-              if (ok)
-                  app->downloadDidFinish();
-              else
-                  app->downloadDidFail(why, url);
-          }) {
-        if (setup.withSpeech) {
-            speech = std::make_unique<QtSpeech>();
-            sounds = std::make_unique<QtSoundPlayer>(setup.paths.resourceDir + "/sounds");
-        }
-        Services services;
-        services.ui = ui;
-        services.defaults = &defaults;
-        services.downloader = &downloader;
-        services.clock = &clock;
-        services.speech = speech.get();
-        services.sounds = sounds.get();
-        services.ports = &ports;
-        services.versionString = "0.1";
-        app = std::make_unique<AppController>(services, setup.paths);
-        ui->setController(app.get());
-        trackList = std::make_unique<SatelliteTableController>(app.get(), &defaults, ui);
-        timers = std::make_unique<CoreTimers>(
-            [this]() {
-                app->mainTimerTasks();
-                trackList->updateTrackList();
-            },
-            [this]() { app->sunCalcTask(); });
-    }
-
-    QtUserDefaults stored;
-    OverlayDefaults defaults;
-    PortsWithTyped ports;
-    SystemClock clock;
-    std::unique_ptr<QtSpeech> speech;
-    std::unique_ptr<QtSoundPlayer> sounds;
-    QtDownloader downloader;
-    std::unique_ptr<AppController> app;
-    std::unique_ptr<SatelliteTableController> trackList;
-    std::unique_ptr<CoreTimers> timers;
-};
-
-CoreThread::CoreThread(StationSetup setup, QObject* parent)
-    : QObject(parent), setup_(std::move(setup)), bridge_(new UiBridge) {
+CoreThread::CoreThread(const StationOptions& options, const DataPaths& paths, QObject* parent)
+    : QObject(parent), options_(options), paths_(paths), bridge_(new UiBridge) {
     RegisterBridgeTypes();
     thread_.setObjectName("veloran-core");
     bridge_->moveToThread(&thread_);
@@ -142,70 +33,64 @@ CoreThread::~CoreThread() {
     }
 }
 
-void CoreThread::start(bool ticking) {
+void CoreThread::start(bool ticking, bool speech) {
     thread_.start();
     QMetaObject::invokeMethod(
         bridge_,
-        [this, ticking]() {
-            core_ = std::make_unique<Core>(setup_, bridge_);
-            AppController& app = *core_->app;
-            app.awakeFromNib();
-            core_->trackList->awakeFromNib();
-            core_->trackList->updateTrackList();
-            if (!setup_.satellite.empty()) {
-                auto sat = std::make_unique<SatRec>();
-                for (int i = 0; i < app.GetTotalSats(); ++i) {
-                    app.GetSatelliteRecordByIndex(i, sat.get());
-                    if (strcasecmp(sat->name, setup_.satellite.c_str()) == 0) {
-                        app.selectSatelliteWithIndex(i);
-                        break;
-                    }
-                }
+        [this, ticking, speech]() {
+            StationFrontEnd frontEnd;
+            frontEnd.ui = bridge_;
+            frontEnd.trackListUi = bridge_;
+            frontEnd.startTimers = ticking;
+            frontEnd.withSpeech = speech;
+            station_ = std::make_unique<Station>(options_, paths_, frontEnd);
+            std::string error;
+            if (!station_->start(&error)) {
+                station_.reset();
+                emit startFailed(QString::fromStdString(error));
+                return;
             }
-            if (setup_.timeOffsetMinutes != 0) app.timeSlid(setup_.timeOffsetMinutes);
+            bridge_->setController(station_->controller());
             showWindowPrefs();
-            if (ticking) core_->timers->start();
         },
         Qt::QueuedConnection);
 }
 
 void CoreThread::post(CoreAction action) {
     // Queued calls run in order, so every action finds the station that
-    // start() assembled; after stop() actions are dropped.
+    // start() assembled; after stop() they find none and are dropped.
     QMetaObject::invokeMethod(
         bridge_,
         [this, action = std::move(action)]() {
-            if (!core_) return;
-            Station station{core_->app.get(), &core_->defaults, core_->trackList.get(), bridge_};
-            action(station);
+            if (!station_) return;
+            CoreSide side{station_->controller(), station_->defaults(), station_->trackList(),
+                          bridge_};
+            action(side);
         },
         Qt::QueuedConnection);
 }
 
 bool CoreThread::stop(int waitMs) {
-    if (stopped_ || !thread_.isRunning()) return true;
-    stopped_ = true;
-    QMetaObject::invokeMethod(
-        bridge_,
-        [this]() {
-            if (core_) {
-                core_->timers->stop();
-                if (core_->app->windowOpen()) saveWindowPrefs();
-                core_->app->applicationWillTerminate();
-                core_->trackList->applicationWillTerminate();
-                std::string error;
-                if (!core_->stored.sync(&error)) saveError_ = error;
-                core_->app->stopAnnouncements();
-                core_.reset();
-            }
-            thread_.quit();
-        },
-        Qt::QueuedConnection);
+    if (!thread_.isRunning()) return true;
+    if (!stopped_) {
+        stopped_ = true;
+        QMetaObject::invokeMethod(
+            bridge_,
+            [this]() {
+                if (station_) {
+                    if (station_->controller()->windowOpen()) saveWindowPrefs();
+                    station_->stop();
+                    station_.reset();
+                }
+                thread_.quit();
+            },
+            Qt::QueuedConnection);
+    }
     return thread_.wait(QDeadlineTimer(waitMs));
 }
 
 void CoreThread::showWindowPrefs() {
-    const UserDefaults& defaults = core_->defaults;
+    const UserDefaults& defaults = *station_->defaults();
     CoreControls& controls = bridge_->controls();
     controls.mapTab = static_cast<int>(defaults.integerForKey(kMapTabKey));
     controls.listTab = static_cast<int>(defaults.integerForKey(kListTabKey));
@@ -220,22 +105,19 @@ void CoreThread::showWindowPrefs() {
     for (int i = 0; i < kRadioCount; ++i) {
         const RadioDriver* driver = RadioDriverFor(i);
         prefs.radioNames << QString::fromUtf8(driver != nullptr ? driver->model : "");
-        prefs.radioItemEnabled << core_->app->validateMenuItem("radioDriverChanged", i);
+        prefs.radioItemEnabled << station_->controller()->validateMenuItem("radioDriverChanged", i);
     }
     bridge_->showWindowPrefs(prefs);
 }
 
 void CoreThread::saveWindowPrefs() {
+    UserDefaults& defaults = *station_->defaults();
     const CoreControls& controls = bridge_->controls();
-    core_->defaults.setInteger(kMapTabKey, controls.mapTab);
-    core_->defaults.setInteger(kListTabKey, controls.listTab);
-    core_->defaults.setInteger(kRadioTabKey, controls.radioTab);
+    defaults.setInteger(kMapTabKey, controls.mapTab);
+    defaults.setInteger(kListTabKey, controls.listTab);
+    defaults.setInteger(kRadioTabKey, controls.radioTab);
     if (!controls.trackColumns.empty())
-        core_->defaults.setString(kTrackListColumnsKey, controls.trackColumns);
-}
-
-std::string CoreThread::saveError() const {
-    return saveError_;
+        defaults.setString(kTrackListColumnsKey, controls.trackColumns);
 }
 
 }  // namespace veloran

@@ -101,7 +101,7 @@ QWidget* MainWindow::buildTopBar() {
         // the pop-up shows its title again.
         satellites_->setCurrentIndex(0);
         if (index < 1) return;
-        post_([index](Station& s) { s.trackList->addSatellite(index); });
+        post_([index](CoreSide& s) { s.trackList->addSatellite(index); });
     });
     locations_ = new QComboBox;
     locations_->setObjectName("locationComboBox");
@@ -109,7 +109,7 @@ QWidget* MainWindow::buildTopBar() {
     locations_->setMinimumContentsLength(24);
     locations_->setMaxVisibleItems(30);
     connect(locations_, &QComboBox::activated, this, [this](int index) {
-        post_([index](Station& s) {
+        post_([index](CoreSide& s) {
             s.ui->controls().selectedLocation = index;
             s.app->locationChosen();
         });
@@ -129,7 +129,7 @@ QWidget* MainWindow::buildTopBar() {
     removePlace->setToolTip(tr("Remove the chosen place"));
     connect(removePlace, &QToolButton::clicked, this, [this] {
         const int index = locations_->currentIndex();
-        post_([index](Station& s) {
+        post_([index](CoreSide& s) {
             s.ui->controls().selectedLocation = index;
             s.app->removeLocation();
         });
@@ -140,7 +140,7 @@ QWidget* MainWindow::buildTopBar() {
         const std::string country = placeSheet_->country().toStdString();
         const std::string latitude = placeSheet_->latitude().toStdString();
         const std::string longitude = placeSheet_->longitude().toStdString();
-        post_([=](Station& s) {
+        post_([=](CoreSide& s) {
             CoreControls& c = s.ui->controls();
             c.city = city;
             c.state = state;
@@ -184,7 +184,7 @@ QWidget* MainWindow::buildMapArea() {
     map_->setToolBarShown(false);
     mapTabs_->addTab(map_, tr("World Map"));
     connect(map_, &MapWidget::visibleRectChanged, this, [this](QRectF r, int) {
-        post_([r](Station& s) {
+        post_([r](CoreSide& s) {
             CoreControls& c = s.ui->controls();
             c.hasMapRect = true;
             c.mapRect[0] = r.x();
@@ -193,8 +193,9 @@ QWidget* MainWindow::buildMapArea() {
             c.mapRect[3] = r.height();
         });
     });
-    connect(mapTabs_, &QTabWidget::currentChanged, this,
-            [this](int index) { post_([index](Station& s) { s.ui->controls().mapTab = index; }); });
+    connect(mapTabs_, &QTabWidget::currentChanged, this, [this](int index) {
+        post_([index](CoreSide& s) { s.ui->controls().mapTab = index; });
+    });
 
     auto* controls = new QHBoxLayout;
     zoomIn_ = new QToolButton;
@@ -205,15 +206,15 @@ QWidget* MainWindow::buildMapArea() {
     zoomOut_->setText(tr("Zoom Out"));
     zoomOut_->setEnabled(false);
     connect(zoomIn_, &QToolButton::clicked, this,
-            [this] { post_([](Station& s) { s.app->zoomedin(); }); });
+            [this] { post_([](CoreSide& s) { s.app->zoomedin(); }); });
     connect(zoomOut_, &QToolButton::clicked, this,
-            [this] { post_([](Station& s) { s.app->zoomedout(); }); });
+            [this] { post_([](CoreSide& s) { s.app->zoomedout(); }); });
     follow_ = Box(tr("Follow"), "followCheckBox");
     connect(follow_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->followSatChanged(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->followSatChanged(on); }); });
     showTrackList_ = Box(tr("Track List"), "displayTrackListCheckBox");
     connect(showTrackList_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->displayTrackListChanged(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->displayTrackListChanged(on); }); });
     disclosure_ = new QToolButton;
     disclosure_->setObjectName("disclosureButton");
     disclosure_->setArrowType(Qt::DownArrow);
@@ -251,7 +252,7 @@ QWidget* MainWindow::buildLowerPanel() {
     radioTabs_->addTab(new RotorPanel(bridge_, post_), tr("Rotor"));
     radioTabs_->setMinimumWidth(520);
     connect(radioTabs_, &QTabWidget::currentChanged, this, [this](int index) {
-        post_([index](Station& s) { s.ui->controls().radioTab = index; });
+        post_([index](CoreSide& s) { s.ui->controls().radioTab = index; });
     });
 
     listTabs_ = new QTabWidget;
@@ -265,17 +266,17 @@ QWidget* MainWindow::buildLowerPanel() {
     trackList_->setOwnControlsShown(false);
     listColumn->addWidget(trackList_, 1);
     connect(trackList_, &TrackListWidget::singleClicked, this, [this](int clicked, int checkbox) {
-        post_([clicked, checkbox](Station& s) { s.trackList->singleClick(clicked, checkbox); });
+        post_([clicked, checkbox](CoreSide& s) { s.trackList->singleClick(clicked, checkbox); });
     });
     connect(trackList_, &TrackListWidget::doubleClicked, this, [this](int clicked) {
-        post_([clicked](Station& s) { s.trackList->doubleClick(clicked); });
+        post_([clicked](CoreSide& s) { s.trackList->doubleClick(clicked); });
     });
     auto* deleteRow = new QPushButton(tr("Delete"));
     deleteRow->setObjectName("deleteRowButton");
     deleteRow->setToolTip(tr("Take the selected satellite off the track list"));
     connect(deleteRow, &QPushButton::clicked, this, [this] {
         const int selected = trackList_->selectedRow();
-        post_([selected](Station& s) { s.trackList->deleteRow(selected); });
+        post_([selected](CoreSide& s) { s.trackList->deleteRow(selected); });
     });
     // The column layout reaches the core's copy a moment after the user
     // stops dragging, and is saved with the tab selections.
@@ -286,13 +287,13 @@ QWidget* MainWindow::buildLowerPanel() {
             qOverload<>(&QTimer::start));
     connect(columnsMoved, &QTimer::timeout, this, [this] {
         const std::string state = trackList_->saveColumnLayout().toBase64().toStdString();
-        post_([state](Station& s) { s.ui->controls().trackColumns = state; });
+        post_([state](CoreSide& s) { s.ui->controls().trackColumns = state; });
     });
     auto* listButtons = new QHBoxLayout;
     autoSelect_ = Box(tr("Automatic"), "trackListEnabled");
     autoSelect_->setToolTip(tr("Work the track list's next satellite automatically"));
     connect(autoSelect_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.trackList->toggleTrackList(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.trackList->toggleTrackList(on); }); });
     listButtons->addWidget(autoSelect_);
     listButtons->addStretch(1);
     listButtons->addWidget(deleteRow);
@@ -301,9 +302,9 @@ QWidget* MainWindow::buildLowerPanel() {
     horizon_ = new HorizonWidget;
     listTabs_->addTab(horizon_, tr("Horizon"));
     connect(horizon_, &HorizonWidget::heightAvailable, this,
-            [this](int h) { post_([h](Station& s) { s.ui->setHorizonHeight(h); }); });
+            [this](int h) { post_([h](CoreSide& s) { s.ui->setHorizonHeight(h); }); });
     connect(listTabs_, &QTabWidget::currentChanged, this, [this](int index) {
-        post_([index](Station& s) { s.ui->controls().listTab = index; });
+        post_([index](CoreSide& s) { s.ui->controls().listTab = index; });
     });
     row->addWidget(radioTabs_, 0);
     row->addWidget(listTabs_, 1);
@@ -338,9 +339,9 @@ QWidget* MainWindow::buildTimeBar() {
     debug_ = Box(tr("Debug"), "debugCheckBox");
     speech_ = Box(tr("Speech"), "speechCheckBox");
     connect(speech_, &QCheckBox::clicked, this,
-            [this] { post_([](Station& s) { s.app->speechChanged(); }); });
+            [this] { post_([](CoreSide& s) { s.app->speechChanged(); }); });
     connect(debug_, &QCheckBox::clicked, this, [this](bool on) {
-        post_([on](Station& s) {
+        post_([on](CoreSide& s) {
             auto site = std::make_unique<SiteRec>();
             s.app->GetSiteRec(site.get());
             site->debug = on;
@@ -388,7 +389,7 @@ void MainWindow::buildMenus() {
     nightAction_->setCheckable(true);
     connect(nightAction_, &QAction::triggered, this, [this](bool on) {
         setNight(on);
-        post_([on](Station& s) { s.defaults->setBool(kNightThemeKey, on); });
+        post_([on](CoreSide& s) { s.defaults->setBool(kNightThemeKey, on); });
     });
 
     radioMenu_ = menuBar()->addMenu(tr("&Radio"));
@@ -420,17 +421,14 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
         item->setEnabled(i < prefs.radioItemEnabled.size() && prefs.radioItemEnabled[i]);
         radioGroup_->addAction(item);
         connect(item, &QAction::triggered, this,
-                [this, i] { post_([i](Station& s) { s.app->radioDriverChanged(i); }); });
+                [this, i] { post_([i](CoreSide& s) { s.app->radioDriverChanged(i); }); });
     }
 }
 
 void MainWindow::connectBridge() {
     UiBridge* b = bridge_;
     connect(b, &UiBridge::windowPrefsShown, this, &MainWindow::applyWindowPrefs);
-    connect(b, &UiBridge::satelliteItemsCleared, this, [this] {
-        satellites_->clear();
-        satellites_->addItem(tr("Add Satellite"));
-    });
+    connect(b, &UiBridge::satelliteItemsCleared, satellites_, &QComboBox::clear);
     connect(b, &UiBridge::satelliteItemAdded, this,
             [this](const QString& name) { satellites_->addItem(name); });
     connect(b, &UiBridge::kepsDateChanged, kepsDate_, &QLabel::setText);
@@ -527,7 +525,7 @@ void MainWindow::slideTime(int minutes) {
     if (timePending_->exchange(true)) return;
     auto wanted = timeWanted_;
     auto pending = timePending_;
-    post_([wanted, pending](Station& s) {
+    post_([wanted, pending](CoreSide& s) {
         pending->store(false);
         s.app->timeSlid(wanted->load());
     });
@@ -592,7 +590,7 @@ void MainWindow::showAgain() {
     show();
     raise();
     activateWindow();
-    post_([](Station& s) {
+    post_([](CoreSide& s) {
         if (!s.app->windowOpen()) s.app->openNewWindow();
     });
 }
@@ -606,7 +604,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     }
     event->ignore();
     hide();
-    post_([](Station& s) { s.app->windowShouldClose(); });
+    post_([](CoreSide& s) { s.app->windowShouldClose(); });
 }
 
 void MainWindow::setNight(bool on) {

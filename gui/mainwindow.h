@@ -47,6 +47,8 @@ class MainWindow : public QMainWindow {
     void setFullScreenView(bool on);
     bool fullScreenView() const { return fullScreen_; }
     void setLowerPanelShown(bool shown);
+    // Brings the window back (tray, Window menu, a second start).
+    void showAgain();
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -61,7 +63,6 @@ class MainWindow : public QMainWindow {
     void connectBridge();
     void applyWindowPrefs(const WindowPrefs& prefs);
     void slideTime(int minutes);
-    void showAgain();
     void setNight(bool on);
 
     UiBridge* bridge_;

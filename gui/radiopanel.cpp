@@ -90,17 +90,17 @@ RadioPanel::RadioPanel(UiBridge* bridge, CorePost post, QWidget* parent)
     sMeter_->setMaximumHeight(12);
 
     connect(fullDoppler_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->fullDopplerTuningChanged(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->fullDopplerTuningChanged(on); }); });
     connect(beacon_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->beaconChanged(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->beaconChanged(on); }); });
     connect(lock_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->vfoLockChanged(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->vfoLockChanged(on); }); });
     connect(radioOn, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->openCloseRadio(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->openCloseRadio(on); }); });
     connect(gatewayOn, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->openCloseGateway(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->openCloseGateway(on); }); });
     connect(modes_, &QComboBox::activated, this, [this](int index) {
-        post_([index](Station& s) {
+        post_([index](CoreSide& s) {
             s.ui->controls().selectedChannel = index;
             s.app->modeChanged();
         });
@@ -163,10 +163,13 @@ RadioPanel::RadioPanel(UiBridge* bridge, CorePost post, QWidget* parent)
     });
     connect(bridge, &UiBridge::radioCheckedChanged, radioOn, &QCheckBox::setChecked);
     connect(bridge, &UiBridge::gatewayCheckedChanged, gatewayOn, &QCheckBox::setChecked);
-    connect(bridge, &UiBridge::settingsShown, this, [this](const WindowSettings& settings) {
-        beacon_->setChecked(settings.beacon);
-        lock_->setChecked(settings.locked);
-    });
+    connect(bridge, &UiBridge::settingsShown, this,
+            [this, radioOn, gatewayOn](const WindowSettings& settings) {
+                beacon_->setChecked(settings.beacon);
+                lock_->setChecked(settings.locked);
+                radioOn->setChecked(settings.radioOn);
+                gatewayOn->setChecked(settings.gatewayOn);
+            });
 }
 
 QWidget* RadioPanel::frequencyRow(const QString& name, QLabel** digits, QLabel** trim,
@@ -212,13 +215,13 @@ QWidget* RadioPanel::frequencyRow(const QString& name, QLabel** digits, QLabel**
 void RadioPanel::stepUplink(double by) {
     uplinkStepper_ = std::clamp(uplinkStepper_ + by, -kStepperLimit, kStepperLimit);
     const double value = uplinkStepper_;
-    post_([value](Station& s) { s.app->uplinkClicked(value); });
+    post_([value](CoreSide& s) { s.app->uplinkClicked(value); });
 }
 
 void RadioPanel::stepDownlink(double by) {
     downlinkStepper_ = std::clamp(downlinkStepper_ + by, -kStepperLimit, kStepperLimit);
     const double value = downlinkStepper_;
-    post_([value](Station& s) { s.app->downlinkClicked(value); });
+    post_([value](CoreSide& s) { s.app->downlinkClicked(value); });
 }
 
 void RadioPanel::sliderChanged(int value) {
@@ -229,7 +232,7 @@ void RadioPanel::sliderChanged(int value) {
     const double delta = position - sliderSent_;
     sliderSent_ = position;
     if (delta == 0) return;
-    post_([delta](Station& s) {
+    post_([delta](CoreSide& s) {
         s.ui->controls().vfoSlider += delta;
         s.app->vfoSliderMoved(s.ui->controls().vfoSlider);
     });

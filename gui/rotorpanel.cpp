@@ -85,7 +85,7 @@ RotorPanel::RotorPanel(UiBridge* bridge, CorePost post, QWidget* parent)
         if (action != QAbstractSlider::SliderMove) moved();
     });
     connect(rotorOn_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](Station& s) { s.app->openCloseRotor(on); }); });
+            [this](bool on) { post_([on](CoreSide& s) { s.app->openCloseRotor(on); }); });
 
     connect(bridge, &UiBridge::rotorPanelChanged, this,
             [this](const QString& az, const QString& el) {
@@ -98,15 +98,17 @@ RotorPanel::RotorPanel(UiBridge* bridge, CorePost post, QWidget* parent)
         const QSignalBlocker quiet(elevationDial_);
         elevationDial_->setValue(ToDial(value));
     });
-    connect(bridge, &UiBridge::settingsShown, this,
-            [this](const WindowSettings& settings) { manual_->setChecked(settings.rotorManual); });
+    connect(bridge, &UiBridge::settingsShown, this, [this](const WindowSettings& settings) {
+        manual_->setChecked(settings.rotorManual);
+        rotorOn_->setChecked(settings.rotorOn);
+    });
 }
 
 void RotorPanel::moved() {
     const bool manual = manual_->isChecked();
     const int azimuth = FromDial(azimuthDial_->value());
     const int elevation = FromDial(elevationDial_->value());
-    post_([=](Station& s) { s.app->az_el_Moved(manual, azimuth, elevation); });
+    post_([=](CoreSide& s) { s.app->az_el_Moved(manual, azimuth, elevation); });
 }
 
 }  // namespace veloran

@@ -105,6 +105,9 @@ void UiBridge::showSettings(const SiteRec& site) {
     shown.beacon = site.listenForBeacon != 0;
     shown.locked = site.vfo_locked != 0;
     shown.radio = site.radio;
+    shown.radioOn = site.vfo_enabled != 0;
+    shown.rotorOn = site.rotor_enabled != 0;
+    shown.gatewayOn = site.gateway_enabled != 0;
     shown.locationName = QString::fromUtf8(site.locationName);
     emit settingsShown(shown);
 }

@@ -68,6 +68,7 @@ struct WindowSettings {
     bool beacon = false;
     bool locked = false;
     int radio = 0;
+    bool radioOn = false, rotorOn = false, gatewayOn = false;  // the ports the settings open
     QString locationName;
 };
 
