@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QPixmap>
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -119,6 +120,45 @@ TEST(ViewBuilder, DrawsTheSameMapAndHorizonAsTheExport) {
         ASSERT_FALSE(theirs.empty());
         EXPECT_EQ(ours, theirs);
     }
+}
+
+// What the builder keeps between ticks: the stored rectangle is scrolled to
+// once, a zoom changes the next list's width, follow centres on the main
+// satellite, and a tab not in front gets no list.
+TEST(ViewBuilder, KeepsZoomAndScrollBetweenTicks) {
+    const uint32_t now = testing::Seconds(2026, 11, 21, 12, 0, 0);
+    auto scene = LoadScene(LondonSite(), now, 0, ::testing::TempDir());
+    ViewBuilder builder;
+    ViewFrame frame = FrameOf(*scene, 0);
+    frame.mapFrameWidth = 4096;
+    frame.hasStoredRect = true;
+    const double stored[4] = {1500, 700, 800, 400};
+    std::copy(stored, stored + 4, frame.rect);
+
+    ViewLists lists = builder.drawViews(frame, {true, false}, now);
+    ASSERT_TRUE(lists.map);
+    EXPECT_EQ(lists.map->width, 4096);
+    EXPECT_TRUE(lists.map->scrollToRect);
+    EXPECT_EQ(lists.map->scrollRect.x, 1500);
+    EXPECT_EQ(lists.map->scrollRect.height, 400);
+    EXPECT_FALSE(lists.map->centreOnPoint);
+
+    frame.firstTick = false;
+    scene->site.followSat_enabled = 1;
+    builder.zoomMap(2048);
+    lists = builder.drawViews(frame, {false, true}, now);
+    EXPECT_FALSE(lists.map);
+    lists = builder.drawViews(frame, {true, false}, now);
+    ASSERT_TRUE(lists.map);
+    EXPECT_EQ(lists.map->width, 2048);
+    EXPECT_FALSE(lists.map->scrollToRect);
+    ASSERT_TRUE(lists.map->centreOnPoint);
+    // The main satellite's point on a 2048-pixel map.
+    const SatRec& sat = scene->sats[0];
+    const PointF expected =
+        LonLatRadsToPoint(sat.subSatPtLongitudeRads, sat.subSatPtLatitudeRads, 2048 / 360.0);
+    EXPECT_EQ(lists.map->centre.x, expected.x);
+    EXPECT_EQ(lists.map->centre.y, expected.y);
 }
 
 // A window-sized look at every widget, on the bundled satellites, saved as
