@@ -218,6 +218,8 @@ void DisplayListPainter::paint(QPainter* painter, const QRectF& exposed, double 
                 break;
         }
     }
+    if (overallDimming_ > 0)
+        painter->fillRect(area, QColor::fromRgbF(0, 0, 0, static_cast<float>(overallDimming_)));
     painter->restore();
 }
 

@@ -36,6 +36,9 @@ class DisplayListPainter {
 
     // Night theme: a black veil of this opacity (0..1) over the map images.
     void setImageDimming(double alpha) { dimming_ = alpha; }
+    // Night theme for a picture without imagery (the white timeline): a
+    // black veil of this opacity over everything painted.
+    void setOverallDimming(double alpha) { overallDimming_ = alpha; }
 
     // Folders searched, in order, for the images the lists name
     // ("map_1024.jpg" ...): the build tree's map folder, then
@@ -60,6 +63,7 @@ class DisplayListPainter {
     std::shared_ptr<const DisplayList> list_;
     std::vector<Cached> items_;
     double dimming_ = 0.0;
+    double overallDimming_ = 0.0;
 };
 
 // The image of that resource name, loaded once and shared; null when no

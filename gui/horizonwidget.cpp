@@ -39,6 +39,12 @@ void HorizonWidget::setList(std::shared_ptr<const DisplayList> list) {
     canvas_->update();
 }
 
+void HorizonWidget::setNightTheme(bool on) {
+    // Lighter than the map's veil: the grey passes must still read.
+    canvas_->painter().setOverallDimming(on ? 0.45 : 0.0);
+    canvas_->update();
+}
+
 void HorizonWidget::resizeEvent(QResizeEvent* event) {
     QScrollArea::resizeEvent(event);
     const int scrollBar = horizontalScrollBar()->sizeHint().height();

@@ -32,6 +32,8 @@ class HorizonWidget : public QScrollArea {
 
   public slots:
     void setList(std::shared_ptr<const DisplayList> list);
+    // Night theme: the white timeline dimmed, so it does not dazzle.
+    void setNightTheme(bool on);
 
   signals:
     // The height the timeline could fill, pixels: the core may build its

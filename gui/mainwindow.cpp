@@ -610,6 +610,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 void MainWindow::setNight(bool on) {
     ApplyTheme(qApp, on);
     map_->setNightTheme(on);
+    horizon_->setNightTheme(on);
     trackList_->setNightTheme(on);
 }
 

@@ -208,6 +208,9 @@ TEST(ViewBuilder, Screenshots) {
     horizon.setList(lists.horizon);
     QApplication::processEvents();
     EXPECT_TRUE(horizon.grab().save(dir + "/horizon.png"));
+    horizon.setNightTheme(true);
+    QApplication::processEvents();
+    EXPECT_TRUE(horizon.grab().save(dir + "/horizon-night.png"));
 
     TrackListWidget table;
     table.resize(1240, 300);
