@@ -8,6 +8,7 @@
 #include "app/appcontroller.h"
 #include "app/tracklist.h"
 #include "gui/theme.h"
+#include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
 #include "radio/driver.h"
 #include "station/station.h"
@@ -99,6 +100,8 @@ void CoreThread::showWindowPrefs() {
     prefs.listTab = controls.listTab;
     prefs.radioTab = controls.radioTab;
     prefs.night = defaults.boolForKey(kNightThemeKey);
+    prefs.trackListColumns = QByteArray::fromBase64(
+        QByteArray::fromStdString(defaults.stringForKey(kTrackListColumnsKey)));
     for (int i = 0; i < kRadioCount; ++i) {
         const RadioDriver* driver = RadioDriverFor(i);
         prefs.radioNames << QString::fromUtf8(driver != nullptr ? driver->model : "");

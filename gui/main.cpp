@@ -120,6 +120,7 @@ int main(int argc, char** argv) {
     core.start();
     window.show();
     const int exitStatus = app.exec();
+    window.saveWindowState();
     if (!core.stop(2000)) {
         std::fprintf(stderr, "veloran: a device kept the core busy; quitting without it\n");
         std::fflush(stderr);

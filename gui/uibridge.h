@@ -7,6 +7,7 @@
 // GUI's actions keep current before they run.
 #pragma once
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -15,6 +16,7 @@
 
 #include "app/interfaces.h"
 #include "app/tracklist.h"
+#include "app/viewbuilder.h"
 
 namespace veloran {
 
@@ -38,6 +40,7 @@ struct CoreControls {
 struct WindowPrefs {
     int mapTab = 0, listTab = 0, radioTab = 0;
     bool night = false;
+    QByteArray trackListColumns;  // the table's saved column layout
     QStringList radioNames;
     QVector<bool> radioItemEnabled;
 };
@@ -46,12 +49,6 @@ struct WindowPrefs {
 constexpr const char* kMapTabKey = "map_tab";
 constexpr const char* kListTabKey = "tracklist_tab";
 constexpr const char* kRadioTabKey = "radio_tab";
-
-// One track-list row as the table shows it.
-struct TrackRowView {
-    SatelliteSlot slot;
-    RowColour colour = RowColour::kBlack;
-};
 
 // The settings the main window's own controls show.
 struct WindowSettings {
@@ -65,6 +62,7 @@ struct WindowSettings {
     int radio = 0;
     bool radioOn = false, rotorOn = false, gatewayOn = false;  // the ports the settings open
     QString locationName;
+    QString latitude, longitude;  // the site, degrees, north and east positive
 };
 
 class UiBridge : public QObject, public UserInterface, public TrackListUi {
@@ -75,6 +73,8 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     // The controller whose records colour the track-list rows; core thread.
     void setController(const AppController* app) { app_ = app; }
     CoreControls& controls() { return controls_; }
+    // Builds the map and horizon pictures of each tick; core thread.
+    ViewBuilder& viewBuilder() { return builder_; }
 
     void removeAllSatelliteItems() override;
     void addSatelliteItem(const std::string& name) override;
@@ -176,14 +176,18 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void zoomButtonsChanged(bool zoomInEnabled, bool zoomOutEnabled);
     void mapZoomed(int width, double scale);
     void mainWindowShown(bool shown);
-    // The tick drew: virtual instant, main satellite (1-based), first frame.
-    void framePublished(uint32_t timeBaseSecs, int mainSatNum, bool firstTick);
-    void trackRowsChanged(const QVector<veloran::TrackRowView>& rows);
+    // The tick's pictures; a null list means that view is not showing.
+    void viewListsPublished(std::shared_ptr<const veloran::DisplayList> map,
+                            std::shared_ptr<const veloran::DisplayList> horizon);
+    void trackRowsChanged(std::vector<veloran::SatelliteSlot> rows,
+                          std::vector<veloran::RowColour> colours);
     void trackRowsDeselected();
     void trackListCheckedChanged(bool on);
 
   private:
     CoreControls controls_;
+    ViewBuilder builder_;
+    SystemClock clock_;  // the Sun and the night follow the wall clock
     const AppController* app_ = nullptr;
 };
 
@@ -193,5 +197,4 @@ void RegisterBridgeTypes();
 }  // namespace veloran
 
 Q_DECLARE_METATYPE(veloran::WindowSettings)
-Q_DECLARE_METATYPE(veloran::TrackRowView)
 Q_DECLARE_METATYPE(veloran::WindowPrefs)
