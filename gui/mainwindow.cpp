@@ -37,6 +37,12 @@
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
 
+// The window's icon is compiled into this library; Q_INIT_RESOURCE declares
+// its loader where it stands, so this stays outside any namespace.
+static void LoadGuiResources() {
+    Q_INIT_RESOURCE(resources);
+}
+
 namespace veloran {
 
 namespace {
@@ -66,6 +72,7 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
       post_(std::move(post)),
       timeWanted_(std::make_shared<std::atomic<int>>(0)),
       timePending_(std::make_shared<std::atomic<bool>>(false)) {
+    LoadGuiResources();
     setObjectName("mainWindow");
     setWindowTitle("Veloran");
     setWindowIcon(QIcon(":/veloran.svg"));
