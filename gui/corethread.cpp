@@ -100,6 +100,7 @@ void CoreThread::showWindowPrefs() {
     prefs.listTab = controls.listTab;
     prefs.radioTab = controls.radioTab;
     prefs.night = defaults.boolForKey(kNightThemeKey);
+    prefs.timeSliderMinutes = station_->controller()->timeSliderMinutes();
     prefs.trackListColumns = QByteArray::fromBase64(
         QByteArray::fromStdString(defaults.stringForKey(kTrackListColumnsKey)));
     for (int i = 0; i < kRadioCount; ++i) {

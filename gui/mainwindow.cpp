@@ -387,6 +387,12 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
     listTabs_->setCurrentIndex(prefs.listTab);
     radioTabs_->setCurrentIndex(prefs.radioTab);
     for (QTabWidget* tabs : {mapTabs_, listTabs_, radioTabs_}) tabs->blockSignals(false);
+    {
+        const QSignalBlocker quietSlider(timeSlider_);
+        const QSignalBlocker quietMinutes(timeMinutes_);
+        timeSlider_->setValue(prefs.timeSliderMinutes);
+        timeMinutes_->setValue(prefs.timeSliderMinutes);
+    }
     nightAction_->setChecked(prefs.night);
     setNight(prefs.night);
     if (!prefs.trackListColumns.isEmpty()) trackList_->restoreColumnLayout(prefs.trackListColumns);

@@ -41,6 +41,7 @@ struct WindowPrefs {
     int mapTab = 0, listTab = 0, radioTab = 0;
     bool night = false;
     QByteArray trackListColumns;  // the table's saved column layout
+    int timeSliderMinutes = 0;    // --time-offset starts the slider off zero
     QStringList radioNames;
     QVector<bool> radioItemEnabled;
 };
