@@ -100,8 +100,9 @@ void CoreThread::showWindowPrefs() {
     prefs.listTab = controls.listTab;
     prefs.radioTab = controls.radioTab;
     prefs.night = defaults.boolForKey(kNightThemeKey);
-    controls.trackColumns = defaults.stringForKey(kTrackListColumnsKey);
-    prefs.trackColumns = QByteArray::fromBase64(QByteArray::fromStdString(controls.trackColumns));
+    prefs.timeSliderMinutes = station_->controller()->timeSliderMinutes();
+    prefs.trackListColumns = QByteArray::fromBase64(
+        QByteArray::fromStdString(defaults.stringForKey(kTrackListColumnsKey)));
     for (int i = 0; i < kRadioCount; ++i) {
         const RadioDriver* driver = RadioDriverFor(i);
         prefs.radioNames << QString::fromUtf8(driver != nullptr ? driver->model : "");
@@ -116,8 +117,6 @@ void CoreThread::saveWindowPrefs() {
     defaults.setInteger(kMapTabKey, controls.mapTab);
     defaults.setInteger(kListTabKey, controls.listTab);
     defaults.setInteger(kRadioTabKey, controls.radioTab);
-    if (!controls.trackColumns.empty())
-        defaults.setString(kTrackListColumnsKey, controls.trackColumns);
 }
 
 }  // namespace veloran

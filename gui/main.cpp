@@ -42,12 +42,6 @@ bool RaiseRunningWindow(const QString& channel) {
 
 }  // namespace
 
-// The window's icon is compiled into the gui library. (Q_INIT_RESOURCE
-// declares its function where it stands, so this stays outside namespaces.)
-static void LoadGuiResources() {
-    Q_INIT_RESOURCE(resources);
-}
-
 int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--headless") == 0) {
@@ -81,7 +75,6 @@ int main(int argc, char** argv) {
     int qtArgc = 1;
     QApplication app(qtArgc, qtArgv);
     veloran::UseCNumericLocale();
-    LoadGuiResources();
     QApplication::setApplicationName("Veloran");
     QApplication::setDesktopFileName("org.veloran.Veloran");
     QApplication::setQuitOnLastWindowClosed(false);
@@ -120,6 +113,7 @@ int main(int argc, char** argv) {
     core.start();
     window.show();
     const int exitStatus = app.exec();
+    window.saveWindowState();
     if (!core.stop(2000)) {
         std::fprintf(stderr, "veloran: a device kept the core busy; quitting without it\n");
         std::fflush(stderr);

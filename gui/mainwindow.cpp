@@ -20,8 +20,8 @@
 #include <QSlider>
 #include <QSpinBox>
 #include <QSystemTrayIcon>
+#include <QTabBar>
 #include <QTabWidget>
-#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -36,6 +36,12 @@
 #include "gui/theme.h"
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
+
+// The window's icon is compiled into this library; Q_INIT_RESOURCE declares
+// its loader where it stands, so this stays outside any namespace.
+static void LoadGuiResources() {
+    Q_INIT_RESOURCE(resources);
+}
 
 namespace veloran {
 
@@ -66,6 +72,7 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
       post_(std::move(post)),
       timeWanted_(std::make_shared<std::atomic<int>>(0)),
       timePending_(std::make_shared<std::atomic<bool>>(false)) {
+    LoadGuiResources();
     setObjectName("mainWindow");
     setWindowTitle("Veloran");
     setWindowIcon(QIcon(":/veloran.svg"));
@@ -108,6 +115,7 @@ QWidget* MainWindow::buildTopBar() {
     locations_->setAccessibleName(tr("Place"));
     locations_->setMinimumContentsLength(24);
     locations_->setMaxVisibleItems(30);
+    locations_->setPlaceholderText(tr("Choose a place"));
     connect(locations_, &QComboBox::activated, this, [this](int index) {
         post_([index](CoreSide& s) {
             s.ui->controls().selectedLocation = index;
@@ -180,39 +188,35 @@ QWidget* MainWindow::buildMapArea() {
     mapTabs_ = new QTabWidget;
     mapTabs_->setObjectName("mapTabs");
     map_ = new MapWidget;
-    // The window's own zoom and follow controls sit under the tabs.
-    map_->setToolBarShown(false);
     mapTabs_->addTab(map_, tr("World Map"));
-    connect(map_, &MapWidget::visibleRectChanged, this, [this](QRectF r, int) {
-        post_([r](CoreSide& s) {
-            CoreControls& c = s.ui->controls();
-            c.hasMapRect = true;
-            c.mapRect[0] = r.x();
-            c.mapRect[1] = r.y();
-            c.mapRect[2] = r.width();
-            c.mapRect[3] = r.height();
-        });
-    });
     connect(mapTabs_, &QTabWidget::currentChanged, this, [this](int index) {
         post_([index](CoreSide& s) { s.ui->controls().mapTab = index; });
     });
+    connect(map_, &MapWidget::zoomInClicked, this,
+            [this] { post_([](CoreSide& s) { s.app->zoomedin(); }); });
+    connect(map_, &MapWidget::zoomOutClicked, this,
+            [this] { post_([](CoreSide& s) { s.app->zoomedout(); }); });
+    connect(map_, &MapWidget::followToggled, this,
+            [this](bool on) { post_([on](CoreSide& s) { s.app->followSatChanged(on); }); });
+    connect(map_, &MapWidget::nightThemeToggled, this, [this](bool on) {
+        nightAction_->setChecked(on);
+        setNight(on);
+        post_([on](CoreSide& s) { s.defaults->setBool(kNightThemeKey, on); });
+    });
+    connect(map_, &MapWidget::visibleRectChanged, this, [this](QRectF rect, int) {
+        post_([rect](CoreSide& s) {
+            CoreControls& c = s.ui->controls();
+            c.hasMapRect = !rect.isEmpty();
+            c.mapRect[0] = rect.x();
+            c.mapRect[1] = rect.y();
+            c.mapRect[2] = rect.width();
+            c.mapRect[3] = rect.height();
+        });
+    });
 
     auto* controls = new QHBoxLayout;
-    zoomIn_ = new QToolButton;
-    zoomIn_->setObjectName("zoomInButton");
-    zoomIn_->setText(tr("Zoom In"));
-    zoomOut_ = new QToolButton;
-    zoomOut_->setObjectName("zoomOutButton");
-    zoomOut_->setText(tr("Zoom Out"));
-    zoomOut_->setEnabled(false);
-    connect(zoomIn_, &QToolButton::clicked, this,
-            [this] { post_([](CoreSide& s) { s.app->zoomedin(); }); });
-    connect(zoomOut_, &QToolButton::clicked, this,
-            [this] { post_([](CoreSide& s) { s.app->zoomedout(); }); });
-    follow_ = Box(tr("Follow"), "followCheckBox");
-    connect(follow_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](CoreSide& s) { s.app->followSatChanged(on); }); });
-    showTrackList_ = Box(tr("Track List"), "displayTrackListCheckBox");
+    showTrackList_ = Box(tr("Track List Paths"), "displayTrackListCheckBox");
+    showTrackList_->setToolTip(tr("Draw the footprints of every satellite in the track list"));
     connect(showTrackList_, &QCheckBox::clicked, this,
             [this](bool on) { post_([on](CoreSide& s) { s.app->displayTrackListChanged(on); }); });
     disclosure_ = new QToolButton;
@@ -224,18 +228,16 @@ QWidget* MainWindow::buildMapArea() {
     connect(disclosure_, &QToolButton::toggled, this, &MainWindow::setLowerPanelShown);
     mapStatus_ = Line("mapStatus");
     MakeDigits(mapStatus_, 11, true);
-    controls->addWidget(disclosure_);
-    controls->addWidget(mapStatus_, 1);
-    controls->addWidget(follow_);
-    controls->addWidget(showTrackList_);
-    controls->addWidget(zoomOut_);
-    controls->addWidget(zoomIn_);
-
     figures_ = Line("satelliteFigures");
     MakeDigits(figures_, 10);
+    controls->addWidget(disclosure_);
+    controls->addWidget(mapStatus_);
+    controls->addSpacing(16);
+    controls->addWidget(figures_, 1);
+    controls->addWidget(showTrackList_);
+
     column->addWidget(mapTabs_, 1);
     column->addLayout(controls);
-    column->addWidget(figures_);
     return area;
 }
 
@@ -257,61 +259,36 @@ QWidget* MainWindow::buildLowerPanel() {
 
     listTabs_ = new QTabWidget;
     listTabs_->setObjectName("listTabs");
-    auto* listPage = new QWidget;
-    auto* listColumn = new QVBoxLayout(listPage);
-    listColumn->setContentsMargins(2, 2, 2, 2);
     trackList_ = new TrackListWidget;
-    // Satellites are added from the satellite pop-up; the automatic check
-    // box sits under the table with the window's other switches.
-    trackList_->setOwnControlsShown(false);
-    listColumn->addWidget(trackList_, 1);
-    connect(trackList_, &TrackListWidget::singleClicked, this, [this](int clicked, int checkbox) {
-        post_([clicked, checkbox](CoreSide& s) { s.trackList->singleClick(clicked, checkbox); });
-    });
-    connect(trackList_, &TrackListWidget::doubleClicked, this, [this](int clicked) {
-        post_([clicked](CoreSide& s) { s.trackList->doubleClick(clicked); });
-    });
-    auto* deleteRow = new QPushButton(tr("Delete"));
-    deleteRow->setObjectName("deleteRowButton");
-    deleteRow->setToolTip(tr("Take the selected satellite off the track list"));
-    connect(deleteRow, &QPushButton::clicked, this, [this] {
-        const int selected = trackList_->selectedRow();
-        post_([selected](CoreSide& s) { s.trackList->deleteRow(selected); });
-    });
-    // The column layout reaches the core's copy a moment after the user
-    // stops dragging, and is saved with the tab selections.
-    auto* columnsMoved = new QTimer(this);
-    columnsMoved->setSingleShot(true);
-    columnsMoved->setInterval(500);
-    connect(trackList_, &TrackListWidget::columnLayoutChanged, columnsMoved,
-            qOverload<>(&QTimer::start));
-    connect(columnsMoved, &QTimer::timeout, this, [this] {
-        const std::string state = trackList_->saveColumnLayout().toBase64().toStdString();
-        post_([state](CoreSide& s) { s.ui->controls().trackColumns = state; });
-    });
-    auto* listButtons = new QHBoxLayout;
-    autoSelect_ = Box(tr("Automatic"), "trackListEnabled");
-    autoSelect_->setToolTip(tr("Work the track list's next satellite automatically"));
-    connect(autoSelect_, &QCheckBox::clicked, this,
-            [this](bool on) { post_([on](CoreSide& s) { s.trackList->toggleTrackList(on); }); });
-    listButtons->addWidget(autoSelect_);
-    listButtons->addStretch(1);
-    listButtons->addWidget(deleteRow);
-    listColumn->addLayout(listButtons);
-    listTabs_->addTab(listPage, tr("Track List"));
     horizon_ = new HorizonWidget;
+    listTabs_->addTab(trackList_, tr("Track List"));
     listTabs_->addTab(horizon_, tr("Horizon"));
-    connect(horizon_, &HorizonWidget::heightAvailable, this,
-            [this](int h) { post_([h](CoreSide& s) { s.ui->setHorizonHeight(h); }); });
     connect(listTabs_, &QTabWidget::currentChanged, this, [this](int index) {
         post_([index](CoreSide& s) { s.ui->controls().listTab = index; });
+    });
+    connect(trackList_, &TrackListWidget::trackListToggled, this,
+            [this](bool on) { post_([on](CoreSide& s) { s.trackList->toggleTrackList(on); }); });
+    connect(trackList_, &TrackListWidget::addClicked, this, [this] { satellites_->showPopup(); });
+    connect(trackList_, &TrackListWidget::deleteClicked, this, [this](int coreRow) {
+        post_([coreRow](CoreSide& s) { s.trackList->deleteRow(coreRow); });
+    });
+    connect(trackList_, &TrackListWidget::singleClicked, this, [this](int coreRow, int checkbox) {
+        post_([coreRow, checkbox](CoreSide& s) { s.trackList->singleClick(coreRow, checkbox); });
+    });
+    connect(trackList_, &TrackListWidget::doubleClicked, this, [this](int coreRow) {
+        post_([coreRow](CoreSide& s) { s.trackList->doubleClick(coreRow); });
+    });
+    connect(horizon_, &HorizonWidget::heightAvailable, this, [this](int height) {
+        post_([height](CoreSide& s) {
+            s.ui->viewBuilder().setHorizonSize(kHorizonDefaultWidth, static_cast<float>(height));
+        });
     });
     row->addWidget(radioTabs_, 0);
     row->addWidget(listTabs_, 1);
     column->addLayout(row, 1);
     column->addWidget(buildTimeBar());
-    panel->setMinimumHeight(280);
-    panel->setMaximumHeight(340);
+    panel->setMinimumHeight(250);
+    panel->setMaximumHeight(300);
     return panel;
 }
 
@@ -410,9 +387,15 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
     listTabs_->setCurrentIndex(prefs.listTab);
     radioTabs_->setCurrentIndex(prefs.radioTab);
     for (QTabWidget* tabs : {mapTabs_, listTabs_, radioTabs_}) tabs->blockSignals(false);
+    {
+        const QSignalBlocker quietSlider(timeSlider_);
+        const QSignalBlocker quietMinutes(timeMinutes_);
+        timeSlider_->setValue(prefs.timeSliderMinutes);
+        timeMinutes_->setValue(prefs.timeSliderMinutes);
+    }
     nightAction_->setChecked(prefs.night);
     setNight(prefs.night);
-    if (!prefs.trackColumns.isEmpty()) trackList_->restoreColumnLayout(prefs.trackColumns);
+    if (!prefs.trackListColumns.isEmpty()) trackList_->restoreColumnLayout(prefs.trackListColumns);
     radioMenu_->clear();
     for (int i = 0; i < prefs.radioNames.size(); ++i) {
         QAction* item = radioMenu_->addAction(prefs.radioNames[i]);
@@ -455,11 +438,12 @@ void MainWindow::connectBridge() {
             });
     connect(b, &UiBridge::locationSheetClosed, placeSheet_, &QDialog::hide);
     connect(b, &UiBridge::settingsShown, this, [this](const WindowSettings& settings) {
-        follow_->setChecked(settings.followSat);
+        map_->setFollowChecked(settings.followSat);
         showTrackList_->setChecked(settings.displayTrackList);
         speech_->setChecked(settings.speech);
-        const int index = locations_->findText(settings.locationName);
-        if (index >= 0) locations_->setCurrentIndex(index);
+        locations_->setCurrentIndex(locations_->findText(settings.locationName));
+        latitude_->setText(tr("Lat %1").arg(settings.latitude));
+        longitude_->setText(tr("Lon %1").arg(settings.longitude));
         const QList<QAction*> items = radioGroup_->actions();
         if (settings.radio >= 0 && settings.radio < items.size())
             items[settings.radio]->setChecked(true);
@@ -480,31 +464,22 @@ void MainWindow::connectBridge() {
             });
     connect(b, &UiBridge::debugCheckedChanged, debug_, &QCheckBox::setChecked);
     connect(b, &UiBridge::speechCheckedChanged, speech_, &QCheckBox::setChecked);
-    connect(b, &UiBridge::zoomButtonsChanged, this, [this](bool in, bool out) {
-        zoomIn_->setEnabled(in);
-        zoomOut_->setEnabled(out);
-        map_->setZoomButtons(in, out);
-    });
+    connect(b, &UiBridge::zoomButtonsChanged, map_, &MapWidget::setZoomButtons);
     connect(b, &UiBridge::mapZoomed, map_, &MapWidget::zoomMap);
-    connect(b, &UiBridge::mapListReady, map_, &MapWidget::setList);
-    connect(b, &UiBridge::horizonListReady, horizon_, &HorizonWidget::setList);
-    connect(b, &UiBridge::trackRowsChanged, this, [this](const QVector<TrackRowView>& rows) {
-        std::vector<SatelliteSlot> shown;
-        std::vector<RowColour> colours;
-        shown.reserve(rows.size());
-        colours.reserve(rows.size());
-        for (const TrackRowView& row : rows) {
-            shown.push_back(row.slot);
-            colours.push_back(row.colour);
-        }
-        trackList_->setRows(std::move(shown), std::move(colours));
-    });
+    connect(
+        b, &UiBridge::viewListsPublished, this,
+        [this](std::shared_ptr<const DisplayList> map, std::shared_ptr<const DisplayList> horizon) {
+            if (map) map_->setList(std::move(map));
+            if (horizon) horizon_->setList(std::move(horizon));
+        });
+    connect(b, &UiBridge::trackRowsChanged, trackList_, &TrackListWidget::setRows);
     connect(b, &UiBridge::trackRowsDeselected, trackList_, &TrackListWidget::deselectAllRows);
     connect(b, &UiBridge::mainWindowShown, this, [this](bool shown) {
         if (shown && !isVisible()) show();
         if (!shown && isVisible()) hide();
     });
-    connect(b, &UiBridge::trackListCheckedChanged, autoSelect_, &QCheckBox::setChecked);
+    connect(b, &UiBridge::trackListCheckedChanged, trackList_,
+            &TrackListWidget::setTrackListChecked);
     // Device messages (a port that would not open, a radio that stopped
     // answering) arrive as beeps with the switch going off; the message line
     // says which.
@@ -550,10 +525,10 @@ void MainWindow::setFullScreenView(bool on) {
     menuBar()->setVisible(!on);
     lowerPanel_->setVisible(!on && disclosure_->isChecked());
     for (QWidget* w : {static_cast<QWidget*>(mapStatus_), static_cast<QWidget*>(figures_),
-                       static_cast<QWidget*>(zoomIn_), static_cast<QWidget*>(zoomOut_),
-                       static_cast<QWidget*>(follow_), static_cast<QWidget*>(showTrackList_),
-                       static_cast<QWidget*>(disclosure_)})
+                       static_cast<QWidget*>(showTrackList_), static_cast<QWidget*>(disclosure_)})
         w->setVisible(!on);
+    mapTabs_->tabBar()->setVisible(!on);
+    mapTabs_->setCurrentIndex(0);
     if (on) {
         wasMaximized_ = isMaximized();
         showFullScreen();
@@ -612,6 +587,11 @@ void MainWindow::setNight(bool on) {
     map_->setNightTheme(on);
     horizon_->setNightTheme(on);
     trackList_->setNightTheme(on);
+}
+
+void MainWindow::saveWindowState() {
+    const std::string columns = trackList_->saveColumnLayout().toBase64().toStdString();
+    post_([columns](CoreSide& s) { s.defaults->setString(kTrackListColumnsKey, columns); });
 }
 
 }  // namespace veloran

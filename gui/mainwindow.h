@@ -13,12 +13,6 @@
 class QLabel;
 class QComboBox;
 class QTabWidget;
-
-namespace veloran {
-class HorizonWidget;
-class MapWidget;
-class TrackListWidget;
-}  // namespace veloran
 class QSlider;
 class QSpinBox;
 class QCheckBox;
@@ -33,6 +27,9 @@ namespace veloran {
 class UiBridge;
 struct WindowPrefs;
 class PlaceSheet;
+class MapWidget;
+class HorizonWidget;
+class TrackListWidget;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -49,6 +46,9 @@ class MainWindow : public QMainWindow {
     void setLowerPanelShown(bool shown);
     // Brings the window back (tray, Window menu, a second start).
     void showAgain();
+    // Hands the window's own state (the table's column layout) to the core
+    // to be saved with the settings; call before stopping the core.
+    void saveWindowState();
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -71,11 +71,11 @@ class MainWindow : public QMainWindow {
     QLabel *latitude_, *longitude_, *clock_, *version_, *mapStatus_, *figures_, *kepsDate_;
     QLabel* message_;
     QTabWidget *mapTabs_, *listTabs_, *radioTabs_;
+    QToolButton* disclosure_;
+    QCheckBox *showTrackList_, *debug_, *speech_;
     MapWidget* map_;
     HorizonWidget* horizon_;
     TrackListWidget* trackList_;
-    QToolButton *zoomIn_, *zoomOut_, *disclosure_;
-    QCheckBox *follow_, *showTrackList_, *autoSelect_, *debug_, *speech_;
     QSlider* timeSlider_;
     QSpinBox* timeMinutes_;
     QWidget *topBar_, *lowerPanel_, *statusBlock_;

@@ -207,10 +207,6 @@ void MapWidget::applyPendingScroll() {
     reportVisibleRect();
 }
 
-void MapWidget::setToolBarShown(bool shown) {
-    toolBar_->setVisible(shown);
-}
-
 void MapWidget::reportVisibleRect() {
     // Before the first list the frame is only a default: nothing to keep.
     if (canvas_->painter().list() == nullptr) return;

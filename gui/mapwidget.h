@@ -47,9 +47,6 @@ class MapWidget : public QWidget {
     const DisplayList* list() const { return canvas_->painter().list(); }
     MapCanvas* canvas() const { return canvas_; }
     QScrollArea* scrollArea() const { return scroll_; }
-    // The zoom buttons, follow and night switches above the map; a window
-    // with its own hides them.
-    void setToolBarShown(bool shown);
 
   public slots:
     // A tick's picture: resizes the frame to the list's when no zoom is

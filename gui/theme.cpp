@@ -40,13 +40,20 @@ void ApplyTheme(QApplication* app, bool night) {
         return;
     }
     QPalette p;
-    const QColor window(28, 28, 30), base(18, 18, 20), text(200, 190, 170);
+    // Frames and check-box squares need some contrast against the panel,
+    // or a switch's state cannot be read in the dark.
+    const QColor window(28, 28, 30), base(44, 44, 48), text(200, 190, 170);
     p.setColor(QPalette::Window, window);
     p.setColor(QPalette::WindowText, text);
     p.setColor(QPalette::Base, base);
     p.setColor(QPalette::AlternateBase, window);
     p.setColor(QPalette::Text, text);
-    p.setColor(QPalette::Button, QColor(40, 40, 44));
+    p.setColor(QPalette::Button, QColor(52, 52, 58));
+    p.setColor(QPalette::Light, QColor(90, 90, 96));
+    p.setColor(QPalette::Midlight, QColor(70, 70, 76));
+    p.setColor(QPalette::Mid, QColor(60, 60, 66));
+    p.setColor(QPalette::Dark, QColor(110, 105, 95));
+    p.setColor(QPalette::Shadow, QColor(0, 0, 0));
     p.setColor(QPalette::ButtonText, text);
     p.setColor(QPalette::ToolTipBase, window);
     p.setColor(QPalette::ToolTipText, text);

@@ -305,10 +305,6 @@ int TrackListWidget::selectedRow() const {
     return rows.isEmpty() ? -1 : model_->coreRow(rows.first().row());
 }
 
-void TrackListWidget::setOwnControlsShown(bool shown) {
-    controls_->setVisible(shown);
-}
-
 QByteArray TrackListWidget::saveColumnLayout() const {
     return table_->horizontalHeader()->saveState();
 }

@@ -81,9 +81,6 @@ class TrackListWidget : public QWidget {
     // not fit the columns (it is then ignored).
     QByteArray saveColumnLayout() const;
     bool restoreColumnLayout(const QByteArray& state);
-    // The automatic-selection check box and the Add and Delete buttons; a
-    // window with its own hides them.
-    void setOwnControlsShown(bool shown);
     // The selected row of the core's list, -1 when none is selected.
     int selectedRow() const;
 

@@ -2,6 +2,7 @@
 
 #include "gui/uibridge.h"
 
+#include <cstdio>
 #include <memory>
 
 #include "app/appcontroller.h"
@@ -18,11 +19,10 @@ QString Q(const std::string& text) {
 
 void RegisterBridgeTypes() {
     qRegisterMetaType<WindowSettings>();
-    qRegisterMetaType<TrackRowView>();
     qRegisterMetaType<WindowPrefs>();
-    qRegisterMetaType<QVector<TrackRowView>>();
-    qRegisterMetaType<uint32_t>("uint32_t");
     qRegisterMetaType<std::shared_ptr<const DisplayList>>();
+    qRegisterMetaType<std::vector<SatelliteSlot>>();
+    qRegisterMetaType<std::vector<RowColour>>();
 }
 
 UiBridge::UiBridge(QObject* parent) : QObject(parent) {}
@@ -109,6 +109,13 @@ void UiBridge::showSettings(const SiteRec& site) {
     shown.rotorOn = site.rotor_enabled != 0;
     shown.gatewayOn = site.gateway_enabled != 0;
     shown.locationName = QString::fromUtf8(site.locationName);
+    // As the places combo box shows a chosen place; the site keeps west
+    // positive, the window east positive.
+    char text[32];
+    std::snprintf(text, sizeof text, "%01.4f", site.siteLatDegs);
+    shown.latitude = text;
+    std::snprintf(text, sizeof text, "%01.4f", -site.siteLongDegs);
+    shown.longitude = text;
     emit settingsShown(shown);
 }
 
@@ -183,7 +190,7 @@ void UiBridge::zoomMap(int32_t width, double scale) {
     // The map scales its visible area itself; keep the core's copy in step
     // so a quit before the next report saves the right rectangle.
     for (double& v : controls_.mapRect) v *= scale;
-    views_.zoomMap(width);
+    builder_.zoomMap(width);
     emit mapZoomed(width, scale);
 }
 bool UiBridge::mapVisibleRect(double* rect4) const {
@@ -195,31 +202,24 @@ void UiBridge::showMainWindow(bool shown) {
     emit mainWindowShown(shown);
 }
 void UiBridge::drawViews(const ViewFrame& frame) {
-    // Only the tabs in front are drawn: the world map (index 0 of the map
-    // tabs) and the horizon (index 1 of the track-list tabs).
+    // Only the tabs in front are drawn: the world map (map tab 0) and the
+    // horizon (track-list tab 1); the indices stay fixed as tabs are added.
     const ShownViews shown{controls_.mapTab == 0, controls_.listTab == 1};
-    ViewLists lists = views_.drawViews(frame, shown, wallClock_.dateTimeUTC());
-    if (lists.map) emit mapListReady(std::move(lists.map));
-    if (lists.horizon) emit horizonListReady(std::move(lists.horizon));
-    emit framePublished(frame.timeBaseSecs, frame.mainSatNum, frame.firstTick);
-}
-
-void UiBridge::setHorizonHeight(int height) {
-    views_.setHorizonSize(kHorizonDefaultWidth, static_cast<float>(height));
+    const ViewLists lists = builder_.drawViews(frame, shown, clock_.dateTimeUTC());
+    emit viewListsPublished(lists.map, lists.horizon);
 }
 
 void UiBridge::reloadRows(const std::vector<SatelliteSlot>& rows) {
-    QVector<TrackRowView> shown;
-    shown.reserve(static_cast<qsizetype>(rows.size()));
+    std::vector<RowColour> colours;
+    colours.reserve(rows.size());
     auto sat = std::make_unique<SatRec>();
     for (const SatelliteSlot& slot : rows) {
-        TrackRowView row;
-        row.slot = slot;
+        RowColour colour = RowColour::kBlack;
         if (app_ != nullptr && app_->GetSatelliteRecordByIndex(slot.index, sat.get()))
-            row.colour = RowColourFor(*sat, slot.index == app_->selectedSatelliteIndex());
-        shown.push_back(std::move(row));
+            colour = RowColourFor(*sat, slot.index == app_->selectedSatelliteIndex());
+        colours.push_back(colour);
     }
-    emit trackRowsChanged(shown);
+    emit trackRowsChanged(rows, colours);
 }
 void UiBridge::deselectAllRows() {
     emit trackRowsDeselected();

@@ -7,12 +7,11 @@
 // GUI's actions keep current before they run.
 #pragma once
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QVector>
-#include <memory>
-#include <string>
 #include <vector>
 
 #include "app/interfaces.h"
@@ -34,7 +33,6 @@ struct CoreControls {
     double vfoSlider = 0;              // where the core believes the tuning slider stands
     // The tab selections: map/globe, track list/horizon, radio/rotor.
     int mapTab = 0, listTab = 0, radioTab = 0;
-    std::string trackColumns;  // the track list's column layout, base64; empty: as built
 };
 
 // What the window restores from the settings at start-up, and which items
@@ -42,7 +40,8 @@ struct CoreControls {
 struct WindowPrefs {
     int mapTab = 0, listTab = 0, radioTab = 0;
     bool night = false;
-    QByteArray trackColumns;  // the track list's column layout; empty: as built
+    QByteArray trackListColumns;  // the table's saved column layout
+    int timeSliderMinutes = 0;    // --time-offset starts the slider off zero
     QStringList radioNames;
     QVector<bool> radioItemEnabled;
 };
@@ -51,12 +50,6 @@ struct WindowPrefs {
 constexpr const char* kMapTabKey = "map_tab";
 constexpr const char* kListTabKey = "tracklist_tab";
 constexpr const char* kRadioTabKey = "radio_tab";
-
-// One track-list row as the table shows it.
-struct TrackRowView {
-    SatelliteSlot slot;
-    RowColour colour = RowColour::kBlack;
-};
 
 // The settings the main window's own controls show.
 struct WindowSettings {
@@ -70,6 +63,7 @@ struct WindowSettings {
     int radio = 0;
     bool radioOn = false, rotorOn = false, gatewayOn = false;  // the ports the settings open
     QString locationName;
+    QString latitude, longitude;  // the site, degrees, north and east positive
 };
 
 class UiBridge : public QObject, public UserInterface, public TrackListUi {
@@ -80,6 +74,8 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     // The controller whose records colour the track-list rows; core thread.
     void setController(const AppController* app) { app_ = app; }
     CoreControls& controls() { return controls_; }
+    // Builds the map and horizon pictures of each tick; core thread.
+    ViewBuilder& viewBuilder() { return builder_; }
 
     void removeAllSatelliteItems() override;
     void addSatelliteItem(const std::string& name) override;
@@ -138,8 +134,6 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
 
     // Start-up: the window's stored state (not an outlet of the core).
     void showWindowPrefs(const WindowPrefs& prefs) { emit windowPrefsShown(prefs); }
-    // The horizon tab's height, pixels: the next timelines are built that tall.
-    void setHorizonHeight(int height);
 
   signals:
     void windowPrefsShown(const veloran::WindowPrefs& prefs);
@@ -183,23 +177,19 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void zoomButtonsChanged(bool zoomInEnabled, bool zoomOutEnabled);
     void mapZoomed(int width, double scale);
     void mainWindowShown(bool shown);
-    // The tick drew: virtual instant, main satellite (1-based), first frame.
-    void framePublished(uint32_t timeBaseSecs, int mainSatNum, bool firstTick);
-    // The tick's pictures, immutable once sent.
-    void mapListReady(std::shared_ptr<const veloran::DisplayList> list);
-    void horizonListReady(std::shared_ptr<const veloran::DisplayList> list);
-    void trackRowsChanged(const QVector<veloran::TrackRowView>& rows);
+    // The tick's pictures; a null list means that view is not showing.
+    void viewListsPublished(std::shared_ptr<const veloran::DisplayList> map,
+                            std::shared_ptr<const veloran::DisplayList> horizon);
+    void trackRowsChanged(std::vector<veloran::SatelliteSlot> rows,
+                          std::vector<veloran::RowColour> colours);
     void trackRowsDeselected();
     void trackListCheckedChanged(bool on);
 
   private:
     CoreControls controls_;
+    ViewBuilder builder_;
+    SystemClock clock_;  // the Sun and the night follow the wall clock
     const AppController* app_ = nullptr;
-    // Builds the map and horizon lists on the core thread, keeping the
-    // zoom and a pending scroll between ticks.
-    ViewBuilder views_;
-    // The Sun and the night follow the wall clock, not the time slider.
-    SystemClock wallClock_;
 };
 
 // Makes the value types above travel through queued connections.
@@ -208,5 +198,4 @@ void RegisterBridgeTypes();
 }  // namespace veloran
 
 Q_DECLARE_METATYPE(veloran::WindowSettings)
-Q_DECLARE_METATYPE(veloran::TrackRowView)
 Q_DECLARE_METATYPE(veloran::WindowPrefs)

@@ -209,22 +209,28 @@ TEST_F(Window, StepperClickMovesTheUplinkOneKilohertzOnTheWire) {
 }
 
 TEST_F(Window, TrackListRowsCarryTheirColours) {
-    QVector<TrackRowView> shown;
-    const auto keep = QObject::connect(core->bridge(), &UiBridge::trackRowsChanged, window,
-                                       [&](const QVector<TrackRowView>& rows) { shown = rows; });
+    std::vector<SatelliteSlot> shown;
+    std::vector<RowColour> colours;
+    const auto keep =
+        QObject::connect(core->bridge(), &UiBridge::trackRowsChanged, window,
+                         [&](std::vector<SatelliteSlot> rows, std::vector<RowColour> c) {
+                             shown = std::move(rows);
+                             colours = std::move(c);
+                         });
     auto* satellites = Find<QComboBox>("satellitePopUp");
     emit satellites->activated(satellites->findText("SO-50"));
     Tick();
     QObject::disconnect(keep);
-    ASSERT_FALSE(shown.isEmpty());
+    ASSERT_FALSE(shown.empty());
+    ASSERT_EQ(colours.size(), shown.size());
     // Added with automatic selection off, SO-50 became the main satellite:
     // blue, unless its pass is on (red) or just starting (green), or there
     // is none to come (grey).
-    const auto row = std::find_if(shown.begin(), shown.end(), [](const TrackRowView& r) {
-        return r.slot.satelliteName == "SO-50";
+    const auto row = std::find_if(shown.begin(), shown.end(), [](const SatelliteSlot& r) {
+        return r.satelliteName == "SO-50";
     });
     ASSERT_NE(row, shown.end());
-    EXPECT_NE(row->colour, RowColour::kBlack);
+    EXPECT_NE(colours[static_cast<size_t>(row - shown.begin())], RowColour::kBlack);
 }
 
 TEST_F(Window, AddPlaceSheetAddsAPlace) {
