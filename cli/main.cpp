@@ -21,9 +21,11 @@ const Command kCommands[] = {
      "      eclipse, time to AOS and maximum elevation of every satellite in FILE;\n"
      "      --modes also lists each satellite's transponder modes"},
     {"passes", veloran::cli::RunPasses,
-     "passes [FILE] [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME] "
-     "[--modes=MODEFILE]\n"
-     "      the passes of the next H hours (default 24): AOS, maximum elevation, LOS"},
+     "passes [FILE] [--site LAT,LON,ALT_M] [--time UTC] [--hours H | --days D] "
+     "[--sat NAME,...]\n"
+     "      [--min-elev DEG] [--csv] [--modes=MODEFILE]\n"
+     "      the passes of the next H hours (default 24) or D days whose highest elevation\n"
+     "      reaches DEG: AOS, maximum elevation, LOS, length, azimuths and sunlight"},
     {"map", veloran::cli::RunMap,
      "map [FILE] [--out SVG] [--width 1024|2048|4096|8192] [--sat NAME] [--track "
      "NAME,...|all|none]\n"
