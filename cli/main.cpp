@@ -36,6 +36,11 @@ const Command kCommands[] = {
      "horizon [FILE] [--out SVG] [--sat NAME | --track NAME,...|all|none] [--time UTC]\n"
      "      [--site LAT,LON,ALT_M] [--min-elev DEG]\n"
      "      the next eight hours of passes as SVG, coloured by maximum elevation"},
+    {"sky", veloran::cli::RunSky,
+     "sky [FILE] --sat NAME [--out SVG] [--time UTC] [--site LAT,LON,ALT_M] [--size PIXELS]\n"
+     "      [--target AZ,EL] [--rotor AZ,EL]\n"
+     "      the polar sky plot of the satellite's current or next pass as SVG, with where it\n"
+     "      is now and the antenna's last target and reported position"},
     {"rotor", veloran::cli::RunRotor,
      "rotor --type INDEX --port PATH [--baud INDEX] [--debug] [--read] AZ EL\n"
      "      points the rotor controller of type INDEX (0-11) at AZ/EL degrees;\n"

@@ -180,7 +180,32 @@ double AzimuthDegs(const Look& l) {
     return azimuth * kRadiansToDegrees;
 }
 
+void Prepare(const SatRec* rec, const SiteRec* site, double startDay, Finder* f) {
+    f->kep = rec->satKep;
+    f->nodeRate = rec->satRAANPrecession;
+    f->perigeeRate = rec->perigeePrecession;
+    GetSiteEllipsoid(site->siteLatRads, site->siteAltitudeM / 1000.0, &f->ellipsoid);
+    f->longitude = site->siteLongRads;
+    f->startDay = startDay;
+    GetSidereal(startDay, &f->t0, &f->theta0);
+}
+
 }  // namespace
+
+int LookAnglesOver(const SatRec* rec, const SiteRec* site, double fromDay, double toDay, int count,
+                   double* azimuthDegs, double* elevationDegs) {
+    if (rec == nullptr || site == nullptr || count < 1 || !(toDay >= fromDay)) return 0;
+    Finder f{};
+    Prepare(rec, site, fromDay, &f);
+    const double span = (toDay - fromDay) * kSecondsPerDay;
+    for (int i = 0; i < count; ++i) {
+        const Look l = LookAt(&f, count == 1 ? 0.0 : span * i / (count - 1));
+        if (!l.valid) return 0;
+        azimuthDegs[i] = AzimuthDegs(l);
+        elevationDegs[i] = l.elevation * kRadiansToDegrees;
+    }
+    return count;
+}
 
 int FindPassesCounted(const SatRec* rec, const SiteRec* site, const SatRec* sun, double startDay,
                       double endDay, double minElevationDegs, PassRec* passes, int maxPasses,
@@ -189,7 +214,7 @@ int FindPassesCounted(const SatRec* rec, const SiteRec* site, const SatRec* sun,
     if (rec == nullptr || site == nullptr || !(endDay > startDay) || !std::isfinite(startDay))
         return 0;
     Finder f{};
-    f.kep = rec->satKep;
+    Prepare(rec, site, startDay, &f);
     const KepRec* k = &f.kep;
     const double n = k->epochMeanMotion, e = k->eccentricity;
     // Nonsense elements give no orbit; a stationary object's zero mean
@@ -208,13 +233,6 @@ int FindPassesCounted(const SatRec* rec, const SiteRec* site, const SatRec* sun,
     const double aLow = std::min(aStart, aEnd), aHigh = std::max(aStart, aEnd);
     const double perigee = aLow * (1.0 - e);
     if (!std::isfinite(aLow) || !std::isfinite(aHigh) || perigee < kEarthRadiusKm) return 0;
-
-    f.nodeRate = rec->satRAANPrecession;
-    f.perigeeRate = rec->perigeePrecession;
-    GetSiteEllipsoid(site->siteLatRads, site->siteAltitudeM / 1000.0, &f.ellipsoid);
-    f.longitude = site->siteLongRads;
-    f.startDay = startDay;
-    GetSidereal(startDay, &f.t0, &f.theta0);
 
     // |d2 up/dt2| <= |a| + 2 w |v| + w^2 r, taken where each is largest, plus
     // the bend of the drifting node and perigee.

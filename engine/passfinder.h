@@ -41,4 +41,11 @@ int FindPassesCounted(const SatRec* rec, const SiteRec* site, const SatRec* sun,
                       double endDay, double minElevationDegs, PassRec* passes, int maxPasses,
                       long* evaluations);
 
+// Azimuth and elevation (degrees) of `rec` from `site` at `count` instants
+// spread evenly from fromDay to toDay, both included: a pass's track for the
+// sky plot. Returns how many were written, 0 for a null record or elements
+// that give no position. Thread-safe like FindPasses.
+int LookAnglesOver(const SatRec* rec, const SiteRec* site, double fromDay, double toDay, int count,
+                   double* azimuthDegs, double* elevationDegs);
+
 }  // namespace veloran

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -119,6 +120,21 @@ TEST(Cli, PassesAsCsvMatchTheTable) {
         EXPECT_EQ(r[9] + r[10] + r[11], lit) << t[9];
         EXPECT_GE(std::stod(r[3]), 10.0) << "below the minimum elevation";
     }
+}
+
+TEST(Cli, SkyPlotOfTheNextPass) {
+    const std::string svg = ::testing::TempDir() + "sky.svg";
+    const CliRun run = Cli("sky " + kSample +
+                           " --sat AO-7 --time 2026-11-21T12:00:00Z --target 20,170 --out " + svg);
+    ASSERT_EQ(run.status, 0) << run.out;
+    std::ifstream file(svg);
+    const std::string text((std::istreambuf_iterator<char>(file)),
+                           std::istreambuf_iterator<char>());
+    for (const char* cls :
+         {"class=\"track\"", "class=\"aos\"", "class=\"los\"", "class=\"target\"", "AO-7"})
+        EXPECT_NE(text.find(cls), std::string::npos) << cls;
+    EXPECT_EQ(Cli("sky " + kSample + " --out " + svg).status, 2) << "no satellite named";
+    EXPECT_EQ(Cli("sky " + kSample + " --sat AO-7 --target 20").status, 2);
 }
 
 TEST(Cli, LookShowsOneSatellite) {

@@ -201,6 +201,22 @@ TEST(PassFinder, GrazingPassOfSixTenthsOfADegree) {
     ExpectMatchesStepping("ISSZARYA", kStartDay, kStartDay + 1.0, site);
 }
 
+TEST(PassFinder, TrackRunsFromAosThroughTheMaximumToLos) {
+    auto iss = RealSet("ISSZARYA");
+    const std::vector<PassRec> passes = Passes(iss.get(), kStartDay, kStartDay + 1.0, 10.0);
+    ASSERT_FALSE(passes.empty());
+    const PassRec& p = passes[0];
+    double az[3], el[3];
+    ASSERT_EQ(LookAnglesOver(iss.get(), &kSite, p.aosDay, p.losDay, 2, az, el), 2);
+    ASSERT_EQ(LookAnglesOver(iss.get(), &kSite, p.maxDay, p.maxDay, 1, az + 2, el + 2), 1);
+    EXPECT_NEAR(el[0], 0.0, 0.01);
+    EXPECT_NEAR(el[1], 0.0, 0.01);
+    EXPECT_NEAR(el[2], p.maxElevationDegs, 1e-5);
+    EXPECT_NEAR(az[0], p.aosAzimuthDegs, 1e-5);
+    EXPECT_NEAR(az[1], p.losAzimuthDegs, 1e-5);
+    EXPECT_NEAR(az[2], p.maxAzimuthDegs, 1e-5);
+}
+
 TEST(PassFinder, UselessElementSetsGiveNoPasses) {
     struct Case {
         const char* what;
