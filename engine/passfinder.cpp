@@ -106,9 +106,10 @@ double ElevationRateValue(const Look& l) {
 }
 
 // Regula falsi with the Illinois tweak between a and b, where `value`
-// changes sign; stops when the bracket or the last move is below tolerance.
-// Returns the last point evaluated; *highest collects the highest elevation
-// seen on the way (when given).
+// changes sign. For a crossing (no `highest`) it narrows the bracket below
+// the tolerance and returns its later end, so a rise or set is never
+// reported before it happens. For a culmination it also stops once the
+// estimate settles, and *highest collects the highest elevation seen.
 Look Refine(Finder* f, Look a, Look b, double (*value)(const Look&), double toleranceSeconds,
             Look* highest) {
     double va = value(a), vb = value(b);
@@ -134,10 +135,10 @@ Look Refine(Finder* f, Look a, Look b, double (*value)(const Look&), double tole
             if (side == 1) vb *= 0.5;
             side = 1;
         }
-        if (std::fabs(t - previous) < 0.25 * toleranceSeconds) break;
+        if (highest != nullptr && std::fabs(t - previous) < 0.25 * toleranceSeconds) break;
         previous = t;
     }
-    return c;
+    return highest != nullptr ? c : b;
 }
 
 // The pass being followed.
