@@ -191,6 +191,10 @@ class AppController {
     void setTrackList(bool on);
     bool trackListInUse() const { return mUseTrackList; }
     void selectSatelliteWithIndex(int index);
+    // Between awakeFromNib and the first tick: makes entry index the main
+    // satellite without tuning, steering or announcing, since the first tick
+    // does all three once for it. Indices outside the table are ignored.
+    void chooseSatelliteAtStart(int index);
     int selectedSatelliteIndex() const { return mMainSatNum - 1; }
     void MarkSatelliteTracked(int index, bool flag);
 

@@ -197,6 +197,10 @@ class Speech {
     virtual bool isSpeaking() const = 0;
     // Stops the current sentence at once.
     virtual void stop() = 0;
+    // Whether speech reaches a loudspeaker (an engine and an audio output).
+    // Announcements over the air key the transmitter only when it does, so a
+    // station without sound never sends dead carrier.
+    virtual bool canPlay() const { return true; }
 };
 
 // The four chimes (announce.wav, AOS.wav, LOS.wav, rotor.wav), played from
