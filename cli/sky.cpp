@@ -2,15 +2,12 @@
 // as an SVG file, with where the satellite is now and, when given, where the
 // antenna was sent and where the rotor says it points.
 
-#include <cmath>
 #include <cstdio>
 #include <string>
-#include <vector>
 
 #include "cli/commands.h"
 #include "cli/options.h"
 #include "cli/viewexport.h"
-#include "engine/passfinder.h"
 #include "engine/timebase.h"
 #include "views/skyplot.h"
 #include "views/svgwriter.h"
@@ -18,8 +15,6 @@
 namespace veloran::cli {
 
 namespace {
-
-constexpr int kTrackSamples = 180;
 
 // "AZ,EL" in degrees (elevation 0..180, as a rotor takes it).
 bool ParseAngles(const Arguments& args, const std::string& name, bool* has, SkyDirection* out) {
@@ -34,10 +29,6 @@ bool ParseAngles(const Arguments& args, const std::string& name, bool* has, SkyD
     }
     *out = SkyDirection{az, el};
     return true;
-}
-
-std::string Clock(uint32_t secs) {
-    return FormatIso(secs).substr(11, 8);
 }
 
 }  // namespace
@@ -61,36 +52,7 @@ int RunSky(int argc, char** argv) {
     const SatRec* sat = &scene.sats[scene.main];
 
     plot.size = static_cast<float>(size);
-    plot.hasSatellite = true;
-    plot.satellite = SkyDirection{sat->azimuthDegs, sat->elevationDegs};
-    plot.satelliteName = sat->name;
-    plot.title = std::string(sat->name) + ", no pass in the next two days";
-
-    // The pass in progress, searched from far enough back to find its AOS,
-    // else the next one.
-    const double now = EpochTime(scene.now);
-    PassRec passes[64];
-    const int count = FindPasses(sat, &scene.site, nullptr, now - 0.5, now + 2.0, 0.0, passes, 64);
-    for (int i = 0; i < count && i < 64; ++i) {
-        const PassRec& p = passes[i];
-        if (p.losDay < now) continue;
-        std::vector<double> az(kTrackSamples), el(kTrackSamples);
-        const int n = LookAnglesOver(sat, &scene.site, p.aosDay, p.losDay, kTrackSamples, az.data(),
-                                     el.data());
-        for (int j = 0; j < n; ++j) plot.track.push_back({az[j], el[j]});
-        const auto secs = [&](double day) {
-            return scene.now + static_cast<uint32_t>(std::lround((day - now) * 86400.0));
-        };
-        char max[32];
-        std::snprintf(max, sizeof max, "MAX %.1f\xC2\xB0 %s", p.maxElevationDegs,
-                      Clock(secs(p.maxDay)).c_str());
-        plot.aosText = "AOS " + Clock(secs(p.aosDay));
-        plot.maxText = max;
-        plot.losText = "LOS " + Clock(secs(p.losDay));
-        plot.title =
-            std::string(sat->name) + ", pass of " + FormatIso(secs(p.aosDay)).substr(0, 10);
-        break;
-    }
+    SkyPlotForPass(sat, &scene.site, EpochTime(scene.now), scene.now, &plot);
     DisplayList list;
     BuildSkyPlot(&plot, &list);
     return WriteOutput(args, WriteSvg(list, nullptr));

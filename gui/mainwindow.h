@@ -27,6 +27,7 @@ namespace veloran {
 class UiBridge;
 struct WindowPrefs;
 class PlaceSheet;
+class PassesWindow;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -43,6 +44,9 @@ class MainWindow : public QMainWindow {
     void setLowerPanelShown(bool shown);
     // Brings the window back (tray, Window menu, a second start).
     void showAgain();
+    // Opens the passes window (Ctrl+Shift+P); made on first use.
+    void showPasses();
+    PassesWindow* passesWindow() const { return passesWindow_; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -71,6 +75,7 @@ class MainWindow : public QMainWindow {
     QSpinBox* timeMinutes_;
     QWidget *topBar_, *lowerPanel_, *statusBlock_;
     PlaceSheet* placeSheet_;
+    PassesWindow* passesWindow_ = nullptr;
     QMenu* radioMenu_;
     QActionGroup* radioGroup_;
     QAction *fullScreenAction_, *nightAction_, *windowAction_;

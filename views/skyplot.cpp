@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <string>
+
+#include "engine/passfinder.h"
 
 namespace veloran {
 
@@ -70,7 +73,54 @@ void Mark(DisplayList* out, float size, PointF at, float radius, Color color,
     Label(out, text, x, y, textColor, cls);
 }
 
+constexpr int kTrackSamples = 180;
+
+// "hh:mm:ss" UTC of a time value: 1904-01-01 began at midnight UTC.
+std::string Clock(uint32_t secs) {
+    const uint32_t s = secs % 86400;
+    char text[16];
+    std::snprintf(text, sizeof text, "%02u:%02u:%02u", s / 3600, s / 60 % 60, s % 60);
+    return text;
+}
+
 }  // namespace
+
+int SkyPlotForPass(const SatRec* sat, const SiteRec* site, double nowDay, uint32_t nowSecs,
+                   SkyPlotScene* scene) {
+    scene->track.clear();
+    scene->aosText = scene->maxText = scene->losText = "";
+    if (sat == nullptr || site == nullptr) return 0;
+    scene->satelliteName = sat->name;
+    double az = 0, el = -90;
+    scene->hasSatellite = LookAnglesOver(sat, site, nowDay, nowDay, 1, &az, &el) == 1;
+    scene->satellite = SkyDirection{az, el};
+    scene->title = std::string(sat->name) + ", no pass in the next two days";
+
+    // Searched from half a day back, so that a pass in progress keeps its AOS.
+    PassRec passes[64];
+    const int count = FindPasses(sat, site, nullptr, nowDay - 0.5, nowDay + 2.0, 0.0, passes, 64);
+    for (int i = 0; i < count && i < 64; ++i) {
+        const PassRec& p = passes[i];
+        if (p.losDay < nowDay) continue;
+        std::vector<double> azimuths(kTrackSamples), elevations(kTrackSamples);
+        const int n = LookAnglesOver(sat, site, p.aosDay, p.losDay, kTrackSamples, azimuths.data(),
+                                     elevations.data());
+        for (int j = 0; j < n; ++j) scene->track.push_back({azimuths[j], elevations[j]});
+        const auto secs = [&](double day) {
+            return static_cast<uint32_t>(static_cast<int64_t>(nowSecs) +
+                                         std::llround((day - nowDay) * 86400.0));
+        };
+        char max[48];
+        std::snprintf(max, sizeof max, "MAX %.1f\xC2\xB0 %s", p.maxElevationDegs,
+                      Clock(secs(p.maxDay)).c_str());
+        scene->aosText = "AOS " + Clock(secs(p.aosDay));
+        scene->maxText = max;
+        scene->losText = "LOS " + Clock(secs(p.losDay));
+        scene->title = std::string(sat->name) + ", pass rising " + Clock(secs(p.aosDay)) + " UTC";
+        return 1;
+    }
+    return 0;
+}
 
 PointF SkyPlotPoint(float size, SkyDirection d) {
     const float radius = size / 2.0f - Margin(size);

@@ -5,9 +5,12 @@
 // antenna was last sent to and, when the rotor reports it, where it points.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "engine/satrec.h"
+#include "engine/siterec.h"
 #include "views/displaylist.h"
 
 namespace veloran {
@@ -46,6 +49,14 @@ PointF SkyPlotPoint(float size, SkyDirection direction);
 // The sky direction a rotor position points the beam in: an elevation above
 // 90 degrees looks over the top, to the opposite azimuth.
 SkyDirection AntennaDirection(SkyDirection rotorAngles);
+
+// Fills the scene's pass, satellite and title for `sat` seen from `site` at
+// epoch day nowDay (the same instant as the time value nowSecs): the pass in
+// progress, else the next within two days, with its times in UTC. Leaves the
+// size and the antenna alone. Returns 1 when a pass was found, 0 otherwise.
+// Calls only thread-safe engine functions.
+int SkyPlotForPass(const SatRec* sat, const SiteRec* site, double nowDay, uint32_t nowSecs,
+                   SkyPlotScene* scene);
 
 // Clears `out` and draws the scene into it: the grid, then the track and its
 // marks, then the antenna, then the satellite on top.
