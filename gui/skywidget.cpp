@@ -81,6 +81,7 @@ void SkyTab::poll() {
         s.app->GetSiteRec(&snap->site);
         snap->now = s.app->timeBaseSecs();
         snap->nowDay = EpochTime(snap->now);
+        snap->rotorKnown = s.app->rotorPosition(&snap->rotorAz, &snap->rotorEl) != 0;
         emit feed->snapshot(std::move(snap));
     });
 }
@@ -92,6 +93,8 @@ void SkyTab::show(std::shared_ptr<const SkySnapshot> snap) {
     // flips the antenna over the top they are the flipped pair.
     scene.hasTarget = snap->site.rotor_enabled != 0;
     scene.target = SkyDirection{snap->site.rotor_az, snap->site.rotor_el};
+    scene.hasRotor = snap->rotorKnown;
+    scene.rotor = SkyDirection{snap->rotorAz, snap->rotorEl};
     setScene(scene);
 }
 

@@ -38,6 +38,8 @@ struct SkySnapshot {
     SiteRec site{};
     uint32_t now = 0;
     double nowDay = 0;
+    bool rotorKnown = false;  // the rotor reported its position
+    double rotorAz = 0, rotorEl = 0;
 };
 
 class SkyFeed : public QObject {
