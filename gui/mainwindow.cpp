@@ -9,6 +9,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDateTime>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -24,15 +25,18 @@
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/appcontroller.h"
 #include "app/tracklist.h"
 #include "data/settings.h"
 #include "gui/horizonwidget.h"
 #include "gui/mapwidget.h"
+#include "gui/passeswindow.h"
 #include "gui/placesheet.h"
 #include "gui/radiopanel.h"
 #include "gui/rotorpanel.h"
+#include "gui/skywidget.h"
 #include "gui/theme.h"
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
@@ -263,6 +267,7 @@ QWidget* MainWindow::buildLowerPanel() {
     horizon_ = new HorizonWidget;
     listTabs_->addTab(trackList_, tr("Track List"));
     listTabs_->addTab(horizon_, tr("Horizon"));
+    listTabs_->addTab(new SkyTab(post_), tr("Sky"));
     connect(listTabs_, &QTabWidget::currentChanged, this, [this](int index) {
         post_([index](CoreSide& s) { s.ui->controls().listTab = index; });
     });
@@ -374,6 +379,11 @@ void MainWindow::buildMenus() {
     radioGroup_ = new QActionGroup(this);
 
     QMenu* window = menuBar()->addMenu(tr("&Window"));
+    QAction* passes = window->addAction(tr("&Passes"));
+    passes->setObjectName("passesAction");
+    passes->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P));
+    connect(passes, &QAction::triggered, this, &MainWindow::showPasses);
+    addAction(passes);  // the shortcut works while the menu bar is hidden
     windowAction_ = window->addAction(tr("Veloran"));
     windowAction_->setObjectName("openNewWindowAction");
     connect(windowAction_, &QAction::triggered, this, &MainWindow::showAgain);
@@ -504,6 +514,23 @@ void MainWindow::slideTime(int minutes) {
         pending->store(false);
         s.app->timeSlid(wanted->load());
     });
+}
+
+void MainWindow::showPasses() {
+    if (passesWindow_ == nullptr) {
+        passesWindow_ = new PassesWindow(post_, this);
+        connect(passesWindow_, &PassesWindow::aosChosen, this, [this](uint32_t aos) {
+            // The slider holds minutes from real time.
+            constexpr qint64 kUnixFrom1904 = 2082844800;
+            const qint64 now = QDateTime::currentSecsSinceEpoch() + kUnixFrom1904;
+            const qint64 minutes = (static_cast<qint64>(aos) - now) / 60;
+            timeSlider_->setValue(static_cast<int>(
+                std::clamp<qint64>(minutes, timeSlider_->minimum(), timeSlider_->maximum())));
+        });
+    }
+    passesWindow_->show();
+    passesWindow_->raise();
+    passesWindow_->activateWindow();
 }
 
 void MainWindow::setLowerPanelShown(bool shown) {
