@@ -52,7 +52,8 @@ class HeadlessUi : public SilentUserInterface, public TrackListUi {
     int selected_ = 0;
 };
 
-// "2026/11/21 18:30:05 UTC  AO-7  Az 123.4  El  12.3  LOS in 0:05:12  Up 435.12345  Down 145.92345"
+// "2026/11/21 18:30:05 UTC  AO-7  Az 123.4  El  12.3  LOS in 0:05:12  Up 435.12345  Down
+// 145.92345", or "no transponder data" in place of the frequencies for a satellite without modes.
 void PrintStatusLine(const AppController& controller) {
     char clock[32];
     formatDateTime(controller.timeBaseSecs(), clock);
@@ -73,9 +74,11 @@ void PrintStatusLine(const AppController& controller) {
     else
         next = "AOS in " + FormatDuration(sat->secondsToAOS);
     const VFORec& vfo = controller.vfo();
-    std::printf("%s UTC%s  %-10s Az %5.1f  El %5.1f  %-16s Up %.5f  Down %.5f\n", clock,
-                virtualMark, sat->name, sat->azimuthDegs, sat->elevationDegs, next.c_str(), vfo.up,
-                vfo.down);
+    char tuning[64] = "no transponder data";
+    if (sat->numberOfActiveChannels > 0)
+        std::snprintf(tuning, sizeof tuning, "Up %.5f  Down %.5f", vfo.up, vfo.down);
+    std::printf("%s UTC%s  %-10s Az %5.1f  El %5.1f  %-16s %s\n", clock, virtualMark, sat->name,
+                sat->azimuthDegs, sat->elevationDegs, next.c_str(), tuning);
     std::fflush(stdout);
 }
 
@@ -87,7 +90,7 @@ int RunHeadless(int argc, char** argv) {
     const int status = ParseStationOptions(
         "usage: veloran --headless [options]\n"
         "One status line a second on standard output; SIGINT or SIGTERM quits and saves.",
-        argc, argv, &options);
+        argc, argv, QFGetDateTimeUTC(), &options);
     if (status >= 0) return status;
 
     const DataPaths paths = ResolveDataPaths(options.folders);
@@ -114,7 +117,15 @@ int RunHeadless(int argc, char** argv) {
     StationFrontEnd frontEnd;
     frontEnd.ui = &ui;
     frontEnd.trackListUi = &ui;
-    frontEnd.afterTick = [](Station& station) { PrintStatusLine(*station.controller()); };
+    bool first = true;
+    frontEnd.afterTick = [&first](Station& station) {
+        if (first) std::printf("%s\n", StationSummary(station).c_str());
+        first = false;
+        PrintStatusLine(*station.controller());
+    };
+    frontEnd.notice = [](const std::string& text) {
+        std::fprintf(stderr, "veloran: %s\n", text.c_str());
+    };
     Station station(options, paths, frontEnd);
     if (!station.start(&error)) return Fail(error);
     app.exec();

@@ -11,6 +11,7 @@
 
 #include "app/appcontroller.h"
 #include "cli/headless.h"
+#include "engine/timebase.h"
 #include "gui/corethread.h"
 #include "gui/mainwindow.h"
 #include "gui/uibridge.h"
@@ -55,7 +56,7 @@ int main(int argc, char** argv) {
     const int status = veloran::ParseStationOptions(
         "usage: veloran [options]             the station with its window\n"
         "       veloran --headless [options]  the same station without a window",
-        argc - 1, argv + 1, &options);
+        argc - 1, argv + 1, veloran::QFGetDateTimeUTC(), &options);
     if (status >= 0) return status;
     if (!HasDisplay()) {
         std::fprintf(stderr,

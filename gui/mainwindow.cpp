@@ -483,6 +483,7 @@ void MainWindow::connectBridge() {
     // Device messages (a port that would not open, a radio that stopped
     // answering) arrive as beeps with the switch going off; the message line
     // says which.
+    connect(b, &UiBridge::noticeShown, message_, &QLabel::setText);
     connect(b, &UiBridge::radioCheckedChanged, this, [this](bool on) {
         if (!on) message_->setText(tr("Radio off"));
     });

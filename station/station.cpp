@@ -9,13 +9,18 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <QTimer>
 #include <cerrno>
+#include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <vector>
 
 #include "app/appcontroller.h"
+#include "data/cnumeric.h"
+#include "data/elementage.h"
 #include "data/settings.h"
 #include "platform/coretimers.h"
 #include "platform/qtdownloader.h"
@@ -23,6 +28,8 @@
 #include "platform/qtsounds.h"
 #include "platform/qtspeech.h"
 #include "platform/qtuserdefaults.h"
+#include "radio/drivers.h"
+#include "rotor/rotor.h"
 #include "station/options.h"
 
 namespace veloran {
@@ -86,14 +93,14 @@ class PortsWithTyped : public SerialPortList {
     std::vector<std::string> typed_;
 };
 
-int FindSatellite(const AppController& controller, const std::string& name) {
-    auto sat = std::make_unique<SatRec>();
-    for (int i = 0; i < controller.GetTotalSats(); ++i) {
-        controller.GetSatelliteRecordByIndex(i, sat.get());
-        if (strcasecmp(sat->name, name.c_str()) == 0) return i;
-    }
-    return -1;
+std::string Degrees(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.6f", value);
+    return text;
 }
+
+// The names an unknown satellite could have been; a long file gets the first few.
+constexpr int kNamesShown = 12;
 
 }  // namespace
 
@@ -110,6 +117,7 @@ struct Station::Parts {
     QtSoundPlayer sounds;
     std::unique_ptr<QtDownloader> downloader;
     std::unique_ptr<CoreTimers> timers;
+    std::unique_ptr<QTimer> kepsUpdate;  // --keps-update-hours
 };
 
 Station::Station(const StationOptions& options, const DataPaths& paths,
@@ -143,6 +151,18 @@ int Station::start(std::string* error) {
         p.defaults.override(prefkeys::kTrackListString, list);
     }
     if (options_.autoSelect) p.defaults.override(prefkeys::kTrackListEnabled, "true");
+    if (options_.radioBaud >= 0)
+        p.defaults.override("radiobaud", std::to_string(options_.radioBaud));
+    if (options_.rotorBaud >= 0)
+        p.defaults.override("rotorbaud", std::to_string(options_.rotorBaud));
+    if (options_.icomAddress >= 0)
+        p.defaults.override("icomAddress", std::to_string(options_.icomAddress));
+    if (options_.hasSite) {
+        CNumericLocale cLocale;
+        p.defaults.override("site_latitude", Degrees(options_.siteLatDegs));
+        p.defaults.override("site_longitude", Degrees(options_.siteLongDegsWest));
+        p.defaults.override("siteAltitude", Degrees(options_.siteAltitudeM));
+    }
 
     p.downloader = std::make_unique<QtDownloader>(
         [this](bool ok, const std::string& why, const std::string& url) {
@@ -169,11 +189,17 @@ int Station::start(std::string* error) {
     trackList_ = std::make_unique<SatelliteTableController>(controller_.get(), &p.defaults,
                                                             frontEnd_.trackListUi);
     trackList_->awakeFromNib();
+    for (const std::string& name : options_.track) {
+        if (findSatellite(name, error) < 0) {
+            controller_->stopAnnouncements();
+            running_ = false;
+            return 0;
+        }
+    }
     trackList_->updateTrackList();
     if (!options_.sat.empty()) {
-        const int index = FindSatellite(*controller_, options_.sat);
+        const int index = findSatellite(options_.sat, error);
         if (index < 0) {
-            *error = "no satellite named " + options_.sat + " in " + paths_.keplerFile;
             controller_->stopAnnouncements();
             running_ = false;
             return 0;
@@ -183,14 +209,17 @@ int Station::start(std::string* error) {
     if (options_.timeOffsetMinutes != 0)
         controller_->timeSlid(static_cast<int>(options_.timeOffsetMinutes));
 
-    p.timers = std::make_unique<CoreTimers>(
-        [this]() {
-            controller_->mainTimerTasks();
-            trackList_->updateTrackList();
-            if (frontEnd_.afterTick) frontEnd_.afterTick(*this);
-        },
-        [this]() { controller_->sunCalcTask(); });
+    p.timers = std::make_unique<CoreTimers>([this]() { tick(); },
+                                            [this]() { controller_->sunCalcTask(); });
     if (frontEnd_.startTimers) p.timers->start();
+    if (options_.kepsUpdateHours > 0) {
+        p.kepsUpdate = std::make_unique<QTimer>();
+        p.kepsUpdate->setInterval(std::chrono::milliseconds(
+            static_cast<long long>(options_.kepsUpdateHours * 3600.0 * 1000.0)));
+        QObject::connect(p.kepsUpdate.get(), &QTimer::timeout,
+                         [this]() { controller_->startDownloadingURL(); });
+        p.kepsUpdate->start();
+    }
     return 1;
 }
 
@@ -198,10 +227,82 @@ UserDefaults* Station::defaults() {
     return parts_ ? &parts_->defaults : nullptr;
 }
 
+void Station::tick() {
+    controller_->mainTimerTasks();
+    trackList_->updateTrackList();
+    // Stale elements are said once for each satellite that becomes the main one.
+    const int main = controller_->mainSatNum();
+    if (main != warnedAgeOf_ && frontEnd_.notice) {
+        warnedAgeOf_ = main;
+        auto sat = std::make_unique<SatRec>();
+        if (main >= 1 && main <= controller_->GetTotalSats() - 2 &&
+            controller_->GetSatelliteRecordByIndex(main - 1, sat.get())) {
+            const std::string warning = ElementAgeWarning(*sat, controller_->timeBaseSecs());
+            if (!warning.empty()) frontEnd_.notice("warning: " + warning);
+        }
+    }
+    if (frontEnd_.afterTick) frontEnd_.afterTick(*this);
+}
+
+int Station::findSatellite(const std::string& name, std::string* error) const {
+    auto sat = std::make_unique<SatRec>();
+    std::string names;
+    // The last two entries are the Moon and the Sun, which are not worked.
+    const int count = controller_->GetTotalSats() - 2;
+    for (int i = 0; i < count; ++i) {
+        controller_->GetSatelliteRecordByIndex(i, sat.get());
+        if (strcasecmp(sat->name, name.c_str()) == 0) return i;
+        if (i < kNamesShown) names += std::string(i == 0 ? "" : ", ") + sat->name;
+    }
+    if (count > kNamesShown) names += ", ... (" + std::to_string(count) + " in all)";
+    *error = "no satellite named " + name + " in " + paths_.keplerFile +
+             (count > 0 ? "; it holds " + names : "; it holds no element sets");
+    return -1;
+}
+
+std::string StationSummary(Station& station) {
+    AppController* controller = station.controller();
+    SiteRec site;
+    controller->GetSiteRec(&site);
+    char text[512];
+    std::snprintf(text, sizeof text, "Site %.4f %c %.4f %c %.0f m", std::fabs(site.siteLatDegs),
+                  site.siteLatDegs < 0 ? 'S' : 'N', std::fabs(site.siteLongDegs),
+                  site.siteLongDegs < 0 ? 'E' : 'W', site.siteAltitudeM);
+    std::string line = text;
+    const int main = controller->mainSatNum();
+    auto sat = std::make_unique<SatRec>();
+    if (main >= 1 && main <= controller->GetTotalSats() - 2 &&
+        controller->GetSatelliteRecordByIndex(main - 1, sat.get())) {
+        std::snprintf(text, sizeof text, "; elements of %s %.0f days old", sat->name,
+                      std::floor(ElementAgeDays(*sat, controller->timeBaseSecs())));
+        line += text;
+    } else {
+        line += "; no element sets";
+    }
+    const PortNameRecord* ports = controller->portNames();
+    const auto portName = [&](int index) {
+        return index >= 0 && index < kMaxSerialPorts && ports[index].bsdPath[0] != '\0'
+                   ? std::string(ports[index].bsdPath)
+                   : std::string("no port");
+    };
+    const RadioDriver* radio = RadioDriverFor(site.radio);
+    line += "; radio ";
+    line += radio != nullptr && radio->model != nullptr ? radio->model : "none";
+    line += site.vfo_enabled ? " on " + portName(site.radioPort) : std::string(" off");
+    const char* rotor = rotorName(site.rotor);
+    line += "; rotor ";
+    line += rotor != nullptr ? rotor : "none";
+    line += site.rotor_enabled ? " on " + portName(site.rotorPort) : std::string(" off");
+    line += site.gateway_enabled ? "; gateway on " + portName(site.gatewayPort)
+                                 : std::string("; gateway off");
+    return line;
+}
+
 void Station::stop() {
     if (!running_) return;
     running_ = false;
     parts_->timers->stop();
+    if (parts_->kepsUpdate) parts_->kepsUpdate->stop();
     controller_->applicationWillTerminate();
     trackList_->applicationWillTerminate();
     std::string error;

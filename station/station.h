@@ -36,6 +36,10 @@ struct StationFrontEnd {
     // After every one-second tick, on the core thread: the headless status
     // line, the window's snapshot of the records. May be empty.
     std::function<void(Station&)> afterTick;
+    // What the operator should know but need not answer, on the core thread:
+    // stale element sets, a failed periodic download. A window puts it on a
+    // status line, --headless on standard error. May be empty.
+    std::function<void(const std::string&)> notice;
     // Shown in the version line and in the radio's log lines.
     std::string versionString = "0.1";
     // False leaves the 1 s and 15 s timers off: tests tick by hand.
@@ -58,7 +62,8 @@ class Station {
     // over it), the speech, sounds, download and serial-port services, the
     // controller and the track list, runs the start-up sequence and starts
     // the 1 s and 15 s timers there. 1, or 0 with the reason in *error (a
-    // satellite named by --sat that the element sets do not hold).
+    // satellite named by --sat or --track that the element sets do not hold;
+    // the message names the ones they do).
     int start(std::string* error);
 
     // On the core thread: stops the timers, saves the settings (not the
@@ -77,6 +82,8 @@ class Station {
 
   private:
     struct Parts;
+    void tick();
+    int findSatellite(const std::string& name, std::string* error) const;
 
     StationOptions options_;
     DataPaths paths_;
@@ -85,7 +92,14 @@ class Station {
     std::unique_ptr<AppController> controller_;
     std::unique_ptr<SatelliteTableController> trackList_;
     bool running_ = false;
+    int warnedAgeOf_ = 0;  // the main satellite whose stale elements were last reported
 };
+
+// One line for the operator at start: the site, the age of the main
+// satellite's elements, the radio, rotor and gateway with their ports.
+// "Site 43.7064 N 79.2442 W 200 m; elements of AO-7 3 days old; radio FT-847
+// on /dev/ttyUSB0; rotor off; gateway off". Core thread.
+std::string StationSummary(Station& station);
 
 // A Station on a core thread of its own, for the window: the GUI thread
 // starts it, posts the user's actions to it and stops it at quit.

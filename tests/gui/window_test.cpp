@@ -32,7 +32,7 @@
 #include "gui/uibridge.h"
 #include "platform/numericlocale.h"
 #include "platform/qtuserdefaults.h"
-#include "radio/driver.h"
+#include "radio/drivers.h"
 #include "sim/icom_sim.h"
 #include "sim/sim_pty.h"
 #include "station/stationoptions.h"

@@ -58,7 +58,9 @@ TEST(StationThread, RunsTheCoreOffTheCallersThreadAndStops) {
 
 TEST(StationThread, UnknownSatelliteFailsTheStart) {
     QuietUi ui;
-    StationFrontEnd frontEnd{&ui, &ui, {}, "test"};
+    StationFrontEnd frontEnd;
+    frontEnd.ui = &ui;
+    frontEnd.trackListUi = &ui;
     StationOptions options;
     options.sat = "NO-SUCH-SAT";
     StationThread core(options, TempFolders("station_unknown"), frontEnd);
