@@ -20,6 +20,7 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTabBar>
 #include <QTabWidget>
@@ -92,6 +93,16 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     lowerPanel_ = buildLowerPanel();
     layout->addWidget(lowerPanel_);
     setCentralWidget(central);
+    // The status bar: the station's messages first, where the eye finds
+    // them, then the version line and the element sets' date.
+    QFont bold = message_->font();
+    bold.setBold(true);
+    message_->setFont(bold);
+    kepsDate_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    kepsDate_->setMinimumWidth(200);
+    statusBar()->addWidget(message_, 1);
+    statusBar()->addPermanentWidget(version_);
+    statusBar()->addPermanentWidget(kepsDate_, 1);
     buildMenus();
     connectBridge();
     setMinimumSize(960, 600);
@@ -341,13 +352,6 @@ QWidget* MainWindow::buildTimeBar() {
     grid->addWidget(now, 0, 3);
     grid->addWidget(speech_, 0, 4);
     grid->addWidget(debug_, 0, 5);
-    auto* lines = new QHBoxLayout;
-    lines->addWidget(version_);
-    lines->addSpacing(16);
-    lines->addWidget(kepsDate_);
-    lines->addSpacing(16);
-    lines->addWidget(message_, 1);
-    grid->addLayout(lines, 1, 0, 1, 6);
     grid->setColumnStretch(1, 1);
     return bar;
 }
@@ -424,7 +428,10 @@ void MainWindow::connectBridge() {
     connect(b, &UiBridge::satelliteItemsCleared, satellites_, &QComboBox::clear);
     connect(b, &UiBridge::satelliteItemAdded, this,
             [this](const QString& name) { satellites_->addItem(name); });
-    connect(b, &UiBridge::kepsDateChanged, kepsDate_, &QLabel::setText);
+    connect(b, &UiBridge::kepsDateChanged, this, [this](const QString& text) {
+        kepsDate_->setText(text);
+        kepsDate_->setToolTip(text);
+    });
     connect(b, &UiBridge::alertRequested, this,
             [this](const QString& title, const QString& text, const QString& button) {
                 // Window-modal but not blocking: the core has long moved on.
@@ -493,6 +500,7 @@ void MainWindow::connectBridge() {
     // Device messages (a port that would not open, a radio that stopped
     // answering) arrive as beeps with the switch going off; the message line
     // says which.
+    connect(b, &UiBridge::noticeShown, message_, &QLabel::setText);
     connect(b, &UiBridge::radioCheckedChanged, this, [this](bool on) {
         if (!on) message_->setText(tr("Radio off"));
     });
@@ -550,6 +558,7 @@ void MainWindow::setFullScreenView(bool on) {
     // as it was, and tracking never stops.
     topBar_->setVisible(!on);
     menuBar()->setVisible(!on);
+    statusBar()->setVisible(!on);
     lowerPanel_->setVisible(!on && disclosure_->isChecked());
     for (QWidget* w : {static_cast<QWidget*>(mapStatus_), static_cast<QWidget*>(figures_),
                        static_cast<QWidget*>(showTrackList_), static_cast<QWidget*>(disclosure_)})

@@ -216,11 +216,16 @@ int Station::start(std::string* error) {
         p.kepsUpdate = std::make_unique<QTimer>();
         p.kepsUpdate->setInterval(std::chrono::milliseconds(
             static_cast<long long>(options_.kepsUpdateHours * 3600.0 * 1000.0)));
-        QObject::connect(p.kepsUpdate.get(), &QTimer::timeout,
-                         [this]() { controller_->startDownloadingURL(); });
+        QObject::connect(p.kepsUpdate.get(), &QTimer::timeout, [this]() {
+            controller_->startDownloadingURL(DownloadTrigger::Automatic);
+        });
         p.kepsUpdate->start();
     }
     return 1;
+}
+
+UserDefaults* Station::defaults() {
+    return parts_ ? &parts_->defaults : nullptr;
 }
 
 void Station::tick() {
@@ -238,10 +243,6 @@ void Station::tick() {
         }
     }
     if (frontEnd_.afterTick) frontEnd_.afterTick(*this);
-}
-
-UserDefaults* Station::defaults() {
-    return parts_ ? &parts_->defaults : nullptr;
 }
 
 int Station::findSatellite(const std::string& name, std::string* error) const {
