@@ -10,12 +10,11 @@
 #include "data/modes.h"
 #include "engine/sunmoon.h"
 #include "engine/timebase.h"
+#include "engine/units.h"
 
 namespace veloran {
 
 namespace {
-
-constexpr double kRadiansToDegrees = 1.0 / kDegreesToRadians;
 
 // Names are cut to fit the record's field.
 void CopyName(char* to, const char* from) {
