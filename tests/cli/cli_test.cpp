@@ -58,9 +58,7 @@ TEST(Cli, PassesOfTheBundledSample) {
 TEST(Cli, PassesOfASyntheticSatelliteMatchTheEngine) {
     // One polar LEO; its listed passes must each last minutes and follow
     // one another by roughly an orbital period or more.
-    testing::Elements e;
-    e.inclination = 97.6;
-    e.meanMotion = 14.8;
+    const testing::Elements e = testing::PolarLeo();
     const std::string path = ::testing::TempDir() + "cli_polar.dat";
     std::ofstream(path) << "HEADER FROM THE TESTS\n" << testing::ElementSetText("POLAR", e);
     const CliRun run =

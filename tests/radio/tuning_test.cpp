@@ -24,7 +24,8 @@
 #include "serial/portlist.h"
 #include "serial/serial.h"
 #include "sim/radio_sim.h"
-#include "tests/radio/wire.h"
+#include "tests/support/hex.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -433,7 +434,7 @@ TEST_F(TuningWithRadio, BetweenPassesTheBetweenPassesModeIsForced) {
     radio.clearReceived();
     ASSERT_EQ(updateVFO(&vfo, &site, sat, bp, false, &ui), 1);
     blocksAfter(5);
-    EXPECT_EQ(Hex(radio.received()).substr(0, 31), "00 00 00 00 8E | 08 00 00 00 07");
+    EXPECT_EQ(Hex(radio.received(), 5).substr(0, 31), "00 00 00 00 8E | 08 00 00 00 07");
     EXPECT_TRUE(
         Eventually([&] { return radio.state().main.hertz == 435850000u; }));  // our downlink
     EXPECT_FALSE(radio.state().satelliteMode);
