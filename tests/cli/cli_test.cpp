@@ -9,30 +9,15 @@
 #include <string>
 
 #include "tests/support/element_sets.h"
+#include "tests/support/run.h"
 
 namespace veloran {
 namespace {
 
-struct CliRun {
-    int status;
-    std::string out;  // standard output and standard error together
-};
+using CliRun = testing::CommandRun;
 
 CliRun Cli(const std::string& arguments) {
-    // Private, empty folders: nothing of the machine's user leaks in or is written.
-    const std::string folders = "VELORAN_DATA_DIR=" + ::testing::TempDir() +
-                                "cli_data VELORAN_CONFIG_DIR=" + ::testing::TempDir() +
-                                "cli_config ";
-    const std::string command = folders + std::string(VELORAN_CLI) + " " + arguments + " 2>&1";
-    CliRun run{-1, ""};
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return run;
-    char buf[4096];
-    size_t n = 0;
-    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) run.out.append(buf, n);
-    const int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
+    return testing::Run(std::string(VELORAN_CLI) + " " + arguments);
 }
 
 int Lines(const std::string& text) {
