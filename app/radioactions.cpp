@@ -27,8 +27,12 @@ void AppController::RadioOutlets::storeBool(const char* key, bool value) {
 }
 
 void AppController::openCloseRadio(bool checked) {
+    // At start-up the first tick tunes the radio for the main satellite, once
+    // the options have chosen it and every port is open; tuning here too
+    // would tune (and announce) a satellite that may not be the one worked.
     if (switchRadioPort(&mSite, checked, mPortNames.get(), services_.versionString.c_str(),
-                        &mRadioUi) == 1)
+                        &mRadioUi) == 1 &&
+        !mFirstTimeMainTimerTask)
         HandleNewSatellite();
 }
 
