@@ -11,14 +11,11 @@
 #include "data/modes.h"
 #include "engine/sunmoon.h"
 #include "engine/timebase.h"
+#include "engine/units.h"
 
 namespace veloran {
 
 namespace {
-
-constexpr double kRadiansToDegrees = 1.0 / kDegreesToRadians;
-// Seconds from 1904-01-01 (the time base) to 1970-01-01.
-constexpr int64_t kUnixEpochIn1904 = 2082844800;
 
 // Names are cut to fit the record's field.
 void CopyName(char* to, const char* from) {
@@ -161,7 +158,8 @@ void AppController::importKeps(bool merge) {
 
 void AppController::startDownloadingURL(DownloadTrigger trigger) {
     const std::string url = ChosenKepsURL(services_.defaults);
-    const int64_t unixNow = static_cast<int64_t>(services_.clock->dateTimeUTC()) - kUnixEpochIn1904;
+    const int64_t unixNow = static_cast<int64_t>(services_.clock->dateTimeUTC()) -
+                            static_cast<int64_t>(kSecondsFrom1904To1970);
     std::string why;
     if (!MayDownload(services_.defaults, url, unixNow, trigger, &why)) {
         debugLog("Download refused: %s\n", why.c_str());

@@ -12,6 +12,7 @@
 #include "engine/observer.h"
 #include "engine/sunmoon.h"
 #include "engine/timebase.h"
+#include "engine/units.h"
 #include "radio/tuning.h"
 #include "rotor/steering.h"
 
@@ -19,20 +20,17 @@ namespace veloran {
 
 namespace {
 
-// Seconds from 1904-01-01 to 1970-01-01.
-constexpr int64_t kUnixEpochIn1904 = 2082844800;
 // The operating system the program reports about itself; the check that
 // once refused old systems is gone.
 constexpr int32_t kOSVersion = 0x1049;
-constexpr double kMilesPerKilometre = 0.6214;
 constexpr int32_t kNarrowestMap = 1024;
 constexpr int32_t kWidestMap = 8192;
 
 // The clock line for the time value `secs`, in UTC or in the machine's zone.
 // The separators blink: colons on odd seconds, blanks on even ones.
 std::string ClockLine(uint32_t secs, bool utc) {
-    const std::time_t unixTime =
-        static_cast<std::time_t>(static_cast<int64_t>(secs) - kUnixEpochIn1904);
+    const std::time_t unixTime = static_cast<std::time_t>(
+        static_cast<int64_t>(secs) - static_cast<int64_t>(kSecondsFrom1904To1970));
     std::tm parts{};
     if (utc)
         gmtime_r(&unixTime, &parts);

@@ -12,14 +12,11 @@
 #include "app/appcontroller.h"
 #include "data/settings.h"
 #include "engine/timebase.h"
+#include "engine/units.h"
 
 namespace veloran {
 
 namespace {
-
-constexpr double kMilesPerKilometre = 0.6214;
-constexpr double kTwoPi = 6.283185307179586;
-constexpr double kRadToDeg = 57.29577951308232;
 
 std::string Format(const char* format, double value) {
     char text[64];
@@ -65,7 +62,8 @@ void SatelliteSlot::loadIt(const SatRec& rec, int32_t timeDiff, bool displayUTC,
     double revolution = std::fmod(rec.meanAnomaly, kTwoPi);
     if (revolution < 0) revolution += kTwoPi;
     phase = Format("%0.0f", std::floor(revolution / kTwoPi * 256.0));
-    squint = rec.hasBVals ? Format("%0.1f", rec.squintAngleRads * kRadToDeg) : std::string();
+    squint =
+        rec.hasBVals ? Format("%0.1f", rec.squintAngleRads * kRadiansToDegrees) : std::string();
     planarcr = Duration(rec.secondsToPlanarCrossing);
     maxetime = Duration(rec.secondsToMAXE);
     apogtime = Duration(rec.secondsToApogee);

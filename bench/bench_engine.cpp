@@ -26,21 +26,11 @@ struct Station {
     Station() { sunCalcTask(kNow, sun.get(), nullptr, &site); }
 };
 
-Elements Leo(double raan, double meanAnomaly) {
-    Elements e;
-    e.inclination = 97.6;
-    e.meanMotion = 14.8;
-    e.eccentricity = 0.001;
-    e.raan = raan;
-    e.meanAnomaly = meanAnomaly;
-    return e;
-}
-
 // A LEO searched from just after a LOS, so that its next AOS is hours away
 // and the search walks most of its window.
 void BM_LiveLeoAosHoursAway(benchmark::State& state) {
     Station st;
-    auto rec = testing::LoadRecord("LEO", Leo(300, 230), &st.site);
+    auto rec = testing::LoadRecord("LEO", testing::PolarLeo(300, 230), &st.site);
     uint32_t now = kNow;
     for (;; now += 60) {
         SatelliteCalculationsV(EpochTime(now), kSatelliteSearchSpan, rec.get(), &st.site, 0, now,
@@ -89,7 +79,7 @@ void BM_CatalogueOf1000(benchmark::State& state) {
     Station st;
     std::vector<std::unique_ptr<SatRec>> catalogue;
     for (int i = 0; i < 1000; ++i) {
-        Elements e = Leo((i * 37) % 360, (i * 101) % 360);
+        Elements e = testing::PolarLeo((i * 37) % 360, (i * 101) % 360);
         e.inclination = 40.0 + (i % 60);
         e.meanMotion = 13.0 + (i % 25) * 0.1;
         catalogue.push_back(testing::LoadRecord("SAT", e, &st.site));

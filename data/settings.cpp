@@ -18,20 +18,20 @@ namespace {
 template <class Visitor>
 void VisitPrefs(Visitor& v, SiteRec* s, ViewPrefs* p) {
     v.integer(prefkeys::kMainSatNum, &p->mainSatNum);
-    v.integer("radio", &s->radio);
-    v.integer("radioport", &s->radioPort);
-    v.integer("radiobaud", &s->radioBaud);
+    v.integer(prefkeys::kRadio, &s->radio);
+    v.integer(prefkeys::kRadioPort, &s->radioPort);
+    v.integer(prefkeys::kRadioBaud, &s->radioBaud);
     v.boolean(prefkeys::kVfoEnabled, &s->vfo_enabled);
     v.boolean(prefkeys::kVfoLocked, &s->vfo_locked);
     v.boolean(prefkeys::kBeaconEnabled, &s->listenForBeacon);
     v.boolean(prefkeys::kFullDopplerTuning, &s->fullDopplerTuning);
-    v.integer("icomAddress", &s->icomAddress);
+    v.integer(prefkeys::kIcomAddress, &s->icomAddress);
     v.real32("commandDelay", &s->commandDelay);
     v.boolean("s_meter_enabled", &s->s_meter_enabled);
     v.boolean("dial_tracking_enabled", &s->dial_tracking_enabled);
-    v.integer("rotor", &s->rotor);
-    v.integer("rotorport", &s->rotorPort);
-    v.integer("rotorbaud", &s->rotorBaud);
+    v.integer(prefkeys::kRotor, &s->rotor);
+    v.integer(prefkeys::kRotorPort, &s->rotorPort);
+    v.integer(prefkeys::kRotorBaud, &s->rotorBaud);
     v.boolean(prefkeys::kRotorEnabled, &s->rotor_enabled);
     v.boolean(prefkeys::kRotorManual, &s->rotor_manual);
     v.boolean("park", &s->park);
@@ -47,11 +47,11 @@ void VisitPrefs(Visitor& v, SiteRec* s, ViewPrefs* p) {
     v.boolean("kilometers", &s->displayKM);
     v.boolean("utc", &s->displayUTC);
     v.text("location_name", s->locationName, sizeof s->locationName);
-    v.real("site_latitude", &s->siteLatDegs);
-    v.real("site_longitude", &s->siteLongDegs);
-    v.real("siteAltitude", &s->siteAltitudeM);
+    v.real(prefkeys::kSiteLatitude, &s->siteLatDegs);
+    v.real(prefkeys::kSiteLongitude, &s->siteLongDegs);
+    v.real(prefkeys::kSiteAltitude, &s->siteAltitudeM);
     v.real("siteMinimumElevation", &s->siteMinElevDegs);
-    v.integer("gatewayport", &s->gatewayPort);
+    v.integer(prefkeys::kGatewayPort, &s->gatewayPort);
     v.integer("gatewaybaud", &s->gatewayBaud);
     v.boolean(prefkeys::kGatewayEnabled, &s->gateway_enabled);
     v.integer(prefkeys::kMap2DWidth, &p->map2DWidth);

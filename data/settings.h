@@ -13,8 +13,20 @@
 
 namespace veloran {
 
-// Keys written by other actions than savePrefs, and read back at start-up.
+// Keys written by other actions than savePrefs, and read back at start-up,
+// and the savePrefs keys that the command-line options override.
 namespace prefkeys {
+constexpr const char* kRadio = "radio";
+constexpr const char* kRadioPort = "radioport";
+constexpr const char* kRadioBaud = "radiobaud";
+constexpr const char* kIcomAddress = "icomAddress";
+constexpr const char* kRotor = "rotor";
+constexpr const char* kRotorPort = "rotorport";
+constexpr const char* kRotorBaud = "rotorbaud";
+constexpr const char* kSiteLatitude = "site_latitude";
+constexpr const char* kSiteLongitude = "site_longitude";
+constexpr const char* kSiteAltitude = "siteAltitude";
+constexpr const char* kGatewayPort = "gatewayport";
 constexpr const char* kMainSatNum = "main_sat_num";
 constexpr const char* kVfoEnabled = "vfo_enabled";
 constexpr const char* kVfoLocked = "vfo_locked";

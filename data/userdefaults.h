@@ -53,7 +53,6 @@ class MemoryUserDefaults : public UserDefaults {
     const std::map<std::string, std::string>& values() const { return values_; }
     // Every key in the order it was written, repeats included.
     const std::vector<std::string>& writes() const { return writes_; }
-    void clearWrites() { writes_.clear(); }
 
   private:
     std::map<std::string, std::string> values_;

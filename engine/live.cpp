@@ -10,6 +10,7 @@
 #include "engine/observer.h"
 #include "engine/orbit.h"
 #include "engine/timebase.h"
+#include "engine/units.h"
 
 namespace veloran {
 
@@ -19,7 +20,6 @@ constexpr double kOneSecond = 1.0 / 86400.0;
 constexpr double kLeoCoarseStep = 1.0 / 1440.0;  // one minute
 constexpr double kHighCoarseStep = 1.0 / 72.0;   // twenty minutes
 constexpr double kTenMinutes = 1.0 / 144.0;
-constexpr double kRadiansToDegrees = 57.29577951308232;
 
 int32_t WholePart(double x) {
     if (!(std::fabs(x) < 2147483647.0)) return 0;  // NaN or beyond a 32-bit count

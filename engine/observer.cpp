@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "engine/orbit.h"
+#include "engine/units.h"
 
 namespace veloran {
 
@@ -19,7 +20,7 @@ constexpr double kLatitudeFactor = 1.0000112420102683;
 constexpr double kEarthRotationRate = 7.292115854937194e-05;  // rad/s
 constexpr double kSunDistanceKm = 149598845.0;
 constexpr double kSunLessEarthRadiusKm = 689121.84;
-constexpr double kEarthRadiusSquared = 40680924.985599995;
+constexpr double kEarthRadiusSquared = kEarthRadiusKm * kEarthRadiusKm;
 
 // One process-wide cache of the ellipsoid terms for the last latitude and
 // height. The longitude enters every call, so it is not part of the key.

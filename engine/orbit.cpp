@@ -31,13 +31,18 @@ void GetSidereal(double D, double* t0, double* theta0) {
     *theta0 = g - std::floor(g);
 }
 
-double KeplerD(double M, double e) {
+double SolKeplerD(double M, double e) {
     double E = M;
     for (int i = 0; i < kKeplerIterationLimit; ++i) {
         const double delta = (E - e * std::sin(E) - M) / (1.0 - e * std::cos(E));
         E -= delta;
         if (std::fabs(delta) < kKeplerTolerance) break;
     }
+    return E;
+}
+
+double KeplerD(double M, double e) {
+    const double E = SolKeplerD(M, e);
     if (std::fabs(E - kPi) < kKeplerTolerance) return kPi;
     double nu = 2.0 * std::atan(std::sqrt((1.0 + e) / (1.0 - e)) * std::tan(E / 2.0));
     if (nu < 0.0) nu += kTwoPi;

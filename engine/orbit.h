@@ -4,16 +4,14 @@
 #pragma once
 
 #include "engine/satrec.h"
+#include "engine/units.h"
 
 namespace veloran {
 
-constexpr double kEarthRadiusKm = 6378.16;
 constexpr double kEarthGM = 398600.0;  // km^3/s^2
 constexpr double kSiderealPerSolarDay = 1.0027379093;
 constexpr double kSiderealAtEpochDayZero = 0.27518504;     // revolutions
 constexpr double kKeplerTolerance = 4.84813681109536e-06;  // one arc-second, radians
-constexpr double kTwoPi = 6.283185307179586;
-constexpr double kPi = 3.141592653589793;
 
 // An angle reduced into [0, 2 pi): whole turns taken off by truncation,
 // one more for negative angles.
@@ -28,6 +26,10 @@ void GetSidereal(double D, double* t0, double* theta0);
 // the decayed value. A null KepRec does nothing.
 void SolveKeplerD(double t, KepRec* kep, double* meanAnomaly, double* trueAnomaly, double* radius);
 
+// Kepler's equation by Newton's iteration from E = M, to one arc-second:
+// the eccentric anomaly (radians) from mean anomaly M (radians) and
+// eccentricity e < 1. A NaN stops after a bounded number of steps.
+double SolKeplerD(double M, double e);
 // True anomaly (radians, [0, 2 pi)) from mean anomaly M and eccentricity e < 1.
 double KeplerD(double M, double e);
 

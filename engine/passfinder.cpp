@@ -13,6 +13,7 @@
 
 #include "engine/observer.h"
 #include "engine/orbit.h"
+#include "engine/units.h"
 
 namespace veloran {
 
@@ -20,7 +21,6 @@ namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
 constexpr double kSiderealDaySeconds = 86164.0905;
-constexpr double kRadiansToDegrees = 57.29577951308232;
 constexpr double kEarthRotationRate = kSiderealPerSolarDay * kTwoPi / kSecondsPerDay;  // rad/s
 // Mean motion at which the element set's own decay date falls (CalcKepVals),
 // rev/day; a set already past it describes an object that has come down.

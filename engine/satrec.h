@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "engine/units.h"
 #include "engine/vector3.h"
 
 namespace veloran {
@@ -17,7 +18,6 @@ constexpr int kMaxSatellites = 1024;
 constexpr int kMaxModes = 128;
 constexpr int kMaxPassSamples = 1200;
 constexpr uint32_t kSecondsToAOSUnknown = 172800;  // two days: no AOS found
-constexpr double kDegreesToRadians = 0.017453292519943295;
 
 struct SiteRec;
 

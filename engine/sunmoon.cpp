@@ -9,12 +9,11 @@
 #include "engine/live.h"
 #include "engine/orbit.h"
 #include "engine/timebase.h"
+#include "engine/units.h"
 
 namespace veloran {
 
 namespace {
-
-constexpr double kRadiansToDegrees = 57.29577951308232;
 
 // One Moon element set per calendar month, one anomalistic month apart from
 // the end of 2003 through 2004 (a month is skipped between sets 9 and 10).
@@ -90,17 +89,6 @@ void LoadMoonKeps(KepRec* kep, int32_t setNumber) {
     kep->eccentricity = set.eccentricity;
     kep->epochArgPerigee = set.argPerigee;
     kep->epochMeanAnomaly = set.meanAnomaly;
-}
-
-double SolKeplerD(double M, double e) {
-    double E = M;
-    // Bounded so that a NaN can never spin forever; real inputs converge in a few steps.
-    for (int i = 0; i < 1000; ++i) {
-        const double delta = (E - e * std::sin(E) - M) / (1.0 - e * std::cos(E));
-        E -= delta;
-        if (std::fabs(delta) < kKeplerTolerance) break;
-    }
-    return E;
 }
 
 void sunpos(double jd, bool apparent, double* rightAscension, double* declination,

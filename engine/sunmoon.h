@@ -15,9 +15,6 @@ void LoadSunKeps(KepRec* kep);
 // number loads set 12. Angles in radians.
 void LoadMoonKeps(KepRec* kep, int32_t setNumber);
 
-// Eccentric anomaly (radians) from mean anomaly M (radians) and eccentricity e.
-double SolKeplerD(double M, double e);
-
 // Sun position for Julian date jd, degrees: right ascension [0, 360),
 // declination, radius vector (AU) and ecliptic longitude. With `apparent` set,
 // nutation and aberration are applied.

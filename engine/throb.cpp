@@ -13,13 +13,14 @@ float gSatelliteBrightness = 0.1f;
 float gSunBrightness = 0.78f;
 float gThrobStep = 0.1f;
 
-}  // namespace
-
+// Ticks of 1/60 s on the steady clock.
 unsigned long TickCount() {
     using namespace std::chrono;
     const auto since = steady_clock::now().time_since_epoch();
     return static_cast<unsigned long>(duration_cast<microseconds>(since).count() * 60 / 1000000);
 }
+
+}  // namespace
 
 void Throb() {
     const unsigned long now = TickCount();

@@ -10,7 +10,4 @@ void Throb();
 float ThrobSatelliteBrightness();
 float ThrobSunBrightness();
 
-// Ticks of 1/60 s on the steady clock, as the 3D view and the device delays count them.
-unsigned long TickCount();
-
 }  // namespace veloran

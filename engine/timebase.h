@@ -7,10 +7,9 @@
 #include <ctime>
 #include <optional>
 
-namespace veloran {
+#include "engine/units.h"
 
-// Seconds between 1904-01-01 00:00:00 UTC and the Unix epoch.
-constexpr double kSecondsFrom1904To1970 = 2082844800.0;
+namespace veloran {
 
 // A point in time as the platform's date objects hold it: seconds since the
 // Unix epoch. "nil" dates are an empty std::optional or a null pointer.

@@ -31,6 +31,7 @@
 #include "app/appcontroller.h"
 #include "app/tracklist.h"
 #include "data/settings.h"
+#include "engine/units.h"
 #include "gui/horizonwidget.h"
 #include "gui/mapwidget.h"
 #include "gui/passeswindow.h"
@@ -529,8 +530,8 @@ void MainWindow::showPasses() {
         passesWindow_ = new PassesWindow(post_, this);
         connect(passesWindow_, &PassesWindow::aosChosen, this, [this](uint32_t aos) {
             // The slider holds minutes from real time.
-            constexpr qint64 kUnixFrom1904 = 2082844800;
-            const qint64 now = QDateTime::currentSecsSinceEpoch() + kUnixFrom1904;
+            const qint64 now =
+                QDateTime::currentSecsSinceEpoch() + static_cast<qint64>(kSecondsFrom1904To1970);
             const qint64 minutes = (static_cast<qint64>(aos) - now) / 60;
             timeSlider_->setValue(static_cast<int>(
                 std::clamp<qint64>(minutes, timeSlider_->minimum(), timeSlider_->maximum())));

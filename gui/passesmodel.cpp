@@ -6,14 +6,15 @@
 #include <QColor>
 #include <QDateTime>
 
+#include "engine/units.h"
+
 namespace veloran {
 
 namespace {
 
-constexpr qint64 kUnixFrom1904 = 2082844800;
-
 QDateTime Utc(uint32_t secs) {
-    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(secs) - kUnixFrom1904, Qt::UTC);
+    return QDateTime::fromSecsSinceEpoch(
+        static_cast<qint64>(secs) - static_cast<qint64>(kSecondsFrom1904To1970), Qt::UTC);
 }
 
 QString Number(double value, int decimals) {

@@ -23,6 +23,7 @@
 
 #include "app/appcontroller.h"
 #include "engine/timebase.h"
+#include "engine/units.h"
 #include "gui/skywidget.h"
 #include "views/skyplot.h"
 
@@ -35,7 +36,6 @@ constexpr int kClockMs = 10000;
 // A search older than this, or from another instant than the core's by
 // more, is run again.
 constexpr uint32_t kStaleSeconds = 1800;
-constexpr qint64 kUnixFrom1904 = 2082844800;
 
 // A record the pass finder can read, from the copied elements.
 void Fill(SatRec* rec, const KepRec& kep, double nodeRate, double perigeeRate) {
@@ -293,8 +293,8 @@ void PassesWindow::exportFile(bool calendar) {
         calendar ? "passes.ics" : "passes.csv",
         calendar ? tr("iCalendar (*.ics)") : tr("CSV (*.csv)"));
     if (path.isEmpty()) return;
-    const uint32_t stamp =
-        static_cast<uint32_t>(QDateTime::currentSecsSinceEpoch() + kUnixFrom1904);
+    const uint32_t stamp = static_cast<uint32_t>(QDateTime::currentSecsSinceEpoch() +
+                                                 static_cast<qint64>(kSecondsFrom1904To1970));
     const QString text = calendar ? PassesICalendar(rows, stamp) : PassesCsv(rows);
     // Written beside the old file and renamed over it, so a full disk never
     // leaves half a calendar.

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "data/settings.h"
 #include "radio/tuning.h"
 #include "serial/serial.h"
 
@@ -64,7 +65,7 @@ int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
             }
         }
     }
-    if (ui) ui->storeBool("vfo_enabled", site->vfo_enabled != 0);
+    if (ui) ui->storeBool(prefkeys::kVfoEnabled, site->vfo_enabled != 0);
     return open;
 }
 
@@ -104,7 +105,7 @@ int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, 
             }
         }
     }
-    if (ui) ui->storeBool("gateway_enabled", site->gateway_enabled != 0);
+    if (ui) ui->storeBool(prefkeys::kGatewayEnabled, site->gateway_enabled != 0);
     return open;
 }
 

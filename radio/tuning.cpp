@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "data/settings.h"
 #include "serial/serial.h"
 
 namespace veloran {
@@ -207,15 +208,15 @@ void applySliderMove(ModeRec* mode, bool inverting, bool locked, double sliderVa
 }
 
 void setFullDopplerTuning(SiteRec* site, bool on, RadioUi* ui) {
-    if (site) storeSwitch(&site->fullDopplerTuning, "full_doppler_tuning", on, ui);
+    if (site) storeSwitch(&site->fullDopplerTuning, prefkeys::kFullDopplerTuning, on, ui);
 }
 
 void setListenForBeacon(SiteRec* site, bool on, RadioUi* ui) {
-    if (site) storeSwitch(&site->listenForBeacon, "beacon_enabled", on, ui);
+    if (site) storeSwitch(&site->listenForBeacon, prefkeys::kBeaconEnabled, on, ui);
 }
 
 void setVfoLocked(SiteRec* site, bool on, RadioUi* ui) {
-    if (site) storeSwitch(&site->vfo_locked, "vfo_locked", on, ui);
+    if (site) storeSwitch(&site->vfo_locked, prefkeys::kVfoLocked, on, ui);
 }
 
 RadioPrefsControls radioPrefsControls(int radio) {

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "data/settings.h"
 #include "rotor/rotor.h"
 #include "serial/serial.h"
 
@@ -76,7 +77,7 @@ void moveRotorByHand(SiteRec* site, bool manual, int azimuthControl, int elevati
                      const SatRec* sat, bool oneMinuteWarning, RotorUi* ui) {
     if (!site) return;
     site->rotor_manual = manual ? 1 : 0;
-    if (ui) ui->storeBool("rotor_manual", manual);
+    if (ui) ui->storeBool(prefkeys::kRotorManual, manual);
     if (!manual) {
         steerRotor(site, sat, oneMinuteWarning);
         return;
@@ -136,7 +137,7 @@ int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, Ro
             }
         }
     }
-    if (ui) ui->storeBool("rotor_enabled", site->rotor_enabled != 0);
+    if (ui) ui->storeBool(prefkeys::kRotorEnabled, site->rotor_enabled != 0);
     return open;
 }
 

@@ -140,11 +140,11 @@ int Station::start(std::string* error) {
         p.defaults.override(portKey, std::to_string(machinePorts + p.ports.add(path)));
         p.defaults.override(enabledKey, "true");
     };
-    usePort(options_.radioPort, "radioport", prefkeys::kVfoEnabled);
-    usePort(options_.rotorPort, "rotorport", prefkeys::kRotorEnabled);
-    usePort(options_.gatewayPort, "gatewayport", prefkeys::kGatewayEnabled);
-    if (options_.radio >= 0) p.defaults.override("radio", std::to_string(options_.radio));
-    if (options_.rotor >= 0) p.defaults.override("rotor", std::to_string(options_.rotor));
+    usePort(options_.radioPort, prefkeys::kRadioPort, prefkeys::kVfoEnabled);
+    usePort(options_.rotorPort, prefkeys::kRotorPort, prefkeys::kRotorEnabled);
+    usePort(options_.gatewayPort, prefkeys::kGatewayPort, prefkeys::kGatewayEnabled);
+    if (options_.radio >= 0) p.defaults.override(prefkeys::kRadio, std::to_string(options_.radio));
+    if (options_.rotor >= 0) p.defaults.override(prefkeys::kRotor, std::to_string(options_.rotor));
     if (options_.hasTrack) {
         std::string list;
         for (const std::string& n : options_.track) list += n + " ";
@@ -152,16 +152,16 @@ int Station::start(std::string* error) {
     }
     if (options_.autoSelect) p.defaults.override(prefkeys::kTrackListEnabled, "true");
     if (options_.radioBaud >= 0)
-        p.defaults.override("radiobaud", std::to_string(options_.radioBaud));
+        p.defaults.override(prefkeys::kRadioBaud, std::to_string(options_.radioBaud));
     if (options_.rotorBaud >= 0)
-        p.defaults.override("rotorbaud", std::to_string(options_.rotorBaud));
+        p.defaults.override(prefkeys::kRotorBaud, std::to_string(options_.rotorBaud));
     if (options_.icomAddress >= 0)
-        p.defaults.override("icomAddress", std::to_string(options_.icomAddress));
+        p.defaults.override(prefkeys::kIcomAddress, std::to_string(options_.icomAddress));
     if (options_.hasSite) {
         CNumericLocale cLocale;
-        p.defaults.override("site_latitude", Degrees(options_.siteLatDegs));
-        p.defaults.override("site_longitude", Degrees(options_.siteLongDegsWest));
-        p.defaults.override("siteAltitude", Degrees(options_.siteAltitudeM));
+        p.defaults.override(prefkeys::kSiteLatitude, Degrees(options_.siteLatDegs));
+        p.defaults.override(prefkeys::kSiteLongitude, Degrees(options_.siteLongDegsWest));
+        p.defaults.override(prefkeys::kSiteAltitude, Degrees(options_.siteAltitudeM));
     }
 
     p.downloader = std::make_unique<QtDownloader>(

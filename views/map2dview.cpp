@@ -9,13 +9,11 @@
 #include "engine/orbit.h"
 #include "engine/sunmoon.h"
 #include "engine/timebase.h"
+#include "engine/units.h"
 
 namespace veloran {
 
 namespace {
-
-constexpr double kRadPerDegree = 0.017453292519943295;
-constexpr double kEarthRadius = 6378.16;  // km
 
 const Color kSunCrossColor{1.0f, 1.0f, 0.0f, 1.0f};
 const Color kNightColor{0.0f, 0.0f, 0.0f, 0.6f};
@@ -89,9 +87,9 @@ void setFollowSat(map_2D_view* view, bool follow) {
 }
 
 PointF LonLatRadsToPoint(double lonRads, double latRads, double scale) {
-    const double L = lonRads / kRadPerDegree;
+    const double L = lonRads / kDegreesToRadians;
     const double x = L <= 180.0 ? scale * (180.0 - L) : scale * (360.0 - L + 180.0);
-    const double y = scale * (latRads / kRadPerDegree + 90.0);
+    const double y = scale * (latRads / kDegreesToRadians + 90.0);
     return {static_cast<float>(std::round(x)), static_cast<float>(std::round(y))};
 }
 
@@ -115,7 +113,7 @@ void constructCoverageCirclePath(Path* path, const SatRec* sat, const map_2D_vie
     const double scale = view->mScale;
     // No minimum elevation: the circle is the geometric horizon.
     const double siteAltitudeKm = view->mSite.siteAltitudeM / 1000.0;
-    const double ratio = (siteAltitudeKm + kEarthRadius) / (sat->satAltitude + kEarthRadius);
+    const double ratio = (siteAltitudeKm + kEarthRadiusKm) / (sat->satAltitude + kEarthRadiusKm);
     const double beta = std::acos(std::fmin(1.0, std::fmax(-1.0, ratio)));
     const double phi = sat->subSatPtLatitudeRads, lambda = sat->subSatPtLongitudeRads;
     const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
@@ -131,8 +129,8 @@ void constructCoverageCirclePath(Path* path, const SatRec* sat, const map_2D_vie
         const double lon = std::atan2(sinLambda * a + cosLambda * sinBeta * sinTheta,
                                       cosLambda * a - sinLambda * sinBeta * sinTheta);
         const double lat = std::asin(cosPhi * sinBeta * cosTheta + sinPhi * cosBeta);
-        const PointF p{static_cast<float>(std::round((180.0 - lon / kRadPerDegree) * scale)),
-                       static_cast<float>(std::round(scale * (lat / kRadPerDegree + 90.0)))};
+        const PointF p{static_cast<float>(std::round((180.0 - lon / kDegreesToRadians) * scale)),
+                       static_cast<float>(std::round(scale * (lat / kDegreesToRadians + 90.0)))};
         if (i > 0 && pointsWithinRange(previous, p, halfSide))
             path->lineTo(p.x, p.y);
         else

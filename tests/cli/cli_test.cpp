@@ -11,30 +11,15 @@
 #include <vector>
 
 #include "tests/support/element_sets.h"
+#include "tests/support/run.h"
 
 namespace veloran {
 namespace {
 
-struct CliRun {
-    int status;
-    std::string out;  // standard output and standard error together
-};
+using CliRun = testing::CommandRun;
 
 CliRun Cli(const std::string& arguments) {
-    // Private, empty folders: nothing of the machine's user leaks in or is written.
-    const std::string folders = "VELORAN_DATA_DIR=" + ::testing::TempDir() +
-                                "cli_data VELORAN_CONFIG_DIR=" + ::testing::TempDir() +
-                                "cli_config ";
-    const std::string command = folders + std::string(VELORAN_CLI) + " " + arguments + " 2>&1";
-    CliRun run{-1, ""};
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return run;
-    char buf[4096];
-    size_t n = 0;
-    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) run.out.append(buf, n);
-    const int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
+    return testing::Run(std::string(VELORAN_CLI) + " " + arguments);
 }
 
 int Lines(const std::string& text) {
@@ -60,9 +45,7 @@ TEST(Cli, PassesOfTheBundledSample) {
 TEST(Cli, PassesOfASyntheticSatelliteMatchTheEngine) {
     // One polar LEO; its listed passes must each last minutes and follow
     // one another by roughly an orbital period or more.
-    testing::Elements e;
-    e.inclination = 97.6;
-    e.meanMotion = 14.8;
+    const testing::Elements e = testing::PolarLeo();
     const std::string path = ::testing::TempDir() + "cli_polar.dat";
     std::ofstream(path) << "HEADER FROM THE TESTS\n" << testing::ElementSetText("POLAR", e);
     const CliRun run =

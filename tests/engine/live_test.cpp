@@ -17,6 +17,7 @@ namespace veloran {
 namespace {
 
 using testing::Elements;
+using testing::PolarLeo;
 
 constexpr double kSecond = 1.0 / 86400.0;
 
@@ -29,17 +30,6 @@ struct LiveFixture : ::testing::Test {
         sunCalcTask(secs, sun.get(), nullptr, &site);
         SatelliteCalculationsV(EpochTime(secs), kSatelliteSearchSpan, rec, &site, mainFlag, secs,
                                sun.get());
-    }
-
-    static Elements PolarLeo() {
-        Elements e;
-        e.inclination = 97.6;
-        e.meanMotion = 14.8;
-        e.eccentricity = 0.001;
-        e.raan = 300.0;
-        e.argPerigee = 130.0;
-        e.meanAnomaly = 230.0;
-        return e;
     }
 
     // The first moment at or after `from`, on a one-minute grid, when the

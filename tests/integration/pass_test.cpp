@@ -2,7 +2,8 @@
 // time: the warnings before it, the rotor turned a minute early, AOS with the
 // radio forced and the rotor pointed, the Doppler followed every second by a
 // simulated IC-910 and a simulated GS-232 rotator, and LOS with the radio
-// back on the between-passes mode.
+// back on the between-passes mode. Then the tuning controller alone keeping
+// a simulated IC-910 and a simulated TS-2000 on a polar orbiter's Doppler.
 
 #include <gtest/gtest.h>
 
@@ -11,10 +12,15 @@
 #include <cmath>
 
 #include "radio/drivers.h"
+#include "radio/icom.h"
+#include "radio/kenwood.h"
+#include "radio/tuning.h"
 #include "sim/icom_sim.h"
 #include "sim/rotor_sim.h"
 #include "sim/sim_pty.h"
+#include "sim/ts2000_sim.h"
 #include "station.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -185,6 +191,90 @@ TEST(WholePass, WarnedTunedAndSteeredFromFourHoursBeforeAOSToLOS) {
     EXPECT_EQ(std::count(played.begin(), played.end(), Announcement::kLOS), 1);
 
     radioLine.stop();
+}
+
+// Every twentieth main-timer tick of a whole pass, tuned through the radio
+// table onto both radios at once: each must hold exactly the corrected
+// frequencies, and after the forced set-up only retune the two VFOs.
+TEST(WholePass, Ic910AndTs2000FollowTheDopplerFromAosToLos) {
+    constexpr int kTs2000 = 14;
+    constexpr uint32_t kTickSeconds = 20;
+    constexpr double kLightKmPerSecond = 299792.5;
+    ResetIcomDriverState();
+    ResetKenwoodDriverState();
+    SetCommandDelay(0.0f);
+    SiteRec site = testing::MakeSite(43.7064, 79.2442, 200.0);
+    site.fullDopplerTuning = 1;
+    std::unique_ptr<SatRec> sun = testing::LoadSun(&site);
+    std::unique_ptr<SatRec> sat = testing::LoadRecord("POLAR", testing::PolarLeo(), &site);
+    auto calculate = [&](uint32_t secs) {
+        sunCalcTask(secs, sun.get(), nullptr, &site);
+        SatelliteCalculationsV(EpochTime(secs), kSatelliteSearchSpan, sat.get(), &site, 0, secs,
+                               sun.get());
+    };
+    uint32_t now = testing::Seconds(2026, 11, 21, 12);  // the next pass after noon
+    calculate(now);
+    while (sat->AOS || sat->secondsToAOS >= kSecondsToAOSUnknown || sat->secondsToLOS == 0) {
+        now += 60;
+        calculate(now);
+    }
+    const uint32_t aos = sat->AOSTime, los = sat->LOSTime;
+    ASSERT_GT(los, aos + 240);
+
+    sim::IcomSimulator ic910(sim::IcomModel::IC910, kIc910Address);
+    sim::Ts2000Simulator ts2000;
+    testing::PtyPeer icomLine, kenwoodLine;
+    ASSERT_TRUE(icomLine.attach(&ic910));
+    ASSERT_TRUE(kenwoodLine.attach(&ts2000));
+    ModeRec mode = {};
+    mode.commMode = CommMode::JA_SSB;
+    mode.upFreq = 145.95;
+    mode.downFreq = 435.85;
+    VFORec vfo = {};
+    uint32_t firstDown = 0, lastDown = 0;
+    int ticks = 0;
+    for (uint32_t t = aos + 30; t + 30 < los; t += kTickSeconds, ++ticks) {
+        calculate(t);
+        ASSERT_TRUE(sat->AOS) << t - aos << " s into the pass";
+        vfo.dopplerTX = mode.upFreq * sat->satVelocity / kLightKmPerSecond;
+        vfo.dopplerRX = mode.downFreq * sat->satVelocity / kLightKmPerSecond;
+        calculateFrequencies(&vfo, &site, &mode);
+        const bool force = ticks == 0;  // the port was just opened
+        ASSERT_EQ(SetVFO(kIc910, icomLine.fd(), kIc910Address, vfo.up, vfo.down, mode.commMode, 0,
+                         0, force, false),
+                  1);
+        ASSERT_EQ(SetVFO(kTs2000, kenwoodLine.fd(), 0, vfo.up, vfo.down, mode.commMode, 0, 0, force,
+                         false),
+                  1);
+        icomLine.settle();
+        kenwoodLine.settle();
+        const uint32_t up = RadioHertz(vfo.up), down = RadioHertz(vfo.down);
+        const sim::IcomSimState icom = ic910.state();
+        EXPECT_EQ(icom.main.vfo[icom.main.current].hertz, down);
+        EXPECT_EQ(icom.sub.vfo[icom.sub.current].hertz, up);
+        EXPECT_TRUE(icom.satelliteMode);
+        EXPECT_EQ(ts2000.state().vfoA, down);
+        EXPECT_EQ(ts2000.state().vfoB, up);
+        if (ticks == 0) {
+            firstDown = down;
+            ic910.clearRecords();
+            ts2000.clearRecords();
+        }
+        lastDown = down;
+    }
+    ASSERT_GT(ticks, 10);
+    // Approaching at AOS the downlink is heard high, receding at LOS low: a
+    // 7 km/s orbit gives up to about 10 kHz either way on 70 cm.
+    EXPECT_GT(firstDown, 435850000u + 3000u);
+    EXPECT_LT(lastDown, 435850000u - 3000u);
+    EXPECT_LT(firstDown, 435850000u + 12000u);
+    EXPECT_GT(lastDown, 435850000u - 12000u);
+    // Each tick after the set-up: the two bands (4 frames), the two VFOs (2 commands).
+    EXPECT_EQ(ic910.frames().size(), 4u * (ticks - 1));
+    EXPECT_EQ(ts2000.commands().size(), 2u * (ticks - 1));
+    EXPECT_EQ(ic910.state().bandExchanges, 1);
+    EXPECT_EQ(ts2000.state().modeA, '2');
+    EXPECT_EQ(ts2000.state().modeB, '1');
 }
 
 }  // namespace

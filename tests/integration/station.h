@@ -210,16 +210,4 @@ inline bool FindPass(const Elements& e, uint32_t from, double lowest, double hig
     return false;
 }
 
-// A low-orbit satellite in the inclination of the space station.
-inline Elements Leo(double raan = 245.0, double meanAnomaly = 317.0) {
-    Elements e;
-    e.inclination = 51.64;
-    e.meanMotion = 15.5;
-    e.eccentricity = 0.0006;
-    e.raan = raan;
-    e.argPerigee = 42.0;
-    e.meanAnomaly = meanAnomaly;
-    return e;
-}
-
 }  // namespace veloran::testing

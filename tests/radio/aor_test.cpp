@@ -12,7 +12,7 @@
 #include "radio/drivers.h"
 #include "radio/tuning.h"
 #include "serial/serial.h"
-#include "tests/radio/peer.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -31,7 +31,7 @@ struct Receiver {
               return reply;
           }) {}
     std::string answer = "LM3A%";
-    testing::ScriptedPeer peer;
+    testing::PtyPeer peer;
 };
 
 class AOR : public ::testing::Test {

@@ -11,7 +11,8 @@
 #include "radio/icom.h"
 #include "radio/tuning.h"
 #include "sim/icom_sim.h"
-#include "tests/radio/radio_pty.h"
+#include "tests/support/hex.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -41,12 +42,12 @@ TEST_P(IcomSequence, SendsExactlyTheseFrames) {
     const SequenceCase& c = GetParam();
     ResetIcomDriverState();
     sim::IcomSimulator radio(c.model, c.address);
-    testing::SimulatedLine line;
-    ASSERT_TRUE(line.Attach(&radio));
+    testing::PtyPeer line;
+    ASSERT_TRUE(line.attach(&radio));
     EXPECT_EQ(
         c.driver(line.fd(), c.address, c.up, c.down, c.commMode, c.gTone, c.gCTone, c.force, false),
         1);
-    line.Settle();
+    line.settle();
     EXPECT_EQ(HexFrames(radio.frames()), c.frames);
 }
 
@@ -364,17 +365,17 @@ class Ic910 : public ::testing::Test {
   protected:
     void SetUp() override {
         ResetIcomDriverState();
-        ASSERT_TRUE(line_.Attach(&radio_));
+        ASSERT_TRUE(line_.attach(&radio_));
     }
     int fd() const { return line_.fd(); }
     int set(int commMode, double up, double down, int gTone, int gCTone, bool force) {
         const int result = Set910VFO(fd(), k910, up, down, commMode, gTone, gCTone, force, false);
-        line_.Settle();
+        line_.settle();
         return result;
     }
 
     sim::IcomSimulator radio_{sim::IcomModel::IC910, k910};
-    testing::SimulatedLine line_;
+    testing::PtyPeer line_;
 };
 
 TEST_F(Ic910, NothingChangedNothingSentUnlessForced) {
@@ -459,16 +460,16 @@ class Ic821 : public ::testing::Test {
   protected:
     void SetUp() override {
         ResetIcomDriverState();
-        ASSERT_TRUE(line_.Attach(&radio_));
+        ASSERT_TRUE(line_.attach(&radio_));
     }
     int set(int commMode, double up, double down, bool force) {
         const int result = Set821HVFO(line_.fd(), k821, up, down, commMode, 0, 0, force, false);
-        line_.Settle();
+        line_.settle();
         return result;
     }
 
     sim::IcomSimulator radio_{sim::IcomModel::IC821, k821};
-    testing::SimulatedLine line_;
+    testing::PtyPeer line_;
 };
 
 TEST_F(Ic821, ExchangesTheBandsOnceForModeJAndBackForModeB) {
@@ -504,10 +505,10 @@ TEST(IcomRadioTable, RowsReachTheirDrivers) {
         EXPECT_NE(row->setFrequencies, nullptr) << radio;
     }
     sim::IcomSimulator ic706(sim::IcomModel::IC706, k706);
-    testing::SimulatedLine line;
-    ASSERT_TRUE(line.Attach(&ic706));
+    testing::PtyPeer line;
+    ASSERT_TRUE(line.attach(&ic706));
     EXPECT_EQ(SetVFO(12, line.fd(), k706, 145.9, 435.8, 12, 0, 0, true, false), 1);
-    line.Settle();
+    line.settle();
     EXPECT_EQ(ic706.state().main.vfo[0].hertz, 435800000u);
     EXPECT_EQ(ic706.state().main.vfo[0].mode, sim::kSimWFM);
     EXPECT_STREQ(RadioDriverFor(7)->model, "IC-910");

@@ -12,7 +12,8 @@
 
 #include "radio/yaesu.h"
 #include "sim/icom_sim.h"
-#include "tests/radio/radio_pty.h"
+#include "tests/support/hex.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -84,16 +85,16 @@ class IcomExchange : public ::testing::Test {
     void SetUp() override {
         ResetIcomDriverState();
         SetCommandDelay(3.0f);  // must not slow or change the CI-V exchange
-        ASSERT_TRUE(line_.Attach(&radio_));
+        ASSERT_TRUE(line_.attach(&radio_));
     }
     void TearDown() override {
-        line_.Detach();
+        line_.detach();
         SetCommandDelay(0.0f);
     }
     int fd() const { return line_.fd(); }
 
     sim::IcomSimulator radio_{sim::IcomModel::IC910, 0x60};
-    testing::SimulatedLine line_;
+    testing::PtyPeer line_;
 };
 
 TEST_F(IcomExchange, EchoIsConsumedSoTheReplyIsWhatIsReadNext) {

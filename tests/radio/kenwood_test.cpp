@@ -14,7 +14,8 @@
 #include "radio/tuning.h"
 #include "serial/serial.h"
 #include "sim/ts2000_sim.h"
-#include "tests/radio/radio_pty.h"
+#include "tests/support/hex.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -26,12 +27,12 @@ class Ts2000 : public ::testing::Test {
     void SetUp() override {
         ResetKenwoodDriverState();
         SetCommandDelay(0.0f);
-        ASSERT_TRUE(line_.Attach(&radio_));
+        ASSERT_TRUE(line_.attach(&radio_));
     }
     int fd() const { return line_.fd(); }
     int set(int commMode, double up, double down, int gTone, int gCTone, bool force) {
         const int result = SetTS2000VFO(fd(), up, down, commMode, gTone, gCTone, force, false);
-        line_.Settle();
+        line_.settle();
         return result;
     }
     void editRadio(void (*edit)(sim::Ts2000SimState*)) {
@@ -41,7 +42,7 @@ class Ts2000 : public ::testing::Test {
     }
 
     sim::Ts2000Simulator radio_;
-    testing::SimulatedLine line_;
+    testing::PtyPeer line_;
 };
 
 // --- One row per transponder mode --------------------------------------------------
@@ -363,7 +364,7 @@ TEST_F(Ts2000, StartTakesARadioOutOfPacketMode) {
     // a generous delay keeps a loaded test machine from missing it.
     SetCommandDelay(20.0f);
     StartTS2000(fd(), false);
-    line_.Settle();
+    line_.settle();
     EXPECT_TRUE(TS2000StartState().sPacketWasOn);
     EXPECT_FALSE(radio_.state().packetMode);
     EXPECT_EQ(radio_.commands(), (Commands{"TC 1", "CM", "AM"}));
@@ -372,7 +373,7 @@ TEST_F(Ts2000, StartTakesARadioOutOfPacketMode) {
 TEST_F(Ts2000, StartOnARadioInComputerControlOnlyAsks) {
     SetCommandDelay(3.0f);
     StartTS2000(fd(), false);
-    line_.Settle();
+    line_.settle();
     EXPECT_FALSE(TS2000StartState().sPacketWasOn);
     EXPECT_FALSE(TS2000StartState().sPacketClusterTune);
     EXPECT_FALSE(TS2000StartState().sAutoModeOn);
@@ -382,7 +383,7 @@ TEST_F(Ts2000, StartOnARadioInComputerControlOnlyAsks) {
 
 TEST_F(Ts2000, RadioTableRowDrivesIt) {
     EXPECT_EQ(SetVFO(14, fd(), 0, 145.9, 435.8, 3, 0, 0, true, false), 1);
-    line_.Settle();
+    line_.settle();
     EXPECT_EQ(radio_.state().vfoA, 435800000u);
     const RadioDriver* row = RadioDriverFor(14);
     ASSERT_NE(row, nullptr);

@@ -12,7 +12,7 @@
 
 #include "radio/tuning.h"
 #include "serial/serial.h"
-#include "tests/radio/peer.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -41,7 +41,7 @@ struct Pcr1000 {
           }) {}
     std::atomic<int> squelch{0x04};  // 04 closed, 07 open
     std::atomic<int> level{0};
-    testing::ScriptedPeer peer;
+    testing::PtyPeer peer;
 };
 
 class PCR1000 : public ::testing::Test {

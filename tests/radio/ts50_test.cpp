@@ -19,7 +19,7 @@
 
 #include "radio/tuning.h"
 #include "serial/serial.h"
-#include "tests/radio/peer.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -43,7 +43,7 @@ struct Kenwood {
     const char* path() const { return peer.path(); }
     std::string take(size_t count) { return peer.take(count); }
     std::atomic<unsigned long> frequency{0};
-    testing::ScriptedPeer peer;
+    testing::PtyPeer peer;
 };
 
 class TS50 : public ::testing::Test {

@@ -24,7 +24,8 @@
 #include "serial/portlist.h"
 #include "serial/serial.h"
 #include "sim/radio_sim.h"
-#include "tests/radio/wire.h"
+#include "tests/support/hex.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -213,28 +214,6 @@ TEST(SetVFO, RefusesUnconnectedRowsAndClosedPorts) {
         EXPECT_EQ(SetVFO(radio, 3, 0, 145.9, 435.8, 3, 0, 0, true, false), 0);
     for (int radio = 0; radio <= 4; ++radio)
         EXPECT_EQ(SetVFO(radio, -1, 0, 145.9, 435.8, 3, 0, 0, true, false), 0);
-}
-
-struct PrefsCase {
-    int radio;
-    RadioPrefsControls expected;
-};
-
-TEST(RadioPrefs, ControlsEnabledPerRadio) {
-    const PrefsCase table[] = {
-        {0, {false, false, false}}, {1, {false, false, true}},  {2, {false, true, true}},
-        {3, {false, false, true}},  {4, {false, false, true}},  {5, {true, false, true}},
-        {6, {true, false, true}},   {7, {true, true, true}},    {8, {true, false, true}},
-        {9, {true, false, true}},   {10, {true, false, true}},  {11, {false, false, false}},
-        {12, {true, false, true}},  {13, {false, false, true}}, {14, {false, true, true}},
-        {15, {false, false, true}}, {16, {false, true, false}},
-    };
-    for (const PrefsCase& c : table) {
-        const RadioPrefsControls got = radioPrefsControls(c.radio);
-        EXPECT_EQ(got.icomAddress, c.expected.icomAddress) << c.radio;
-        EXPECT_EQ(got.sMeter, c.expected.sMeter) << c.radio;
-        EXPECT_EQ(got.dialTracking, c.expected.dialTracking) << c.radio;
-    }
 }
 
 // --- trims -----------------------------------------------------------------------
@@ -433,7 +412,7 @@ TEST_F(TuningWithRadio, BetweenPassesTheBetweenPassesModeIsForced) {
     radio.clearReceived();
     ASSERT_EQ(updateVFO(&vfo, &site, sat, bp, false, &ui), 1);
     blocksAfter(5);
-    EXPECT_EQ(Hex(radio.received()).substr(0, 31), "00 00 00 00 8E | 08 00 00 00 07");
+    EXPECT_EQ(Hex(radio.received(), 5).substr(0, 31), "00 00 00 00 8E | 08 00 00 00 07");
     EXPECT_TRUE(
         Eventually([&] { return radio.state().main.hertz == 435850000u; }));  // our downlink
     EXPECT_FALSE(radio.state().satelliteMode);

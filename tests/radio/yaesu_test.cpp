@@ -15,7 +15,8 @@
 #include "radio/bcd.h"
 #include "serial/serial.h"
 #include "sim/radio_sim.h"
-#include "tests/radio/wire.h"
+#include "tests/support/hex.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -84,7 +85,7 @@ class YaesuWire {
     std::string take(size_t expected) {
         radio.waitForBytes(expected, 2000);
         settle();
-        const std::string got = Hex(radio.received());
+        const std::string got = Hex(radio.received(), 5);
         radio.clearReceived();
         return got;
     }
@@ -126,7 +127,7 @@ TEST_P(YaesuBytes, RadioReceivesExactly) {
     }
     EXPECT_EQ(c.run(wire.fd), c.result);
     const std::vector<uint8_t> expected = Bytes(c.bytes);
-    EXPECT_EQ(wire.take(expected.size()), Hex(expected));
+    EXPECT_EQ(wire.take(expected.size()), Hex(expected, 5));
 }
 
 int Void(void (*f)(int, bool), int fd) {

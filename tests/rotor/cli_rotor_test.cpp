@@ -8,26 +8,15 @@
 #include <string>
 
 #include "sim/rotor_sim.h"
+#include "tests/support/run.h"
 
 namespace veloran {
 namespace {
 
-struct CliRun {
-    int status;
-    std::string out;  // standard output and standard error together
-};
+using CliRun = testing::CommandRun;
 
 CliRun Cli(const std::string& arguments) {
-    const std::string command = std::string(VELORAN_CLI) + " rotor " + arguments + " 2>&1";
-    CliRun run{-1, ""};
-    FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return run;
-    char buf[4096];
-    size_t n = 0;
-    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) run.out.append(buf, n);
-    const int status = pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
+    return testing::Run(std::string(VELORAN_CLI) + " rotor " + arguments);
 }
 
 class CliRotor : public ::testing::Test {

@@ -189,14 +189,7 @@ class OverheadPass : public ::testing::Test {
 };
 
 TEST_F(OverheadPass, FlippedPassNeverCrossesTheEndStopAndWorksPastTheZenith) {
-    testing::Elements e;
-    e.inclination = 97.6;
-    e.meanMotion = 14.8;
-    e.eccentricity = 0.001;
-    e.raan = 300.0;
-    e.argPerigee = 130.0;
-    e.meanAnomaly = 230.0;
-    auto rec = testing::LoadRecord("POLAR", e, &site);
+    auto rec = testing::LoadRecord("POLAR", testing::PolarLeo(), &site);
     uint32_t aos = 0;
     uint32_t los = 0;
     ASSERT_TRUE(FindNorthernPass(rec.get(), testing::Seconds(2026, 11, 21, 0), &aos, &los));

@@ -12,7 +12,7 @@
 #include "rotor/protocols.h"
 #include "rotor/rotor.h"
 #include "serial/serial.h"
-#include "tests/rotor/pty_line.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -39,7 +39,7 @@ class RotorWire : public ::testing::TestWithParam<WireCase> {
         ASSERT_NE(line.fd(), -1);
         ResetRotorSendState();
     }
-    testing::PtyLine line;
+    testing::PtyPeer line;
 };
 
 TEST_P(RotorWire, SendsExactlyTheseBytes) {
@@ -111,7 +111,7 @@ class RotorSendPath : public ::testing::Test {
         ASSERT_NE(line.fd(), -1);
         ResetRotorSendState();
     }
-    testing::PtyLine line;
+    testing::PtyPeer line;
 };
 
 TEST_F(RotorSendPath, OneCommandPerWholeDegree) {
@@ -179,7 +179,7 @@ struct ControlCase {
 class RotorControl : public ::testing::TestWithParam<ControlCase> {};
 
 TEST_P(RotorControl, StartAndStopBytes) {
-    testing::PtyLine line;
+    testing::PtyPeer line;
     ASSERT_NE(line.fd(), -1);
     startRotorDriver(GetParam().rotor, line.fd(), false);
     EXPECT_EQ(line.take(), GetParam().start);

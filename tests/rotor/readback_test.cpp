@@ -6,7 +6,7 @@
 #include <string>
 
 #include "rotor/rotor.h"
-#include "tests/rotor/pty_line.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -29,14 +29,15 @@ class PositionReadBack : public ::testing::TestWithParam<ReplyCase> {};
 
 TEST_P(PositionReadBack, ParsesOrLeavesTheOldValues) {
     const ReplyCase& c = GetParam();
-    testing::PtyLine line;
+    // The controller answers once a whole command is in.
+    testing::PtyPeer line([&](std::string* pending) {
+        return pending->find('\r') == std::string::npos ? std::string() : c.reply;
+    });
     ASSERT_NE(line.fd(), -1);
-    line.answerAfterCarriageReturn(c.reply);
     double az = -1.0;
     double el = -1.0;
     EXPECT_EQ(GetAzEl(c.rotor, line.fd(), &az, &el, false), c.result);
-    line.stopAnswering();
-    EXPECT_EQ(line.heard(), "C2\r");
+    EXPECT_EQ(line.take(), "C2\r");
     EXPECT_EQ(az, c.azimuth);
     EXPECT_EQ(el, c.elevation);
 }
@@ -57,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<ReplyCase>& p) { return std::string(p.param.name); });
 
 TEST(PositionReadBack, ControllersWithoutReadBackSendNothing) {
-    testing::PtyLine line;
+    testing::PtyPeer line;
     ASSERT_NE(line.fd(), -1);
     for (int rotor : {2, 3, 4, 5, 6, 7, 8, 9, 11, 12, -1}) {
         double az = 1.0;

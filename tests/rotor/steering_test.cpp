@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "rotor/rotor.h"
-#include "tests/rotor/pty_line.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -55,7 +55,7 @@ class Steering : public ::testing::Test {
     }
     SiteRec site;
     std::unique_ptr<SatRec> sat;
-    testing::PtyLine line;
+    testing::PtyPeer line;
 };
 
 TEST_F(Steering, ParksBetweenPasses) {
@@ -251,8 +251,8 @@ TEST_F(RotorPort, PortThatWillNotOpenBeepsAndUnticks) {
 }
 
 TEST_F(RotorPort, OpeningStartsAndClosingStopsTheController) {
-    ASSERT_FALSE(line.path().empty());
-    std::snprintf(ports[0].bsdPath, sizeof ports[0].bsdPath, "%s", line.path().c_str());
+    ASSERT_NE(line.path()[0], 0);
+    std::snprintf(ports[0].bsdPath, sizeof ports[0].bsdPath, "%s", line.path());
     site.rotor = 8;  // SatEL: "G" on start, "S" on stop
     ASSERT_EQ(switchRotorPort(&site, true, ports, &ui), 1);
     EXPECT_NE(site.rotorPortFileDescriptor, -1);

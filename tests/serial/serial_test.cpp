@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "serial/gateway.h"
-#include "tests/radio/wire.h"
+#include "tests/support/hex.h"
 
 namespace veloran {
 namespace {

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/run.h"
+
 namespace {
 
 // A child process with its standard output and error on pipes.
@@ -58,17 +60,6 @@ struct Child {
     }
 };
 
-std::string RunCommand(const std::string& command, int* status) {
-    FILE* p = popen((command + " 2>&1").c_str(), "r");
-    std::string text;
-    char buf[512];
-    size_t n;
-    while (p && (n = fread(buf, 1, sizeof buf, p)) > 0) text.append(buf, n);
-    const int s = p ? pclose(p) : -1;
-    *status = WIFEXITED(s) ? WEXITSTATUS(s) : -1;
-    return text;
-}
-
 std::string DevicePath(Child* sim) {
     char line[256] = {0};
     if (!sim->out || !std::fgets(line, sizeof line, sim->out)) return "";
@@ -81,13 +72,11 @@ TEST(SimulatorWithTheProgram, Ft847IsTunedByVeloranCliRadio) {
     Child sim({VELORAN_SIM_EXE, "radio", "ft847"});
     const std::string path = DevicePath(&sim);
     ASSERT_EQ(path.rfind("/dev/", 0), 0u) << path;
-    int status = 0;
-    const std::string out =
-        RunCommand(std::string(VELORAN_CLI_EXE) + " radio --type 1 --port " + path +
-                       " --delay 0 --up 145.9 --down 435.8 --mode JA_SSB --force",
-                   &status);
-    EXPECT_EQ(status, 0) << out;
-    EXPECT_NE(out.find("sent; the radio answers"), std::string::npos) << out;
+    const auto run =
+        veloran::testing::Run(std::string(VELORAN_CLI_EXE) + " radio --type 1 --port " + path +
+                              " --delay 0 --up 145.9 --down 435.8 --mode JA_SSB --force");
+    EXPECT_EQ(run.status, 0) << run.out;
+    EXPECT_NE(run.out.find("sent; the radio answers"), std::string::npos) << run.out;
     const std::string log = sim.stop();
     EXPECT_NE(log.find("sat rx 435800000 Hz mode 01, sat tx 145900000 Hz mode 00"),
               std::string::npos)
@@ -98,26 +87,23 @@ TEST(SimulatorWithTheProgram, SilentRadioIsReported) {
     Child sim({VELORAN_SIM_EXE, "radio", "ft847", "--silent"});
     const std::string path = DevicePath(&sim);
     ASSERT_FALSE(path.empty());
-    int status = 0;
-    const std::string out =
-        RunCommand(std::string(VELORAN_CLI_EXE) + " radio --type 1 --port " + path +
-                       " --delay 0 --up 145.9 --down 435.8 --mode JA_SSB",
-                   &status);
-    EXPECT_EQ(status, 1);
-    EXPECT_NE(out.find("does not answer"), std::string::npos) << out;
+    const auto run =
+        veloran::testing::Run(std::string(VELORAN_CLI_EXE) + " radio --type 1 --port " + path +
+                              " --delay 0 --up 145.9 --down 435.8 --mode JA_SSB");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.out.find("does not answer"), std::string::npos) << run.out;
 }
 
 TEST(SimulatorWithTheProgram, UnknownModelAndMissingPortAreClearErrors) {
-    int status = 0;
-    std::string out = RunCommand(std::string(VELORAN_SIM_EXE) + " radio ic9700", &status);
-    EXPECT_EQ(status, 2);
-    EXPECT_NE(out.find("unknown radio 'ic9700'"), std::string::npos) << out;
-    out = RunCommand(
+    auto run = veloran::testing::Run(std::string(VELORAN_SIM_EXE) + " radio ic9700");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.out.find("unknown radio 'ic9700'"), std::string::npos) << run.out;
+    run = veloran::testing::Run(
         std::string(VELORAN_CLI_EXE) +
-            " radio --type 1 --port /dev/veloran-none --up 145.9 --down 435.8 --mode J_FM",
-        &status);
-    EXPECT_EQ(status, 1);
-    EXPECT_NE(out.find("cannot open /dev/veloran-none as a serial port"), std::string::npos) << out;
+        " radio --type 1 --port /dev/veloran-none --up 145.9 --down 435.8 --mode J_FM");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.out.find("cannot open /dev/veloran-none as a serial port"), std::string::npos)
+        << run.out;
 }
 
 }  // namespace

@@ -112,4 +112,26 @@ uint32_t Seconds(int year, int month, int day, int hour, int minute, int second)
     return QFDateToSeconds(&rec);
 }
 
+Elements PolarLeo(double raan, double meanAnomaly) {
+    Elements e;
+    e.inclination = 97.6;
+    e.meanMotion = 14.8;
+    e.eccentricity = 0.001;
+    e.raan = raan;
+    e.argPerigee = 130.0;
+    e.meanAnomaly = meanAnomaly;
+    return e;
+}
+
+Elements Leo(double raan, double meanAnomaly) {
+    Elements e;
+    e.inclination = 51.64;
+    e.meanMotion = 15.5;
+    e.eccentricity = 0.0006;
+    e.raan = raan;
+    e.argPerigee = 42.0;
+    e.meanAnomaly = meanAnomaly;
+    return e;
+}
+
 }  // namespace veloran::testing

@@ -28,6 +28,12 @@ struct Elements {
 // Line 1 and line 2, each 69 characters plus "\n", with valid check digits.
 std::string LineOne(const Elements& e);
 std::string LineTwo(const Elements& e);
+// The sample catalogue every suite shares: a sun-synchronous polar orbiter
+// (97.6 degrees, 14.8 rev/day, e 0.001) and a satellite in the space
+// station's orbit (51.64 degrees, 15.5 rev/day, e 0.0006).
+Elements PolarLeo(double raan = 300.0, double meanAnomaly = 230.0);
+Elements Leo(double raan = 245.0, double meanAnomaly = 317.0);
+
 // A name line, line 1 and line 2.
 std::string ElementSetText(const std::string& name, const Elements& e);
 
