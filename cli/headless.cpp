@@ -110,6 +110,16 @@ class HeadlessUi : public SilentUserInterface, public TrackListUi {
     void setRadioChecked(bool on) override { Report("radio", on); }
     void setRotorChecked(bool on) override { Report("rotor", on); }
     void setGatewayChecked(bool on) override { Report("gateway", on); }
+    // The core has already written it to standard error; the status line
+    // carries it once more, so that someone reading only that sees it.
+    void setDeviceMessage(const std::string& text) override {
+        deviceMessage_ += (deviceMessage_.empty() ? "" : "\n") + text;
+    }
+    std::string takeDeviceMessage() {
+        std::string text;
+        text.swap(deviceMessage_);
+        return text;
+    }
 
   private:
     static void Report(const char* device, bool on) {
@@ -117,10 +127,15 @@ class HeadlessUi : public SilentUserInterface, public TrackListUi {
     }
     std::vector<std::string> channels_;
     int selected_ = 0;
+    std::string deviceMessage_;
 };
 
 // "2026/11/21 18:30:05 UTC  AO-7  Az 123.4  El  12.3  LOS in 0:05:12  Up 435.12345  Down 145.92345"
-void PrintStatusLine(const AppController& controller) {
+void PrintStatusLine(const AppController& controller, const std::string& deviceMessage) {
+    if (!deviceMessage.empty()) {
+        std::printf("%s\n", deviceMessage.c_str());
+        std::fflush(stdout);
+    }
     char clock[32];
     formatDateTime(controller.timeBaseSecs(), clock);
     const char* virtualMark = controller.timeSliderMinutes() != 0 ? " (virtual)" : "";
@@ -215,14 +230,16 @@ int RunHeadless(int argc, char** argv) {
     PortNameRecord probe[kMaxSerialPorts]{};
     const int machinePorts = QtSerialPortList().findPorts(probe, kMaxSerialPorts);
     PortsWithTyped ports;
-    const auto usePort = [&](const char* option, const char* portKey, const char* enabledKey) {
+    const auto usePort = [&](const char* option, const char* portKey, const char* pathKey,
+                             const char* enabledKey) {
         if (!args.has(option)) return;
         defaults.override(portKey, std::to_string(machinePorts + ports.add(args.value(option))));
+        defaults.override(pathKey, args.value(option));
         defaults.override(enabledKey, "true");
     };
-    usePort("--radio-port", "radioport", prefkeys::kVfoEnabled);
-    usePort("--rotor-port", "rotorport", prefkeys::kRotorEnabled);
-    usePort("--gateway-port", "gatewayport", prefkeys::kGatewayEnabled);
+    usePort("--radio-port", "radioport", prefkeys::kRadioPortPath, prefkeys::kVfoEnabled);
+    usePort("--rotor-port", "rotorport", prefkeys::kRotorPortPath, prefkeys::kRotorEnabled);
+    usePort("--gateway-port", "gatewayport", prefkeys::kGatewayPortPath, prefkeys::kGatewayEnabled);
     if (radio >= 0) defaults.override("radio", std::to_string(static_cast<int>(radio)));
     if (rotor >= 0) defaults.override("rotor", std::to_string(static_cast<int>(rotor)));
     if (args.has("--track")) {
@@ -272,7 +289,7 @@ int RunHeadless(int argc, char** argv) {
         [&]() {
             controller->mainTimerTasks();
             trackList.updateTrackList();
-            PrintStatusLine(*controller);
+            PrintStatusLine(*controller, ui.takeDeviceMessage());
         },
         [&]() { controller->sunCalcTask(); });
     timers.start();
