@@ -107,17 +107,12 @@ void AppController::retryDevice(int device) {
     int error = 0;
     bool back = false;
     if (device == kRadioDevice) {
-        // A radio that stopped answering keeps its port: only the tuning is
-        // tried again, so the line's echo need not be learnt anew.
-        if (mSite.radioPortFileDescriptor == -1) {
-            if (switchRadioPort(&mSite, true, mPortNames.get(), services_.versionString.c_str(),
-                                nullptr, &error) != 1) {
-                sayDevice(device, deviceName(device) + ": " + serialErrorText(error));
-                return;
-            }
-        } else {
-            mSite.vfo_enabled = 1;
-            startRadioDriver(&mSite);
+        // Reopened even when the port stayed open (a radio that stopped
+        // answering), so that what was learnt about the line starts afresh.
+        if (switchRadioPort(&mSite, true, mPortNames.get(), services_.versionString.c_str(),
+                            nullptr, &error) != 1) {
+            sayDevice(device, deviceName(device) + ": " + serialErrorText(error));
+            return;
         }
         if (veloran::updateVFO(&mVFO, &mSite, mainSatellite(), BPSatRec.get(), true, nullptr) !=
                 1 ||
