@@ -116,7 +116,15 @@ void AnnouncementSpeaker::makeTheAnnouncement(const Announcement* item) {
     if (item == nullptr) return;
     const int fd = settings_->gatewayFd.load();
     const bool debug = settings_->debug.load();
-    if (item->transmit) {
+    const bool transmit = item->transmit && speech_->canPlay();
+    if (item->transmit && !transmit && !saidNoAudio_) {
+        saidNoAudio_ = true;
+        if (log_ != nullptr)
+            std::fprintf(log_,
+                         "Announcements are not sent over the air: speech cannot play here, "
+                         "so the transmitter stays unkeyed.\n");
+    }
+    if (transmit) {
         if (!item->waitForCOR) {
             gateway_->pushToTalk(fd, 1, debug);
             sleeper_->sleepTicks(kTicksPerSecond);
@@ -149,7 +157,7 @@ void AnnouncementSpeaker::makeTheAnnouncement(const Announcement* item) {
         waitWhilePlaying();
     }
     if (!item->text.empty()) speech_->speak(item->text);
-    if (item->transmit) {
+    if (transmit) {
         waitWhileSpeaking(-1);
         sleeper_->sleepTicks(kTicksPerSecond);
         gateway_->pushToTalk(fd, 0, debug);

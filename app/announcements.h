@@ -121,6 +121,7 @@ class AnnouncementSpeaker {
     GatewayLine* gateway_;
     FILE* log_;
     std::atomic<bool> stop_{false};
+    bool saidNoAudio_ = false;  // the announcement thread's own: told once
     std::thread thread_;
 };
 

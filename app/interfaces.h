@@ -163,6 +163,9 @@ class Downloader {
     // download cannot be created.
     virtual bool start(const std::string& url, const std::string& destination,
                        double timeoutSeconds) = 0;
+    // The HTTP status of the last download's answer; 0 when there was none
+    // (no connection, a time-out) or nothing has been fetched.
+    virtual int lastStatus() const { return 0; }
 };
 
 // Wall-clock time in the time base of the engine (seconds since 1904).
@@ -201,6 +204,10 @@ class Speech {
     virtual bool isSpeaking() const = 0;
     // Stops the current sentence at once.
     virtual void stop() = 0;
+    // Whether speech reaches a loudspeaker (an engine and an audio output).
+    // Announcements over the air key the transmitter only when it does, so a
+    // station without sound never sends dead carrier.
+    virtual bool canPlay() const { return true; }
 };
 
 // The four chimes (announce.wav, AOS.wav, LOS.wav, rotor.wav), played from

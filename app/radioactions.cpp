@@ -31,9 +31,12 @@ void AppController::openCloseRadio(bool checked) {
     mDevices[kRadioDevice].wanted = checked;
     mDevices[kRadioDevice].said.clear();
     int error = 0;
+    // At start-up the first tick tunes the radio for the main satellite, once
+    // the options have chosen it and every port is open; tuning here too
+    // would tune (and announce) a satellite that may not be the one worked.
     if (switchRadioPort(&mSite, checked, mPortNames.get(), services_.versionString.c_str(),
                         &mRadioUi, &error) == 1) {
-        HandleNewSatellite();
+        if (!mFirstTimeMainTimerTask) HandleNewSatellite();
     } else if (checked) {
         sayDevice(kRadioDevice, deviceName(kRadioDevice) + ": " +
                                     (error ? serialErrorText(error) : "no serial port"));

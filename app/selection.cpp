@@ -164,6 +164,10 @@ void AppController::selectSatelliteWithIndex(int index) {
     HandleNewSatellite();
 }
 
+void AppController::chooseSatelliteAtStart(int index) {
+    if (index >= 0 && index < mTotalSats) mMainSatNum = index + 1;
+}
+
 void AppController::MarkSatelliteTracked(int index, bool flag) {
     if (index >= 0 && index < mTotalSats) mAllSats[index].tracked = flag;
 }

@@ -3,12 +3,15 @@
 
 #include "platform/qtspeech.h"
 
+#include <QAudioDevice>
+#include <QMediaDevices>
 #include <QTextToSpeech>
 #include <cstdio>
 
 namespace veloran {
 
-SpeechWorker::SpeechWorker(std::atomic<bool>* speaking) : speaking_(speaking) {}
+SpeechWorker::SpeechWorker(std::atomic<bool>* speaking, std::atomic<bool>* playable)
+    : speaking_(speaking), playable_(playable) {}
 
 void SpeechWorker::setUp() {
     const QStringList engines = QTextToSpeech::availableEngines();
@@ -18,6 +21,13 @@ void SpeechWorker::setUp() {
     }
     engine_ =
         new QTextToSpeech(engines.contains("flite") ? QString("flite") : engines.first(), this);
+    if (QMediaDevices::defaultAudioOutput().isNull()) {
+        complain("no audio output");
+    } else if (engine_->state() == QTextToSpeech::Error) {
+        complain(engine_->errorString());
+    } else {
+        playable_->store(true);
+    }
     connect(engine_, &QTextToSpeech::stateChanged, this, [this](QTextToSpeech::State state) {
         if (state == QTextToSpeech::Error) complain(engine_->errorString());
         if (state != QTextToSpeech::Speaking) speaking_->store(false);
@@ -41,13 +51,14 @@ void SpeechWorker::halt() {
 }
 
 void SpeechWorker::complain(const QString& why) {
+    playable_->store(false);
     if (complained_) return;
     complained_ = true;
     std::fprintf(stderr, "Speech unavailable (%s): announcements stay silent.\n",
                  why.toLocal8Bit().constData());
 }
 
-QtSpeech::QtSpeech() : worker_(new SpeechWorker(&speaking_)) {
+QtSpeech::QtSpeech() : worker_(new SpeechWorker(&speaking_, &playable_)) {
     worker_->moveToThread(&thread_);
     QObject::connect(&thread_, &QThread::finished, worker_, &QObject::deleteLater);
     thread_.setObjectName("speech");
@@ -70,6 +81,10 @@ void QtSpeech::speak(const std::string& text) {
 
 bool QtSpeech::isSpeaking() const {
     return speaking_.load();
+}
+
+bool QtSpeech::canPlay() const {
+    return playable_.load();
 }
 
 void QtSpeech::stop() {

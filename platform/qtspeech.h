@@ -17,7 +17,7 @@ namespace veloran {
 class SpeechWorker : public QObject {
     Q_OBJECT
   public:
-    explicit SpeechWorker(std::atomic<bool>* speaking);
+    SpeechWorker(std::atomic<bool>* speaking, std::atomic<bool>* playable);
   public slots:
     void setUp();
     void say(const QString& text);
@@ -26,6 +26,7 @@ class SpeechWorker : public QObject {
   private:
     QTextToSpeech* engine_ = nullptr;
     std::atomic<bool>* speaking_;
+    std::atomic<bool>* playable_;
     bool complained_ = false;
     void complain(const QString& why);
 };
@@ -42,11 +43,14 @@ class QtSpeech : public Speech {
     void speak(const std::string& text) override;
     bool isSpeaking() const override;
     void stop() override;
+    // False until an engine is up with an audio output, and after it fails.
+    bool canPlay() const override;
 
   private:
     QThread thread_;
     SpeechWorker* worker_;
     std::atomic<bool> speaking_{false};
+    std::atomic<bool> playable_{false};
 };
 
 }  // namespace veloran

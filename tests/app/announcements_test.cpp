@@ -29,7 +29,9 @@ class FakeSpeech : public Speech {
     }
     bool isSpeaking() const override { return busyTicks > 0; }
     void stop() override { busyTicks = 0; }
+    bool canPlay() const override { return playable; }
     Trace* trace;
+    bool playable = true;
     AnnouncementQueue* queue;
     std::vector<size_t> queuedWhileSpeaking;
     int busyTicks = 0;
@@ -119,6 +121,20 @@ TEST(AnnouncementSpeaker, KeysChimesSpeaksAndUnkeysASecondAfterTheSpeech) {
     EXPECT_EQ(rig.trace.events,
               (std::vector<std::string>{"ptt:on", "sleep:60", "sound:2", "speak:AO-7 is visible",
                                         "sleep:60", "ptt:off"}));
+}
+
+TEST(AnnouncementSpeaker, WithoutAudioNothingIsKeyedAndTheReasonIsLoggedOnce) {
+    SpeakerRig rig;
+    rig.speech.playable = false;
+    for (const bool cor : {false, true}) {
+        const Announcement item = SpeakerRig::Item("AO-7 is visible", 0, true, cor);
+        rig.speaker.makeTheAnnouncement(&item);
+    }
+    EXPECT_EQ(rig.trace.events,
+              (std::vector<std::string>{"speak:AO-7 is visible", "speak:AO-7 is visible"}));
+    const std::string log = rig.logText();
+    EXPECT_NE(log.find("transmitter stays unkeyed"), std::string::npos) << log;
+    EXPECT_EQ(log.find("unkeyed"), log.rfind("unkeyed")) << "said once";
 }
 
 TEST(AnnouncementSpeaker, ChimesOnlyWhenWantedAndAnEmptyTextIsAPureChime) {

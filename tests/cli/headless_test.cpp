@@ -92,6 +92,11 @@ TEST(Headless, PrintsAStatusLineEverySecondAndQuitsCleanly) {
                    root + "/config", "--sat", "FO-29", "--radio", "1", "--radio-port", port});
     ASSERT_TRUE(station.waitFor(" UTC  FO-29 ", 3, 30)) << station.text;
     EXPECT_NE(station.text.find("Down 435."), std::string::npos) << station.text;
+    EXPECT_NE(station.text.find("Site 43.7064 N 79.2442 W 200 m; elements of FO-29 "),
+              std::string::npos)
+        << station.text;
+    EXPECT_NE(station.text.find("; radio FT-847 on " + port + ";"), std::string::npos)
+        << station.text;
     EXPECT_EQ(station.quit(SIGTERM), 0) << station.text;
 
     std::string settings;
@@ -103,21 +108,55 @@ TEST(Headless, PrintsAStatusLineEverySecondAndQuitsCleanly) {
     EXPECT_TRUE(FileExists(root + "/data/kepler.dat")) << "seeded at the first start";
 }
 
-TEST(Headless, MistakesAreRefused) {
-    for (const std::vector<std::string>& argv :
-         {std::vector<std::string>{VELORAN, "--headless", "--radio", "seven"},
-          std::vector<std::string>{VELORAN, "--headless", "--frobnicate"},
-          std::vector<std::string>{VELORAN, "--headless", "--sat", "NOSUCHSAT", "--data-dir",
-                                   ::testing::TempDir() + "headless_bad/data", "--config-dir",
-                                   ::testing::TempDir() + "headless_bad/config"}}) {
+// Each mistake exits 2 at once with a message naming what was wrong and the
+// choices there are.
+TEST(Headless, MistakesAreRefusedNamingTheChoices) {
+    const std::string data = ::testing::TempDir() + "headless_bad/data";
+    const std::string config = ::testing::TempDir() + "headless_bad/config";
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+        {{"--radio", "seven"}, "--radio wants a number"},
+        {{"--frobnicate"}, "veloran: unknown option --frobnicate"},
+        {{"--radio", "17"}, "from 0 to 16 (--list-radios"},
+        {{"--rotor", "-1"}, "from 0 to 11 (--list-rotors"},
+        {{"--baud", "1234"}, "one of 300, 600,"},
+        {{"--icom-address", "0x100"}, "0x00 to 0xFF"},
+        {{"--site", "95,0"}, "latitude must lie within"},
+        {{"--time", "yesterday"}, "--time wants ISO 8601"},
+        {{"--sat", "NOSUCHSAT", "--data-dir", data, "--config-dir", config},
+         "no satellite named NOSUCHSAT in " + data + "/kepler.dat; it holds AO-7, FO-29"},
+        {{"--track", "AO-7,NOSUCHSAT", "--data-dir", data, "--config-dir", config},
+         "no satellite named NOSUCHSAT"},
+    };
+    for (const auto& [words, message] : cases) {
+        std::vector<std::string> argv = {VELORAN, "--headless"};
+        argv.insert(argv.end(), words.begin(), words.end());
         Child station(argv);
-        int status = 0;
-        station.waitFor("\n", 1, 30);
-        waitpid(station.pid, &status, 0);
-        station.pid = -1;
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 2)
-            << argv.back() << ": " << station.text;
+        station.waitFor(message, 1, 30);
+        EXPECT_EQ(station.quit(0), 2) << words[0] << ": " << station.text;
+        EXPECT_NE(station.text.find(message), std::string::npos) << station.text;
     }
+}
+
+TEST(Headless, ListsTheModelIndices) {
+    Child station({VELORAN, "--headless", "--list-radios", "--list-rotors"});
+    station.waitFor("11  PT", 1, 30);
+    EXPECT_EQ(station.quit(0), 0);
+    EXPECT_NE(station.text.find(" 7  IC-910\n"), std::string::npos) << station.text;
+    EXPECT_NE(station.text.find(" 0  Yaesu GS-232\n"), std::string::npos) << station.text;
+}
+
+TEST(Headless, ASecondStationOnTheSameSettingsExitsNamingTheFirst) {
+    const std::string root = ::testing::TempDir() + "headless_twice";
+    const std::vector<std::string> argv = {VELORAN,        "--headless",   "--data-dir",
+                                           root + "/data", "--config-dir", root + "/config"};
+    Child first(argv);
+    ASSERT_TRUE(first.waitFor(" UTC  ", 1, 30)) << first.text;
+    Child second(argv);
+    second.waitFor("\n", 1, 30);
+    EXPECT_EQ(second.quit(0), 1) << second.text;
+    EXPECT_NE(second.text.find("(process " + std::to_string(first.pid) + ")"), std::string::npos)
+        << second.text;
+    EXPECT_EQ(first.quit(SIGTERM), 0);
 }
 
 }  // namespace

@@ -114,6 +114,7 @@ TEST_P(LostAndFound, VanishedRadioIsSaidOnceAndTakenBackWhenItReturns) {
     EXPECT_EQ(station.ui.radioChecked, reopen);
     EXPECT_EQ(station.ui.deviceMessages.back(), reopen ? name + " is back" : said.back());
     // Forced: computer control and satellite mode before the frequencies.
+    EXPECT_EQ(radio->waitForBytes(10, 2000), reopen);
     EXPECT_EQ(radio->state().catOn, reopen);
     EXPECT_TRUE(station.sat(0)->AOS);
     std::remove(link.c_str());

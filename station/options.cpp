@@ -1,6 +1,6 @@
-// Shared option parsing and output helpers of veloran-cli.
+// Command-line parsing shared by veloran-cli and the station front ends.
 
-#include "cli/options.h"
+#include "station/options.h"
 
 #include <strings.h>
 
@@ -13,9 +13,11 @@
 #include "engine/observer.h"
 #include "engine/timebase.h"
 
-namespace veloran::cli {
+namespace veloran {
 
 namespace {
+
+const char* gProgramName = "veloran-cli";
 
 // The program's start-up station until the user sets another.
 constexpr double kDefaultLatitude = 43.7064;
@@ -72,8 +74,15 @@ bool ParseArguments(int argc, char** argv, const std::vector<std::string>& flags
     return true;
 }
 
+void SetProgramName(const char* name) {
+    gProgramName = name;
+}
+const char* ProgramName() {
+    return gProgramName;
+}
+
 int Fail(const std::string& message) {
-    std::fprintf(stderr, "veloran-cli: %s\n", message.c_str());
+    std::fprintf(stderr, "%s: %s\n", gProgramName, message.c_str());
     return kUsageError;
 }
 
@@ -220,4 +229,4 @@ bool SelectSatellite(const Arguments& args, const std::string& file, std::vector
     return true;
 }
 
-}  // namespace veloran::cli
+}  // namespace veloran

@@ -1,0 +1,59 @@
+// Start-up with the radio switched on in the settings and another satellite
+// chosen on the command line: the chosen one is the first and only one
+// tuned and announced.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "sim/radio_sim.h"
+#include "station.h"
+
+namespace veloran {
+namespace {
+
+using testing::Station;
+
+constexpr int kFt847 = 1;
+
+TEST(StartUp, TheChosenSatelliteIsTunedAndAnnouncedOnce) {
+    testing::Elements saved = testing::Leo();
+    testing::Elements chosen = testing::Leo();
+    chosen.catalog = 99002;
+    chosen.raan += 90.0;
+    Station station(
+        testing::ElementSetText("SAVED", saved) + testing::ElementSetText("CHOSEN", chosen),
+        testing::ModeBlock("SAVED", "Saved Sat", 5, 145.85, 436.795) +
+            testing::ModeBlock("CHOSEN", "Chosen Sat", 5, 145.90, 145.90));
+    sim::SimulatedRadio radio(sim::RadioModel::FT847);
+    ASSERT_TRUE(radio.open());
+
+    station.clock.now = testing::Seconds(2026, 11, 21, 6);
+    station.app->awakeFromNib();
+    const int port = station.app->addTypedPort(radio.devicePath().c_str());
+    station.setSite([&](SiteRec* s) {
+        s->radio = kFt847;
+        s->radioPort = port;
+        s->radioBaud = 5;
+        s->commandDelay = 0;
+        s->wants_speech = 1;
+    });
+    station.app->openCloseRadio(true);  // as the settings switch it on at start
+    station.app->chooseSatelliteAtStart(1);
+    station.app->mainTimerTasks();
+    station.drainAnnouncements();
+    ASSERT_TRUE(radio.waitForBytes(10, 2000));
+
+    const std::vector<std::string> said = station.speech.said();
+    ASSERT_EQ(said.size(), 1u);
+    EXPECT_EQ(said[0].rfind("Chosen Sat ", 0), 0u) << said[0];
+    // 145.9 MHz within any Doppler shift, never SAVED's 436.795. The
+    // simulator decodes on its own thread, a moment after the bytes arrive.
+    for (int i = 0; i < 200 && radio.state().satRx.hertz == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_NEAR(radio.state().satRx.hertz, 145'900'000.0, 5'000.0);
+}
+
+}  // namespace
+}  // namespace veloran
