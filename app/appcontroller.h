@@ -30,6 +30,8 @@ class ModesFile;
 // chose another source.
 constexpr const char* kKeplerDownloadURL = kAmsatKepsURL;
 constexpr double kDownloadTimeoutSeconds = 60.0;
+// How often a device that is wanted but off is tried again, seconds.
+constexpr uint32_t kDeviceRetrySeconds = 5;
 
 // What the controller uses of the outside world. ui, defaults and clock are
 // required; without files, downloader or announcer the actions that need
@@ -244,6 +246,21 @@ class AppController {
     // has succeeded since the rotor port opened; 0 otherwise.
     int rotorPosition(double* azimuth, double* elevation) const;
 
+    // --- Devices lost and found (devices.cpp) ---
+
+    // Once a tick: a port whose device went away (hang-up, EIO, the node
+    // gone) is closed and said once; a device the user switched on that is
+    // off now (lost, silent, missing at start) is tried again every
+    // kDeviceRetrySeconds while the "reopenDevices" setting is on, and when it
+    // is back the radio is tuned with force or the rotor pointed again, its
+    // box ticked and that said.
+    void superviseDevices();
+    // The user's wish, apart from the check box: set when the device is
+    // switched on, cleared only when it is switched off.
+    bool radioWanted() const { return mDevices[kRadioDevice].wanted; }
+    bool rotorWanted() const { return mDevices[kRotorDevice].wanted; }
+    bool gatewayWanted() const { return mDevices[kGatewayDevice].wanted; }
+
     // --- State ---
 
     int32_t mainSatNum() const { return mMainSatNum; }
@@ -273,6 +290,29 @@ class AppController {
         void setRotorPanel(const char* azimuthText, const char* elevationText) override;
         void storeBool(const char* key, bool value) override;
     };
+
+    enum DeviceIndex { kRadioDevice = 0, kRotorDevice = 1, kGatewayDevice = 2 };
+    struct DeviceWatch {
+        bool wanted = false;
+        uint32_t nextTry = 0;  // clock seconds of the next attempt to reopen
+        std::string said;      // the last message, so that a repeat is not said again
+    };
+    // "radio IC-910 on /dev/ttyUSB0", "rotor GS-232 on ...", "gateway on ...".
+    std::string deviceName(int device) const;
+    int& deviceFd(int device);
+    bool deviceEnabled(int device) const;
+    // Puts the text on the status line and in the log, unless it is the
+    // last thing said about this device.
+    void sayDevice(int device, const std::string& text);
+    // The port went away: closed, box unticked, said once.
+    void deviceLost(int device, int error);
+    // A wanted device that is off: try again.
+    void retryDevice(int device);
+    // After a failed tune: says why, and closes a port whose device is gone.
+    void radioFailed();
+    // Saved port paths: read over the index keys at start, written at quit.
+    void readPortPaths();
+    void savePortPaths();
 
     // The queue announcements go to: the test's recorder or our own.
     Announcer* announcer();
@@ -341,6 +381,9 @@ class AppController {
     double lastPosition = 0;    // the VFO slider's last position
     double mUplinkStepper = 0;  // the trim steppers' last values, MHz
     double mDownlinkStepper = 0;
+
+    DeviceWatch mDevices[3];
+    bool mReopenDevices = true;
 
     AnnouncementQueue mAnnouncements;
     AnnouncementSettings mAnnouncementSettings;

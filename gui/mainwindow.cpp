@@ -476,6 +476,9 @@ void MainWindow::connectBridge() {
     });
     connect(b, &UiBridge::versionLineChanged, version_, &QLabel::setText);
     connect(b, &UiBridge::mapStatusChanged, mapStatus_, &QLabel::setText);
+    // A radio, rotor or gateway lost, silent or back; stays until the next one.
+    connect(b, &UiBridge::deviceMessageChanged, this,
+            [this](const QString& text) { statusBar()->showMessage(text); });
     connect(b, &UiBridge::satelliteFiguresChanged, this,
             [this](const QString& alt, const QString& vel, const QString& maxe, const QString& r) {
                 figures_->setText(alt + "    " + vel + "    " + maxe + "    " + r);

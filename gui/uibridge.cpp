@@ -159,6 +159,9 @@ void UiBridge::setSerialPortItems(const std::vector<std::string>& names) {
     for (const std::string& name : names) list << Q(name);
     emit serialPortItemsChanged(list);
 }
+void UiBridge::setDeviceMessage(const std::string& text) {
+    emit deviceMessageChanged(Q(text));
+}
 void UiBridge::setRadioChecked(bool on) {
     emit radioCheckedChanged(on);
 }

@@ -114,6 +114,7 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void setRadioPrefsControls(bool icomAddress, bool sMeter, bool dialTracking) override;
     void setSerialPortItems(const std::vector<std::string>& names) override;
     void setRadioChecked(bool on) override;
+    void setDeviceMessage(const std::string& text) override;
     void setGatewayChecked(bool on) override;
     void setRotorChecked(bool on) override;
     void setSMeter(int level) override;
@@ -158,6 +159,7 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void clockLineChanged(const QString& text, bool red);
     void versionLineChanged(const QString& text);
     void mapStatusChanged(const QString& text);
+    void deviceMessageChanged(const QString& text);
     void transponderLineChanged(const QString& text, bool fullDopplerChecked,
                                 bool fullDopplerEnabled);
     void satelliteFiguresChanged(const QString& altitude, const QString& velocity,

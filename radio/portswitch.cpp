@@ -2,6 +2,7 @@
 
 #include "radio/portswitch.h"
 
+#include <cerrno>
 #include <cstdio>
 
 #include "data/settings.h"
@@ -21,7 +22,8 @@ const PortNameRecord* portAt(const PortNameRecord* ports, int index) {
 }  // namespace
 
 int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
-                    const char* versionString, RadioUi* ui) {
+                    const char* versionString, RadioUi* ui, int* openError) {
+    if (openError) *openError = 0;
     if (!site) return 0;
     const bool debug = site->debug != 0;
     if (debug) std::fprintf(stderr, "connectToRadio, state : %d\n", checked ? 1 : 0);
@@ -48,6 +50,7 @@ int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
         } else {
             site->radioPortFileDescriptor =
                 openSerialPort(port->bsdPath, site->radioBaud, site->radio, debug);
+            if (site->radioPortFileDescriptor == -1 && openError) *openError = errno;
             if (site->radioPortFileDescriptor != -1) {
                 if (debug)
                     std::fprintf(stderr, "Radio serial port %s open. v%s.\n", port->userName,
@@ -69,7 +72,9 @@ int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
     return open;
 }
 
-int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, RadioUi* ui) {
+int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, RadioUi* ui,
+                      int* openError) {
+    if (openError) *openError = 0;
     if (!site) return 0;
     const bool debug = site->debug != 0;
     if (debug) std::fprintf(stderr, "connectToGateway, state : %d\n", checked ? 1 : 0);
@@ -93,6 +98,7 @@ int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, 
         } else {
             site->gatewayPortFileDescriptor =
                 openSerialPort(port->bsdPath, site->gatewayBaud, site->radio, debug);
+            if (site->gatewayPortFileDescriptor == -1 && openError) *openError = errno;
             if (site->gatewayPortFileDescriptor != -1) {
                 if (debug) std::fprintf(stderr, "Serial port %s open.\n", port->userName);
                 site->gateway_enabled = 1;

@@ -135,14 +135,20 @@ int Station::start(std::string* error) {
     // Typed paths follow the machine's own ports in the port table.
     PortNameRecord probe[kMaxSerialPorts]{};
     const int machinePorts = QtSerialPortList().findPorts(probe, kMaxSerialPorts);
-    const auto usePort = [&](const std::string& path, const char* portKey, const char* enabledKey) {
+    // The saved path would otherwise win over the typed port.
+    const auto usePort = [&](const std::string& path, const char* portKey, const char* pathKey,
+                             const char* enabledKey) {
         if (path.empty()) return;
         p.defaults.override(portKey, std::to_string(machinePorts + p.ports.add(path)));
+        p.defaults.override(pathKey, path);
         p.defaults.override(enabledKey, "true");
     };
-    usePort(options_.radioPort, prefkeys::kRadioPort, prefkeys::kVfoEnabled);
-    usePort(options_.rotorPort, prefkeys::kRotorPort, prefkeys::kRotorEnabled);
-    usePort(options_.gatewayPort, prefkeys::kGatewayPort, prefkeys::kGatewayEnabled);
+    usePort(options_.radioPort, prefkeys::kRadioPort, prefkeys::kRadioPortPath,
+            prefkeys::kVfoEnabled);
+    usePort(options_.rotorPort, prefkeys::kRotorPort, prefkeys::kRotorPortPath,
+            prefkeys::kRotorEnabled);
+    usePort(options_.gatewayPort, prefkeys::kGatewayPort, prefkeys::kGatewayPortPath,
+            prefkeys::kGatewayEnabled);
     if (options_.radio >= 0) p.defaults.override(prefkeys::kRadio, std::to_string(options_.radio));
     if (options_.rotor >= 0) p.defaults.override(prefkeys::kRotor, std::to_string(options_.rotor));
     if (options_.hasTrack) {

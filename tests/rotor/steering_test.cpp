@@ -253,6 +253,7 @@ TEST_F(RotorPort, PortThatWillNotOpenBeepsAndUnticks) {
 TEST_F(RotorPort, OpeningStartsAndClosingStopsTheController) {
     ASSERT_NE(line.path()[0], 0);
     std::snprintf(ports[0].bsdPath, sizeof ports[0].bsdPath, "%s", line.path());
+    line.detach();   // a port is ours alone while it is open
     site.rotor = 8;  // SatEL: "G" on start, "S" on stop
     ASSERT_EQ(switchRotorPort(&site, true, ports, &ui), 1);
     EXPECT_NE(site.rotorPortFileDescriptor, -1);
