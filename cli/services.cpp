@@ -26,9 +26,9 @@ class ConsoleUserInterface : public SilentUserInterface {
 };
 
 bool Readable(const std::string& what, const std::string& path) {
-    FILE* f = std::fopen(path.c_str(), "rb");
+    FILE* f = OpenRegularFile(path);
     if (f == nullptr) {
-        Fail("cannot open " + what + path + ": " + std::strerror(errno));
+        Fail("cannot open " + what + path + ": " + FileErrorText(errno));
         return false;
     }
     std::fclose(f);
@@ -72,6 +72,12 @@ bool LoadSatellites(const Arguments& args, const SiteRec& site, LoadedSatellites
     // CR LF line ends yields satellites without elements: say so.
     const int readable = CountElementSets(paths.keplerFile, kMaxElementSets);
     const int loaded = static_cast<int>(out->sats.size());
+    if (readable <= 0) {
+        // A binary or foreign file yields "satellites" of garbage numbers.
+        Fail(paths.keplerFile +
+             (readable < 0 ? ": " + FileErrorText(errno) : " holds no two-line element sets"));
+        return false;
+    }
     if (readable >= 0 && readable < loaded)
         std::fprintf(
             stderr,
