@@ -4,7 +4,8 @@
 
 #include <chrono>
 
-#include "radio/serial.h"
+#include "serial/gateway.h"
+#include "serial/serial.h"
 
 namespace veloran {
 

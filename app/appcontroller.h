@@ -16,10 +16,10 @@
 #include "data/settings.h"
 #include "engine/satrec.h"
 #include "engine/siterec.h"
-#include "radio/ports.h"
 #include "radio/radioui.h"
 #include "radio/vforec.h"
 #include "rotor/rotorui.h"
+#include "serial/portlist.h"
 
 namespace veloran {
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "app/appcontroller.h"
+#include "radio/portswitch.h"
 #include "radio/tuning.h"
 
 namespace veloran {

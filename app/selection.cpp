@@ -9,6 +9,7 @@
 
 #include "app/appcontroller.h"
 #include "data/settings.h"
+#include "engine/commmode.h"
 #include "engine/timebase.h"
 #include "radio/tuning.h"
 
@@ -21,8 +22,6 @@ namespace {
 constexpr uint32_t kWarningSeconds[] = {14400, 10800, 7200, 3600, 1800, 900, 300};
 // The speed of light as the Doppler shift has always used it, km/s.
 constexpr double kDopplerLightSpeed = 299792.5;
-// Operating-mode code of upper side band.
-constexpr int kUpperSideBand = 17;
 // A candidate must rise within two days.
 constexpr uint32_t kSelectionHorizonSeconds = 172800;
 constexpr int16_t kWorstPriority = 20;
@@ -51,7 +50,7 @@ std::string AppController::passSentence(const SatRec& sat, const char* lead) con
         " with a maximum elevation of %.01f degrees, and an uplink frequency of %.02f mhz",
         sat.maxElevation, mode != nullptr ? mode->upFreq : 0.0);
     sentence += tail;
-    if (mode != nullptr && mode->commMode == kUpperSideBand) sentence += ", upper side band";
+    if (mode != nullptr && mode->commMode == CommMode::J_EXP) sentence += ", upper side band";
     return sentence + ".";
 }
 

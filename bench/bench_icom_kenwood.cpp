@@ -4,10 +4,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include "radio/driver.h"
+#include "radio/drivers.h"
 #include "radio/icom.h"
 #include "radio/kenwood.h"
-#include "radio/serial.h"
+#include "serial/serial.h"
 #include "sim/icom_sim.h"
 #include "sim/sim_pty.h"
 #include "sim/ts2000_sim.h"

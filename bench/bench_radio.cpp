@@ -5,9 +5,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include "radio/serial.h"
 #include "radio/tuning.h"
 #include "radio/yaesu.h"
+#include "serial/serial.h"
 #include "sim/radio_sim.h"
 
 namespace {

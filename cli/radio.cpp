@@ -11,33 +11,31 @@
 
 #include "cli/commands.h"
 #include "cli/options.h"
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "data/modes.h"
+#include "radio/drivers.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 
 namespace veloran::cli {
 
 namespace {
 
-// Transponder mode names as the modes file writes them, index = commMode.
-const char* const kModeNames[] = {"UNKNOWN", "REPEATER", "J_FM", "JA_SSB",  "B_SSB",    "A_SSB",
-                                  "SIMP_FM", "JA_CW",    "B_CW", "A_CW",    "B_FM",     "JD_MIX",
-                                  "WIDE_FM", "T_SSB",    "T_CW", "SIMP_AM", "SIMP_SSB", "J_EXP"};
-
 bool ParseMode(const std::string& text, int* commMode) {
     if (text == "-1" || text == "NONE" || text == "none") {
-        *commMode = -1;  // receive only
+        *commMode = CommMode::RECEIVE_ONLY;
         return true;
     }
-    for (int i = 0; i < 18; ++i) {
-        if (text == kModeNames[i]) {
+    char name[kModeNameSize];
+    for (int i = CommMode::UNKNOWN; i <= kLastCommMode; ++i) {
+        ModeToStr(i, name);
+        if (text == name) {
             *commMode = i;
             return true;
         }
     }
     char* end = nullptr;
     const long n = std::strtol(text.c_str(), &end, 10);
-    if (end != text.c_str() && *end == 0 && n >= -1 && n <= 17) {
+    if (end != text.c_str() && *end == 0 && n >= CommMode::RECEIVE_ONLY && n <= kLastCommMode) {
         *commMode = static_cast<int>(n);
         return true;
     }
@@ -137,13 +135,13 @@ int RunRadio(int argc, char** argv) {
     }
     site.vfo_enabled = 1;
 
-    char upText[32], downText[32];
+    char upText[32], downText[32], modeName[kModeNameSize];
+    ModeToStr(commMode, modeName);
     formatFreq(up, upText, sizeof upText);
     formatFreq(down, downText, sizeof downText);
     std::printf("%s on %s at %d bit/s, delay %.1f ms: uplink %s MHz, downlink %s MHz, %s%s\n",
                 driver->model, port.c_str(), kBaudTable[baud].bitsPerSecond, delay, upText,
-                downText, commMode >= 0 ? kModeNames[commMode] : "receive only",
-                force ? ", forced" : "");
+                downText, commMode >= 0 ? modeName : "receive only", force ? ", forced" : "");
 
     startRadioDriver(&site);
     const int sent = SetVFO(radio, site.radioPortFileDescriptor, address, up, down, commMode, tone,

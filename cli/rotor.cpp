@@ -12,7 +12,7 @@
 
 #include "cli/commands.h"
 #include "cli/options.h"
-#include "radio/serial.h"
+#include "serial/serial.h"
 
 namespace veloran::cli {
 

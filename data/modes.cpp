@@ -22,7 +22,7 @@ namespace {
 constexpr int kModesLineSize = 4096;
 constexpr int kShortRestSize = 512;
 
-const char* const kModeNames[kCommModeLast + 1] = {
+const char* const kModeNames[kLastCommMode + 1] = {
     "UNKNOWN", "REPEATER", "J_FM",   "JA_SSB",  "B_SSB", "A_SSB", "SIMP_FM", "JA_CW",    "B_CW",
     "A_CW",    "B_FM",     "JD_MIX", "WIDE_FM", "T_SSB", "T_CW",  "SIMP_AM", "SIMP_SSB", "J_EXP",
 };
@@ -239,12 +239,12 @@ void Found(SatRec* rec, const char* name) {
 
 void ModeToStr(int value, char* buf) {
     if (buf == nullptr) return;
-    std::strcpy(buf, kModeNames[value >= 1 && value <= kCommModeLast ? value : 0]);
+    std::strcpy(buf, kModeNames[value >= 1 && value <= kLastCommMode ? value : 0]);
 }
 
 int16_t StrToMode(const char* text) {
     if (text == nullptr) return 0;
-    for (int16_t v = 1; v <= kCommModeLast; ++v)
+    for (int16_t v = 1; v <= kLastCommMode; ++v)
         if (std::strstr(text, kModeNames[v]) != nullptr) return v;
     return 0;
 }
@@ -254,7 +254,7 @@ void ResetModes(SatRec* rec) {
     rec->numberOfActiveChannels = 0;
     for (ModeRec& m : rec->modes) {
         std::memset(&m, 0, sizeof m);
-        m.commMode = kCommModeReceiveOnly;
+        m.commMode = CommMode::RECEIVE_ONLY;
     }
     std::memset(rec->trackHours, 0, sizeof rec->trackHours);
     std::memset(rec->trackHours, '1', 24);

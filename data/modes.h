@@ -10,6 +10,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "engine/commmode.h"
 #include "engine/satrec.h"
 
 namespace veloran {
@@ -18,10 +19,6 @@ namespace veloran {
 constexpr const char* kBetweenPassesName = "BetweenPasses";
 constexpr const char* kOnExitName = "OnExit";
 
-// Communication-mode codes as stored in ModeRec::commMode.
-constexpr int16_t kCommModeReceiveOnly = -1;  // the reader's default; written as UNKNOWN
-constexpr int16_t kCommModeUnknown = 0;
-constexpr int16_t kCommModeLast = 17;  // J_EXP
 // Buffer size for ModeToStr.
 constexpr size_t kModeNameSize = 9;
 

@@ -1,7 +1,7 @@
 // The serial ports the machine has, from Qt's serial-port enumeration.
 #pragma once
 
-#include "radio/ports.h"
+#include "serial/portlist.h"
 
 namespace veloran {
 

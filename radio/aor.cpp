@@ -9,9 +9,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
-#include "radio/textline.h"
+#include "radio/drivers.h"
+#include "radio/textcommand.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -25,28 +25,28 @@ LastSent gLast = {0, 0};
 // The receive mode for the downlink of a transponder mode; null for UNKNOWN.
 const char* ModeFor(int commMode) {
     switch (commMode) {
-        case 1:  // FM repeaters and packet downlinks
-        case 2:
-        case 6:
-        case 10:
-        case 17:
+        case CommMode::REPEATER:  // FM repeaters and packet downlinks
+        case CommMode::J_FM:
+        case CommMode::SIMP_FM:
+        case CommMode::B_FM:
+        case CommMode::J_EXP:
             return "MD1\r";
-        case 12:  // broadcast FM width
+        case CommMode::WIDE_FM:  // broadcast FM width
             return "MD0\r";
-        case 15:
+        case CommMode::SIMP_AM:
             return "MD2\r";
-        case 7:  // CW downlinks and receive-only beacons
-        case 8:
-        case 9:
-        case 14:
-        case -1:
+        case CommMode::JA_CW:  // CW downlinks and receive-only beacons
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
+        case CommMode::RECEIVE_ONLY:
             return "MD5\r";
-        case 3:  // every linear transponder is heard on the upper sideband
-        case 4:
-        case 5:
-        case 11:
-        case 13:
-        case 16:
+        case CommMode::JA_SSB:  // every linear transponder is heard on the upper sideband
+        case CommMode::B_SSB:
+        case CommMode::A_SSB:
+        case CommMode::JD_MIX:
+        case CommMode::T_SSB:
+        case CommMode::SIMP_SSB:
             return "MD3\r";
         default:
             return nullptr;
@@ -66,7 +66,7 @@ int SetAORVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int
     if (!DriverCommonStart(&gLast, 0.0, downMHz, force, nullptr, &down)) return 1;
     const char* mode = ModeFor(commMode);
     if (mode == nullptr) return 1;  // UNKNOWN: leave the receiver alone
-    TextLine line{fd, debug};
+    TextCommandLine line{fd, debug};
     line.flush();
     if (force) line.send(mode);
     char command[24];
@@ -77,7 +77,7 @@ int SetAORVFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int
 
 int SquelchedAOR(int fd, VFORec* vfo, bool debug) {
     if (fd == -1) return 0;
-    TextLine line{fd, debug};
+    TextCommandLine line{fd, debug};
     line.flush();
     line.send("LM\r");
     if (!line.ok) return 0;

@@ -6,8 +6,8 @@
 
 #include "engine/timebase.h"
 #include "radio/icom.h"
-#include "radio/serial.h"
 #include "radio/yaesu.h"
+#include "serial/serial.h"
 
 namespace veloran {
 

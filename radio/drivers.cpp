@@ -4,10 +4,11 @@
 // Row 13 (TS-790) is never connected: choosing it makes every tuning fail,
 // which switches the radio off with a beep.
 
+#include "radio/drivers.h"
+
 #include <cmath>
 
 #include "radio/aor.h"
-#include "radio/driver.h"
 #include "radio/icom.h"
 #include "radio/kenwood.h"
 #include "radio/pcr1000.h"
@@ -94,27 +95,21 @@ int DriverCommonStart(LastSent* last, double upMHz, double downMHz, bool force, 
 }
 
 bool IsSingleChannelMode(int commMode) {
-    return commMode == 1 || commMode == 6 || commMode == 12 || commMode == 15 || commMode == 16;
-}
-
-bool IsTwoBandMode(int commMode) {
     switch (commMode) {
-        case 2:
-        case 3:
-        case 4:
-        case 5:
-        case 7:
-        case 8:
-        case 9:
-        case 10:
-        case 11:
-        case 13:
-        case 14:
-        case 17:
+        case CommMode::REPEATER:
+        case CommMode::SIMP_FM:
+        case CommMode::WIDE_FM:
+        case CommMode::SIMP_AM:
+        case CommMode::SIMP_SSB:
             return true;
         default:
             return false;
     }
+}
+
+bool IsTwoBandMode(int commMode) {
+    return commMode >= CommMode::J_FM && commMode <= CommMode::J_EXP &&
+           !IsSingleChannelMode(commMode);
 }
 
 }  // namespace veloran

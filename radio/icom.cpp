@@ -3,9 +3,9 @@
 
 #include "radio/icom.h"
 
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "radio/drivers.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -74,7 +74,7 @@ constexpr CivModeRow kCivModes[19] = {
 };
 
 const CivModeRow* rowFor(int commMode) {
-    if (commMode < -1 || commMode > 17) return nullptr;
+    if (commMode < CommMode::RECEIVE_ONLY || commMode > CommMode::J_EXP) return nullptr;
     return &kCivModes[commMode + 1];
 }
 
@@ -291,7 +291,7 @@ int Set910VFO(int fd, int address, double upMHz, double downMHz, int commMode, i
         }
     }
     const CivModeRow* row = rowFor(commMode);
-    if (!row || commMode == 0) return 1;
+    if (!row || commMode == CommMode::UNKNOWN) return 1;
     if (IsSingleChannelMode(commMode))
         return set910SingleChannel(fd, a, *row, up, down, gTone, gCTone, force, debug);
     if (IsTwoBandMode(commMode))

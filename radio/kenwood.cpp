@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "radio/drivers.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -65,27 +65,27 @@ void sendNumbered(int fd, const char* format, long long value, bool debug) {
 // The operating modes of the FM-type transponder modes, first for the
 // uplink side and second for the downlink side. J_EXP is USB up and FM down.
 const char* firstFmTypeMode(int commMode) {
-    if (commMode == 15) return kModeAM;
-    if (commMode == 16 || commMode == 17) return kModeUSB;
+    if (commMode == CommMode::SIMP_AM) return kModeAM;
+    if (commMode == CommMode::SIMP_SSB || commMode == CommMode::J_EXP) return kModeUSB;
     return kModeFM;
 }
 
 const char* secondFmTypeMode(int commMode) {
-    if (commMode == 15) return kModeAM;
-    if (commMode == 16) return kModeUSB;
+    if (commMode == CommMode::SIMP_AM) return kModeAM;
+    if (commMode == CommMode::SIMP_SSB) return kModeUSB;
     return kModeFM;
 }
 
 bool isFmType(int commMode) {
     switch (commMode) {
-        case 1:
-        case 2:
-        case 6:
-        case 10:
-        case 12:
-        case 15:
-        case 16:
-        case 17:
+        case CommMode::REPEATER:
+        case CommMode::J_FM:
+        case CommMode::SIMP_FM:
+        case CommMode::B_FM:
+        case CommMode::WIDE_FM:
+        case CommMode::SIMP_AM:
+        case CommMode::SIMP_SSB:
+        case CommMode::J_EXP:
             return true;
         default:
             return false;
@@ -127,22 +127,23 @@ void setUpFmType(int fd, uint32_t up, uint32_t down, int commMode, int gTone, in
 
 void setUpSatellite(int fd, double upMHz, double downMHz, int commMode, bool debug) {
     switch (commMode) {
-        case 3:
-        case 4:
-        case 7:
-        case 8: {  // inverting: the sidebands swap over
-            const bool cw = commMode == 7 || commMode == 8;
+        case CommMode::JA_SSB:
+        case CommMode::B_SSB:
+        case CommMode::JA_CW:
+        case CommMode::B_CW: {  // inverting: the sidebands swap over
+            const bool cw = commMode == CommMode::JA_CW || commMode == CommMode::B_CW;
             send(fd, kSatDownlink, debug);
-            send(fd, cw ? kModeCW : commMode == 3 ? kModeUSB : kModeLSB, debug);
+            send(fd, cw ? kModeCW : commMode == CommMode::JA_SSB ? kModeUSB : kModeLSB, debug);
             send(fd, kSatUplink, debug);
-            send(fd, cw ? kModeCW : commMode == 3 ? kModeLSB : kModeUSB, debug);
+            send(fd, cw ? kModeCW : commMode == CommMode::JA_SSB ? kModeLSB : kModeUSB, debug);
             break;
         }
-        case 5:
-        case 9:
-        case 13:
-        case 14: {
-            const char* mode = commMode == 5 || commMode == 13 ? kModeUSB : kModeCW;
+        case CommMode::A_SSB:
+        case CommMode::A_CW:
+        case CommMode::T_SSB:
+        case CommMode::T_CW: {
+            const char* mode =
+                commMode == CommMode::A_SSB || commMode == CommMode::T_SSB ? kModeUSB : kModeCW;
             send(fd, kSatUplink, debug);
             send(fd, mode, debug);
             send(fd, kSatDownlink, debug);
@@ -206,14 +207,14 @@ int SetTS2000VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, 
         DoTone(fd, 0, debug);
         DoCTone(fd, 0, debug);
     }
-    if (commMode == 0) return 1;
-    if (commMode == -1) {
+    if (commMode == CommMode::UNKNOWN) return 1;
+    if (commMode == CommMode::RECEIVE_ONLY) {
         if (force && down != 0) {
             send(fd, kSatDownlink, debug);
             send(fd, kModeCW, debug);
         }
         up = 0;  // receive only: VFO B keeps what it has
-    } else if (force && commMode >= 1 && commMode <= 17) {
+    } else if (force && commMode >= CommMode::REPEATER && commMode <= CommMode::J_EXP) {
         if (isFmType(commMode))
             setUpFmType(fd, up, down, commMode, gTone, gCTone, debug);
         else

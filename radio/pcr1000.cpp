@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
-#include "radio/textline.h"
+#include "radio/drivers.h"
+#include "radio/textcommand.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -25,7 +25,7 @@ constexpr int kFilter3k = 0, kFilter6k = 1, kFilter15k = 2, kFilter230k = 4;
 
 LastSent gLast = {0, 0};
 
-struct Line : TextLine {
+struct Line : TextCommandLine {
     // The first four characters of the answer; false when fewer came.
     bool answer(char* text) {
         if (!ok) return false;
@@ -41,36 +41,36 @@ struct Line : TextLine {
 // Mode and filter for the downlink of a commMode; false for UNKNOWN.
 bool modeFor(int commMode, int* mode, int* filter) {
     switch (commMode) {
-        case 1:
-        case 2:
-        case 6:
-        case 10:
-        case 17:
+        case CommMode::REPEATER:
+        case CommMode::J_FM:
+        case CommMode::SIMP_FM:
+        case CommMode::B_FM:
+        case CommMode::J_EXP:
             *mode = kModeFM;
             *filter = kFilter15k;
             return true;
-        case 12:
+        case CommMode::WIDE_FM:
             *mode = kModeWFM;
             *filter = kFilter230k;
             return true;
-        case 15:
+        case CommMode::SIMP_AM:
             *mode = kModeAM;
             *filter = kFilter6k;
             return true;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
-        case -1:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
+        case CommMode::RECEIVE_ONLY:
             *mode = kModeCW;
             *filter = kFilter3k;
             return true;
-        case 3:
-        case 4:
-        case 5:
-        case 11:
-        case 13:
-        case 16:
+        case CommMode::JA_SSB:
+        case CommMode::B_SSB:
+        case CommMode::A_SSB:
+        case CommMode::JD_MIX:
+        case CommMode::T_SSB:
+        case CommMode::SIMP_SSB:
             *mode = kModeUSB;
             *filter = kFilter3k;
             return true;

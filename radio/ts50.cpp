@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
-#include "radio/textline.h"
+#include "radio/drivers.h"
+#include "radio/textcommand.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -21,7 +21,7 @@ constexpr int kReplyTicks = 30;
 
 LastSent gLast = {0, 0};
 
-struct Line : TextLine {
+struct Line : TextCommandLine {
     void frequency(const char* vfo, uint32_t hertz) {
         char command[24];
         std::snprintf(command, sizeof command, "%s%011u;", vfo, hertz);
@@ -32,19 +32,19 @@ struct Line : TextLine {
 // "MD1;" LSB, "MD2;" USB, "MD3;" CW, "MD4;" FM, "MD5;" AM.
 const char* uplinkMode(int commMode) {
     switch (commMode) {
-        case 2:
-        case 10:
-        case 11:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
+        case CommMode::JD_MIX:
             return "MD4;";
-        case 3:
-        case 4:
-        case 5:
-        case 13:
+        case CommMode::JA_SSB:
+        case CommMode::B_SSB:
+        case CommMode::A_SSB:
+        case CommMode::T_SSB:
             return "MD1;";
-        case 7:
-        case 8:
-        case 9:
-        case 14:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
             return "MD3;";
         default:
             return "MD2;";  // 17
@@ -53,20 +53,20 @@ const char* uplinkMode(int commMode) {
 
 const char* downlinkMode(int commMode) {
     switch (commMode) {
-        case 1:
-        case 2:
-        case 6:
-        case 10:
-        case 12:
-        case 17:
+        case CommMode::REPEATER:
+        case CommMode::J_FM:
+        case CommMode::SIMP_FM:
+        case CommMode::B_FM:
+        case CommMode::WIDE_FM:
+        case CommMode::J_EXP:
             return "MD4;";
-        case 7:
-        case 8:
-        case 9:
-        case 14:
-        case -1:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
+        case CommMode::RECEIVE_ONLY:
             return "MD3;";
-        case 15:
+        case CommMode::SIMP_AM:
             return "MD5;";
         default:
             return "MD2;";  // 3, 4, 5, 11, 13, 16
@@ -84,7 +84,7 @@ void StartTS50(int fd, bool debug) {
 
 void KillTS50(int fd, bool debug) {
     if (fd == -1) return;
-    TextLine{fd, debug}.flush();
+    TextCommandLine{fd, debug}.flush();
 }
 
 int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, int gCTone,
@@ -95,7 +95,7 @@ int SetTS50VFO(int fd, double upMHz, double downMHz, int commMode, int gTone, in
     uint32_t up = 0, down = 0;
     if (!DriverCommonStart(&gLast, upMHz, downMHz, force, &up, &down)) return 1;
     const bool twoBand = IsTwoBandMode(commMode);
-    if (!twoBand && !IsSingleChannelMode(commMode) && commMode != kReceiveOnlyMode)
+    if (!twoBand && !IsSingleChannelMode(commMode) && commMode != CommMode::RECEIVE_ONLY)
         return 1;  // UNKNOWN
     Line line{{fd, debug}};
     line.flush();

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "radio/serial.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -15,8 +15,31 @@ constexpr double kDialLimitMHz = 0.05;  // larger jumps are band or memory chang
 constexpr int kDisconnectedRadio = 13;
 
 bool isInvertingMode(int commMode) {
-    return commMode == 3 || commMode == 4 || commMode == 7 || commMode == 8;
+    return commMode == CommMode::JA_SSB || commMode == CommMode::B_SSB ||
+           commMode == CommMode::JA_CW || commMode == CommMode::B_CW;
 }
+
+// Which preference controls each radio of the table can use: the CI-V
+// address, the S-meter and dial tracking.
+constexpr RadioPrefsControls kPrefsControls[kRadioCount] = {
+    {false, false, false},  // FT-736R
+    {false, false, true},   // FT-847
+    {false, true, true},    // FT-817
+    {false, false, true},   // FT-100D
+    {false, false, true},   // VR-5000
+    {true, false, true},    // IC-820
+    {true, false, true},    // IC-821
+    {true, true, true},     // IC-910
+    {true, false, true},    // IC-970
+    {true, false, true},    // IC-706
+    {true, false, true},    // IC-706MKII
+    {false, false, false},  // PCR1000
+    {true, false, true},    // IC-706MKIIG
+    {false, false, true},   // TS-790
+    {false, true, true},    // TS-2000
+    {false, false, true},   // TS-50
+    {false, true, false},   // AOR receiver
+};
 
 void storeSwitch(Bool32* field, const char* key, bool on, RadioUi* ui) {
     *field = on ? 1 : 0;
@@ -71,7 +94,7 @@ void calculateFrequencies(VFORec* vfo, const SiteRec* site, const ModeRec* mode)
     } else if (site->fullDopplerTuning || !vfo->inverting) {
         vfo->up = u0 - vfo->dopplerTX;
         vfo->down = d0 + vfo->dopplerRX;
-    } else if (commMode == 3 || commMode == 7) {
+    } else if (commMode == CommMode::JA_SSB || commMode == CommMode::JA_CW) {
         // Downlink-only tuning: the whole correction goes on the downlink.
         vfo->up = u0;
         vfo->down = d0 - vfo->dopplerTX + vfo->dopplerRX;
@@ -196,30 +219,8 @@ void setVfoLocked(SiteRec* site, bool on, RadioUi* ui) {
 }
 
 RadioPrefsControls radioPrefsControls(int radio) {
-    switch (radio) {
-        case 1:
-        case 3:
-        case 4:
-        case 13:
-        case 15:
-            return {false, false, true};
-        case 2:
-        case 14:
-            return {false, true, true};
-        case 5:
-        case 6:
-        case 8:
-        case 9:
-        case 10:
-        case 12:
-            return {true, false, true};
-        case 7:
-            return {true, true, true};
-        case 16:
-            return {false, true, false};
-        default:
-            return {false, false, false};  // 0, 11
-    }
+    if (radio < 0 || radio >= kRadioCount) return {false, false, false};
+    return kPrefsControls[radio];
 }
 
 }  // namespace veloran

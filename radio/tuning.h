@@ -11,7 +11,7 @@
 
 #include "engine/satrec.h"
 #include "engine/siterec.h"
-#include "radio/driver.h"
+#include "radio/drivers.h"
 #include "radio/radioui.h"
 #include "radio/vforec.h"
 

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "radio/serial.h"
+#include "serial/serial.h"
 
 namespace veloran {
 

@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "radio/serial.h"
 #include "rotor/rotor.h"
+#include "serial/serial.h"
 
 namespace veloran {
 

@@ -11,8 +11,8 @@
 
 #include "engine/satrec.h"
 #include "engine/siterec.h"
-#include "radio/ports.h"
 #include "rotor/rotorui.h"
+#include "serial/portlist.h"
 
 namespace veloran {
 

@@ -28,7 +28,7 @@
 #include "platform/qtsounds.h"
 #include "platform/qtspeech.h"
 #include "platform/qtuserdefaults.h"
-#include "radio/driver.h"
+#include "radio/drivers.h"
 #include "rotor/rotor.h"
 #include "station/options.h"
 

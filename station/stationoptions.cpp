@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "radio/drivers.h"
 #include "rotor/rotor.h"
+#include "serial/serial.h"
 #include "station/options.h"
 
 namespace veloran {

@@ -96,7 +96,7 @@ void ExpectSameModes(const SatRec& a, const SatRec& b) {
 
 TEST(ModeNames, RoundTripAndUnknownValues) {
     char name[kModeNameSize];
-    for (int v = 1; v <= kCommModeLast; ++v) {
+    for (int v = 1; v <= kLastCommMode; ++v) {
         ModeToStr(v, name);
         EXPECT_EQ(StrToMode(name), v) << name;
     }

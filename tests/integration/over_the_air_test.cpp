@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "app/announcements.h"
-#include "radio/serial.h"
+#include "serial/serial.h"
 #include "sim/gateway_sim.h"
 #include "station.h"
 

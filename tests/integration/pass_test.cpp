@@ -10,7 +10,7 @@
 #include <atomic>
 #include <cmath>
 
-#include "radio/driver.h"
+#include "radio/drivers.h"
 #include "sim/icom_sim.h"
 #include "sim/rotor_sim.h"
 #include "sim/sim_pty.h"

@@ -18,7 +18,7 @@
 #include "engine/sunmoon.h"
 #include "engine/timebase.h"
 #include "fakes.h"
-#include "radio/serial.h"
+#include "serial/serial.h"
 #include "tests/support/element_sets.h"
 
 namespace veloran::testing {

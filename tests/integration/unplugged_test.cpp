@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "radio/driver.h"
+#include "radio/drivers.h"
 #include "sim/radio_sim.h"
 #include "station.h"
 

@@ -9,9 +9,9 @@
 #include <atomic>
 #include <string>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "radio/drivers.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 #include "tests/radio/peer.h"
 
 namespace veloran {

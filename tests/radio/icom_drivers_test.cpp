@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "radio/driver.h"
+#include "radio/drivers.h"
 #include "radio/icom.h"
 #include "radio/tuning.h"
 #include "sim/icom_sim.h"

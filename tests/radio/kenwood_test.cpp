@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "radio/driver.h"
-#include "radio/serial.h"
+#include "radio/drivers.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 #include "sim/ts2000_sim.h"
 #include "tests/radio/radio_pty.h"
 

@@ -10,8 +10,8 @@
 #include <cstdio>
 #include <string>
 
-#include "radio/serial.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 #include "tests/radio/peer.h"
 
 namespace veloran {

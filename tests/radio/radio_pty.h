@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "radio/serial.h"
+#include "serial/serial.h"
 #include "sim/sim_pty.h"
 
 namespace veloran::testing {

@@ -17,8 +17,8 @@
 #include <string>
 #include <thread>
 
-#include "radio/serial.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 #include "tests/radio/peer.h"
 
 namespace veloran {

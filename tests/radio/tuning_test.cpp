@@ -18,9 +18,11 @@
 #include <thread>
 #include <vector>
 
-#include "radio/ports.h"
-#include "radio/serial.h"
+#include "radio/portswitch.h"
 #include "radio/yaesu.h"
+#include "serial/gateway.h"
+#include "serial/portlist.h"
+#include "serial/serial.h"
 #include "sim/radio_sim.h"
 #include "tests/radio/wire.h"
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "radio/bcd.h"
-#include "radio/serial.h"
+#include "serial/serial.h"
 #include "sim/radio_sim.h"
 #include "tests/radio/wire.h"
 

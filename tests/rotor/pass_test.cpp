@@ -15,9 +15,9 @@
 #include "engine/live.h"
 #include "engine/sunmoon.h"
 #include "engine/timebase.h"
-#include "radio/serial.h"
 #include "rotor/rotor.h"
 #include "rotor/steering.h"
+#include "serial/serial.h"
 #include "sim/rotor_sim.h"
 #include "tests/support/element_sets.h"
 

@@ -9,9 +9,9 @@
 #include <cstring>
 #include <string>
 
-#include "radio/serial.h"
 #include "rotor/protocols.h"
 #include "rotor/rotor.h"
+#include "serial/serial.h"
 #include "tests/rotor/pty_line.h"
 
 namespace veloran {

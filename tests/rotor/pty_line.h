@@ -14,7 +14,7 @@
 #include <string>
 #include <thread>
 
-#include "radio/serial.h"
+#include "serial/serial.h"
 
 namespace veloran::testing {
 

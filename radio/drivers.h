@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "engine/commmode.h"
 #include "radio/vforec.h"
 
 namespace veloran {
@@ -59,9 +60,10 @@ struct LastSent {
 int DriverCommonStart(LastSent* last, double upMHz, double downMHz, bool force, uint32_t* upHz,
                       uint32_t* downHz);
 
-// Transponder mode groups by commMode.
-bool IsSingleChannelMode(int commMode);  // 1, 6, 12, 15, 16
-bool IsTwoBandMode(int commMode);        // 2-5, 7-11, 13, 14, 17
-constexpr int kReceiveOnlyMode = -1;
+// How the drivers group the transponder modes: one channel (REPEATER,
+// SIMP_FM, WIDE_FM, SIMP_AM, SIMP_SSB) or an uplink and a downlink band (every
+// other named mode). RECEIVE_ONLY and UNKNOWN are in neither group.
+bool IsSingleChannelMode(int commMode);
+bool IsTwoBandMode(int commMode);
 
 }  // namespace veloran

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "radio/driver.h"
+#include "radio/drivers.h"
 
 namespace veloran::yaesu {
 
@@ -69,6 +69,9 @@ uint8_t UplinkModeFor(int commMode);    // FM 2,10,11; LSB 3,4,5,13; CW 7,8,9,14
 uint8_t DownlinkModeFor(int commMode);  // FM 2,10,17; USB 3,4,5,11,13; CW 7,8,9,14
 // Single-channel modes: AM for 15, USB for 16, FM otherwise.
 uint8_t SingleChannelModeFor(int commMode);
+
+// Four BCD bytes of a frequency reply, most significant first, in 10 Hz units, as hertz.
+uint32_t BcdFrequency10Hz(const unsigned char* four);
 
 inline uint32_t Difference(uint32_t a, uint32_t b) {
     return a > b ? a - b : b - a;

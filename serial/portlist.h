@@ -1,9 +1,5 @@
-// The serial ports found on the machine (the port pop-ups' items) and
-// switching the radio and gateway ports on and off.
+// The serial ports found on the machine: the items of the port pop-ups.
 #pragma once
-
-#include "engine/siterec.h"
-#include "radio/radioui.h"
 
 namespace veloran {
 
@@ -42,14 +38,5 @@ int countSerialPorts(SerialPortList* list, PortNameRecord* ports, bool debug);
 // already listed, else it takes the first free record. -1 when the table is
 // full or the path is empty or too long.
 int addTypedPort(PortNameRecord* ports, const char* path);
-
-// The radio check box changed to `checked`. Stops the driver and closes the
-// port when off; when on, (re)opens the port at radioPort with radioBaud and
-// starts the driver. Returns 1 when the radio is now open: the caller then
-// handles the satellite anew so the radio is tuned at once.
-int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
-                    const char* versionString, RadioUi* ui);
-// The same for the gateway board; 1 when open.
-int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, RadioUi* ui);
 
 }  // namespace veloran

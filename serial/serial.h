@@ -1,13 +1,11 @@
 // Serial ports and the byte-level I/O every device driver uses: opening with
 // the one line discipline all devices share, paced writes, polled reads with
-// time-outs in 1/60 s ticks, the traffic log, the hex/ASCII helpers and the
-// gateway board's push-to-talk and carrier-sense operations.
+// time-outs in 1/60 s ticks, the traffic log and the hex/ASCII helpers.
 #pragma once
 
 #include <sys/types.h>
 #include <termios.h>
 
-#include <atomic>
 #include <cstdint>
 
 namespace veloran {
@@ -84,16 +82,6 @@ int flushRadioInput(int fd, bool debug);
 // after the data, so it must hold maxCount + 1 bytes. Returns the count read;
 // a read error ends the wait with what was gathered.
 int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTicks, bool debug);
-
-// Gateway board: key (on = 1) or unkey the transmitter on output line `line`
-// of port A. Keying is active-low on the board. -1 does nothing.
-void pushToTalk(int fd, int line, int on, bool debug);
-// 1 once input line `line` has read "0" (carrier-operated relay quiet) twice a
-// second apart, with the ticks waited in *elapsedTicks; 0 on time-out or when
-// the board stops answering, or (0 within about two seconds) once *cancel
-// turns true. A closed port (-1) returns 1 at once.
-int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks,
-                 bool debug, const std::atomic<bool>* cancel = nullptr);
 
 // "%02X " per byte into `text` (3 x count + 1 bytes). Null pointers: nothing.
 void hexString(const unsigned char* bytes, char* text, int count);

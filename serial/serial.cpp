@@ -1,6 +1,6 @@
 // Serial line discipline, paced writes, polled reads and the traffic log.
 
-#include "radio/serial.h"
+#include "serial/serial.h"
 
 #include <fcntl.h>
 #include <sched.h>
@@ -14,7 +14,7 @@
 #include <string>
 #include <thread>
 
-#include "engine/timebase.h"
+#include "engine/timebase.h"  // dateStamp for the traffic log
 
 namespace veloran {
 
@@ -68,9 +68,6 @@ float smsdelay = 0.0f;
 
 constexpr double kPollIdleMicroseconds = 250.0;
 
-// The gateway board's port-A set-up: line 0 an output, lines 1-7 inputs.
-constexpr char kGatewayConfigurePortA[] = "CPA11111110\r";
-constexpr int kGatewayConfigureLength = 12;
 constexpr int kFlushCount = 255;
 
 // Rendering for the traffic log: text when the whole block is printable,
@@ -273,44 +270,6 @@ int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTi
     buffer[held > 0 ? held : 0] = 0;
     if (debug && held > 0) logTraffic("<-", buffer, held);
     return held;
-}
-
-void pushToTalk(int fd, int line, int on, bool debug) {
-    if (fd == -1) return;
-    sendRadioCommand(fd, kGatewayConfigurePortA, kGatewayConfigureLength, debug);
-    flushRadioInput(fd, debug);
-    // Active-low: transmitting resets the line, receiving sets it.
-    char command[32];
-    const int length =
-        std::snprintf(command, sizeof command, "%s%d\r", on == 1 ? "RESPA" : "SETPA", line);
-    sendRadioCommand(fd, command, length, debug);
-    flushRadioInput(fd, debug);
-}
-
-int waitForRadio(int fd, int line, unsigned long timeoutTicks, unsigned long* elapsedTicks,
-                 bool debug, const std::atomic<bool>* cancel) {
-    if (fd == -1) return 1;
-    const unsigned long start = SerialTicks();
-    if (elapsedTicks) *elapsedTicks = 0;
-    sendRadioCommand(fd, kGatewayConfigurePortA, kGatewayConfigureLength, debug);
-    flushRadioInput(fd, debug);
-    char query[32];
-    const int queryLength = std::snprintf(query, sizeof query, "RPA%d\r", line);
-    unsigned char reply[4];
-    for (;;) {
-        if (SerialTicks() > start + timeoutTicks) return 0;
-        if (cancel != nullptr && cancel->load()) return 0;  // the program is quitting
-        sendRadioCommand(fd, query, queryLength, debug);
-        if (readRadioResponse(fd, reply, 2, 60, debug) < 2) return 0;
-        if (reply[0] != '0') continue;
-        // Quiet once; it must still be quiet a second later.
-        MicrosecondDelay(1000000.0, 0);
-        sendRadioCommand(fd, query, queryLength, debug);
-        if (readRadioResponse(fd, reply, 2, 60, debug) == 2 && reply[0] == '0') {
-            if (elapsedTicks) *elapsedTicks = SerialTicks() - start;
-            return 1;
-        }
-    }
 }
 
 void hexString(const unsigned char* bytes, char* text, int count) {

@@ -1,18 +1,18 @@
 // The text-command conversation shared by the TS-50 and PCR1000 drivers.
 
-#include "radio/textline.h"
+#include "radio/textcommand.h"
 
 #include <cstring>
 
-#include "radio/serial.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
-void TextLine::flush() {
+void TextCommandLine::flush() {
     if (ok) flushRadioInput(fd, debug);
 }
 
-void TextLine::send(const char* text) {
+void TextCommandLine::send(const char* text) {
     if (!ok) return;
     const int length = static_cast<int>(std::strlen(text));
     if (sendRadioCommand(fd, text, length, debug) != length) ok = false;

@@ -2,7 +2,7 @@
 // time-outs on a virtual clock, system-call failures, the traffic log, the
 // hex/ASCII helpers and the gateway board's two operations.
 
-#include "radio/serial.h"
+#include "serial/serial.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "serial/gateway.h"
 #include "tests/radio/wire.h"
 
 namespace veloran {

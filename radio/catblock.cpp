@@ -1,13 +1,13 @@
-// Yaesu CAT command blocks, frequency packing, the CTCSS tables and the
-// conversation helper the model drivers share.
+// The Yaesu CAT command blocks every model shares: block builders, frequency
+// packing, the CTCSS tables, the conversation helper and the status probe.
 
 #include <cstdio>
 #include <cstring>
 
 #include "radio/bcd.h"
-#include "radio/serial.h"
+#include "radio/catline.h"
 #include "radio/yaesu.h"
-#include "radio/yaesu_line.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -43,19 +43,19 @@ int CatLine::read(unsigned char* reply, int count, int ticks) {
 
 uint8_t UplinkModeFor(int commMode) {
     switch (commMode) {
-        case 2:
-        case 10:
-        case 11:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
+        case CommMode::JD_MIX:
             return kModeFM;
-        case 3:
-        case 4:
-        case 5:
-        case 13:
+        case CommMode::JA_SSB:
+        case CommMode::B_SSB:
+        case CommMode::A_SSB:
+        case CommMode::T_SSB:
             return kModeLSB;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
             return kModeCW;
         default:
             return kModeUSB;  // 17, J_EXP
@@ -64,14 +64,14 @@ uint8_t UplinkModeFor(int commMode) {
 
 uint8_t DownlinkModeFor(int commMode) {
     switch (commMode) {
-        case 2:
-        case 10:
-        case 17:
+        case CommMode::J_FM:
+        case CommMode::B_FM:
+        case CommMode::J_EXP:
             return kModeFM;
-        case 7:
-        case 8:
-        case 9:
-        case 14:
+        case CommMode::JA_CW:
+        case CommMode::B_CW:
+        case CommMode::A_CW:
+        case CommMode::T_CW:
             return kModeCW;
         default:
             return kModeUSB;  // 3, 4, 5, 11, 13
@@ -79,9 +79,15 @@ uint8_t DownlinkModeFor(int commMode) {
 }
 
 uint8_t SingleChannelModeFor(int commMode) {
-    if (commMode == 15) return kModeAM;
-    if (commMode == 16) return kModeUSB;
+    if (commMode == CommMode::SIMP_AM) return kModeAM;
+    if (commMode == CommMode::SIMP_SSB) return kModeUSB;
     return kModeFM;
+}
+
+uint32_t BcdFrequency10Hz(const unsigned char* four) {
+    uint32_t tens = 0;
+    for (int i = 0; i < 4; ++i) tens = tens * 100 + static_cast<uint32_t>(UnpackBCD(four[i]));
+    return tens * 10;
 }
 
 }  // namespace yaesu
@@ -111,6 +117,9 @@ constexpr Ft847Tone kFt847Tones[] = {
     {1862, 0x04}, {1928, 0x13}, {2035, 0x03}, {2107, 0x12}, {2181, 0x02}, {2257, 0x11},
     {2336, 0x01}, {2418, 0x10}, {2503, 0x00},
 };
+
+// The FT-736R, FT-847 and FT-817 answer the status read within half a second.
+constexpr int kStatusReplyTicks = 30;
 
 // "%09d" of the hertz, first eight digits: 10 Hz units, the 1 Hz digit
 // dropped. A value past 999999999 Hz keeps only its leading digits.
@@ -200,6 +209,15 @@ uint8_t FT847ToneCode(int index) {
         if (d < bestD) best = &t;
     }
     return best->code;
+}
+
+int YaesuRadioAnswers(int fd, bool debug) {
+    if (fd == -1) return 0;
+    yaesu::CatLine line{fd, debug};
+    line.flush();
+    line.d1(yaesu::kReadRxStatus, 0);
+    unsigned char reply[4];
+    return line.read(reply, 1, kStatusReplyTicks) == 1 ? 1 : 0;
 }
 
 void ResetYaesuDriverState() {

@@ -6,7 +6,7 @@
 
 namespace veloran {
 
-struct TextLine {
+struct TextCommandLine {
     int fd;
     bool debug;
     bool ok = true;
