@@ -65,6 +65,7 @@ int RunPasses(int argc, char** argv) {
     const std::string file = args.positional.empty() ? "the element sets" : args.positional[0];
     if (!SelectSatellite(args, file, &loaded.sats)) return kUsageError;
     std::vector<SatRec>& sats = loaded.sats;
+    WarnStaleElements(sats, now);
 
     const uint32_t end = now + static_cast<uint32_t>(hours * 3600.0);
     std::vector<Pass> passes;
