@@ -11,5 +11,6 @@ int RunHorizon(int argc, char** argv);
 int RunRotor(int argc, char** argv);
 int RunRadio(int argc, char** argv);
 int RunGrid(int argc, char** argv);
+int RunLog(int argc, char** argv);
 
 }  // namespace veloran::cli

@@ -46,6 +46,11 @@ const Command kCommands[] = {
      "grid LAT LON | grid LOCATOR\n"
      "      the six-character Maidenhead locator of a position (longitude east positive),\n"
      "      or the latitude and longitude of the centre of a locator's square"},
+    {"log", veloran::cli::RunLog,
+     "log list [--since DATE] | log export --adif FILE|--csv FILE [--since DATE] | log import "
+     "FILE\n"
+     "      the contact log in the data folder: list it, export it as ADIF for LoTW\n"
+     "      (or CSV), or add the contacts of an ADIF file"},
 };
 
 void PrintHelp(FILE* out) {

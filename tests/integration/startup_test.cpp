@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "sim/radio_sim.h"
 #include "station.h"
 
@@ -45,7 +48,10 @@ TEST(StartUp, TheChosenSatelliteIsTunedAndAnnouncedOnce) {
     const std::vector<std::string> said = station.speech.said();
     ASSERT_EQ(said.size(), 1u);
     EXPECT_EQ(said[0].rfind("Chosen Sat ", 0), 0u) << said[0];
-    // 145.9 MHz within any Doppler shift, never SAVED's 436.795.
+    // 145.9 MHz within any Doppler shift, never SAVED's 436.795. The
+    // simulator decodes on its own thread, a moment after the bytes arrive.
+    for (int i = 0; i < 200 && radio.state().satRx.hertz == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     EXPECT_NEAR(radio.state().satRx.hertz, 145'900'000.0, 5'000.0);
 }
 

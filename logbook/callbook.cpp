@@ -1,0 +1,126 @@
+// Callsign lookup requests and answers. HamQTH answers in XML under a
+// <HamQTH> root: <session><session_id> after a login, <session><error> on a
+// failure, <search> with the station's fields after a lookup.
+
+#include "logbook/callbook.h"
+
+#include <cctype>
+#include <cstdio>
+#include <pugixml.hpp>
+
+namespace veloran {
+
+namespace {
+
+// The program name the service asks lookups to carry.
+constexpr const char* kProgramName = "Veloran";
+// HamQTH's own error texts that mean something to us.
+constexpr const char* kNotFoundText = "Callsign not found";
+constexpr const char* kExpiredText = "Session does not exist or expired";
+
+std::string Encode(const std::string& text) {
+    std::string out;
+    for (unsigned char c : text) {
+        if (std::isalnum(c) || c == '-' || c == '_' || c == '.' || c == '~') {
+            out += static_cast<char>(c);
+        } else {
+            char buf[4];
+            std::snprintf(buf, sizeof buf, "%%%02X", c);
+            out += buf;
+        }
+    }
+    return out;
+}
+
+std::string Upper(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+std::string Child(const pugi::xml_node& node, const char* name) {
+    return node.child(name).text().as_string();
+}
+
+}  // namespace
+
+void ReadCallbookSettings(const UserDefaults& defaults, CallbookSettings* settings) {
+    int32_t enabled = 0;
+    if (defaults.readBool(callbookkeys::kEnabled, &enabled)) settings->enabled = enabled != 0;
+    if (defaults.contains(callbookkeys::kUser))
+        settings->user = defaults.stringForKey(callbookkeys::kUser);
+    if (defaults.contains(callbookkeys::kPassword))
+        settings->password = defaults.stringForKey(callbookkeys::kPassword);
+    if (!defaults.stringForKey(callbookkeys::kUrl).empty())
+        settings->url = defaults.stringForKey(callbookkeys::kUrl);
+}
+
+std::string CallbookLoginUrl(const CallbookSettings* settings) {
+    return settings->url + "?u=" + Encode(settings->user) + "&p=" + Encode(settings->password);
+}
+
+std::string CallbookSearchUrl(const CallbookSettings* settings, const std::string& session,
+                              const std::string& call) {
+    return settings->url + "?id=" + Encode(session) + "&callsign=" + Encode(Upper(call)) +
+           "&prg=" + kProgramName;
+}
+
+CallbookReply ParseCallbookReply(const std::string& xml, CallbookRecord* record,
+                                 std::string* text) {
+    pugi::xml_document doc;
+    if (!doc.load_buffer(xml.data(), xml.size())) {
+        *text = "the callsign service sent something that is not XML";
+        return CallbookReply::Error;
+    }
+    const pugi::xml_node root = doc.first_child();
+    const pugi::xml_node session = root.child("session");
+    const std::string error = Child(session, "error");
+    if (!error.empty()) {
+        *text = error;
+        if (error == kNotFoundText) return CallbookReply::NotFound;
+        if (error == kExpiredText) return CallbookReply::SessionExpired;
+        return CallbookReply::Error;
+    }
+    const pugi::xml_node search = root.child("search");
+    if (search) {
+        record->call = Upper(Child(search, "callsign"));
+        record->name = Child(search, "nick");
+        if (record->name.empty()) record->name = Child(search, "adr_name");
+        record->qth = Child(search, "qth");
+        record->grid = Child(search, "grid");
+        record->country = Child(search, "country");
+        if (record->call.empty()) {
+            *text = "the callsign service answered without a call";
+            return CallbookReply::Error;
+        }
+        return CallbookReply::Found;
+    }
+    *text = Child(session, "session_id");
+    if (!text->empty()) return CallbookReply::Session;
+    *text = "the callsign service gave neither a session nor an answer";
+    return CallbookReply::Error;
+}
+
+const CallbookCache::Entry* CachedCall(const CallbookCache* cache, const std::string& call,
+                                       uint32_t nowUTC) {
+    auto hit = cache->entries.find(Upper(call));
+    if (hit == cache->entries.end() || nowUTC - hit->second.fetchedUTC > cache->maxAgeSeconds)
+        return nullptr;
+    return &hit->second;
+}
+
+void CacheCall(CallbookCache* cache, const std::string& call, bool found,
+               const CallbookRecord* record, uint32_t nowUTC) {
+    const std::string key = Upper(call);
+    if (cache->entries.size() >= cache->capacity && !cache->entries.count(key)) {
+        auto oldest = cache->entries.begin();
+        for (auto it = cache->entries.begin(); it != cache->entries.end(); ++it)
+            if (it->second.fetchedUTC < oldest->second.fetchedUTC) oldest = it;
+        cache->entries.erase(oldest);
+    }
+    CallbookCache::Entry& entry = cache->entries[key];
+    entry.fetchedUTC = nowUTC;
+    entry.found = found;
+    entry.record = found && record ? *record : CallbookRecord();
+}
+
+}  // namespace veloran

@@ -1,0 +1,83 @@
+// The online callsign lookup (HamQTH's XML service, or one that answers the
+// same way): the settings, the request addresses, the answer parser and a
+// cache. The fetch itself goes through the platform's downloader; nothing
+// here touches the network.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "data/userdefaults.h"
+
+namespace veloran {
+
+namespace callbookkeys {
+constexpr const char* kEnabled = "callbook_enabled";  // off unless the user turns it on
+constexpr const char* kUser = "callbook_user";
+constexpr const char* kPassword = "callbook_password";
+constexpr const char* kUrl = "callbook_url";  // the service's XML address
+}  // namespace callbookkeys
+
+constexpr const char* kCallbookDefaultUrl = "https://www.hamqth.com/xml.php";
+// A lookup gives up after this long: during a pass there is no time to wait.
+constexpr double kCallbookTimeoutSeconds = 10.0;
+
+struct CallbookSettings {
+    bool enabled = false;
+    std::string user;
+    std::string password;
+    std::string url = kCallbookDefaultUrl;
+};
+
+// The settings as stored; missing keys leave the defaults (off).
+void ReadCallbookSettings(const UserDefaults& defaults, CallbookSettings* settings);
+
+// The address that opens a session: "<url>?u=USER&p=PASSWORD", both
+// percent-encoded.
+std::string CallbookLoginUrl(const CallbookSettings* settings);
+// The address that looks up a call within a session.
+std::string CallbookSearchUrl(const CallbookSettings* settings, const std::string& session,
+                              const std::string& call);
+
+struct CallbookRecord {
+    std::string call;     // as the service spells it, capitals
+    std::string name;     // the name operators use on the air
+    std::string qth;      // town
+    std::string grid;     // Maidenhead locator
+    std::string country;  // the service's country name
+};
+
+enum class CallbookReply {
+    Session,         // a session was opened: *text is its id
+    Found,           // *record is filled
+    NotFound,        // the service does not know the call
+    SessionExpired,  // log in again
+    Error,           // *text says why, in the service's words or ours
+};
+
+// Reads one answer of the service.
+CallbookReply ParseCallbookReply(const std::string& xml, CallbookRecord* record, std::string* text);
+
+// Answers already fetched, so a call typed twice during a pass is looked up
+// once. Calls the service did not know are kept too.
+struct CallbookCache {
+    struct Entry {
+        uint32_t fetchedUTC = 0;  // seconds since 1904
+        bool found = false;
+        CallbookRecord record;
+    };
+    std::map<std::string, Entry> entries;  // by call, capitals
+    size_t capacity = 500;
+    uint32_t maxAgeSeconds = 86400;
+};
+
+// The cached answer for a call not older than maxAgeSeconds, or null.
+const CallbookCache::Entry* CachedCall(const CallbookCache* cache, const std::string& call,
+                                       uint32_t nowUTC);
+// Keeps an answer, dropping the oldest entry when full.
+void CacheCall(CallbookCache* cache, const std::string& call, bool found,
+               const CallbookRecord* record, uint32_t nowUTC);
+
+}  // namespace veloran
