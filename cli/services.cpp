@@ -10,7 +10,6 @@
 #include "app/appcontroller.h"
 #include "app/silentui.h"
 #include "data/elementage.h"
-#include "data/elementage.h"
 #include "data/elementfile.h"
 #include "data/files.h"
 
