@@ -219,8 +219,9 @@ int Station::start(std::string* error) {
         p.kepsUpdate = std::make_unique<QTimer>();
         p.kepsUpdate->setInterval(std::chrono::milliseconds(
             static_cast<long long>(options_.kepsUpdateHours * 3600.0 * 1000.0)));
-        QObject::connect(p.kepsUpdate.get(), &QTimer::timeout,
-                         [this]() { controller_->startDownloadingURL(); });
+        QObject::connect(p.kepsUpdate.get(), &QTimer::timeout, [this]() {
+            controller_->startDownloadingURL(DownloadTrigger::Automatic);
+        });
         p.kepsUpdate->start();
     }
     return 1;
