@@ -181,8 +181,10 @@ int Station::start(std::string* error) {
     services.defaults = &p.defaults;
     services.downloader = p.downloader.get();
     services.clock = &p.clock;
-    services.speech = &p.speech;
-    services.sounds = &p.sounds;
+    if (frontEnd_.withSpeech) {
+        services.speech = &p.speech;
+        services.sounds = &p.sounds;
+    }
     services.ports = &p.ports;
     services.versionString = frontEnd_.versionString;
     controller_ = std::make_unique<AppController>(services, paths_);
@@ -214,7 +216,7 @@ int Station::start(std::string* error) {
 
     p.timers = std::make_unique<CoreTimers>([this]() { tick(); },
                                             [this]() { controller_->sunCalcTask(); });
-    p.timers->start();
+    if (frontEnd_.startTimers) p.timers->start();
     if (options_.kepsUpdateHours > 0) {
         p.kepsUpdate = std::make_unique<QTimer>();
         p.kepsUpdate->setInterval(std::chrono::milliseconds(
@@ -242,6 +244,10 @@ void Station::tick() {
         }
     }
     if (frontEnd_.afterTick) frontEnd_.afterTick(*this);
+}
+
+UserDefaults* Station::defaults() {
+    return parts_ ? &parts_->defaults : nullptr;
 }
 
 int Station::findSatellite(const std::string& name, std::string* error) const {
