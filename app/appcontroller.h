@@ -236,6 +236,13 @@ class AppController {
     void az_el_Moved(bool manualSwitchOn, int azimuth, int elevation);
     void openCloseRotor(bool checked);
     void updateRotorPanel();
+    // Every few ticks, where the rotor can say so and the setting allows:
+    // the position it reports, for the sky plot. Within the drivers' bounded
+    // time-outs; a silent or unsupported rotor leaves the position unknown.
+    void readRotorPosition();
+    // 1 with the angles (degrees, as the rotor reports them) when a read-back
+    // has succeeded since the rotor port opened; 0 otherwise.
+    int rotorPosition(double* azimuth, double* elevation) const;
 
     // --- State ---
 
@@ -317,6 +324,9 @@ class AppController {
     std::unique_ptr<PortNameRecord[]> mPortNames;  // kMaxSerialPorts entries
     RadioOutlets mRadioUi;
     RotorOutlets mRotorUi;
+    int32_t mRotorReadCountdown = 0;  // ticks until the next rotor read-back
+    bool mRotorPositionKnown = false;
+    double mRotorReadAz = 0, mRotorReadEl = 0;  // degrees, as the rotor reported them
     uint32_t mTimeBaseSecs = 0;
     uint32_t mProgramStartSecs = 0;
     int mTimeSliderMinutes = 0;

@@ -2,9 +2,19 @@
 // rotor port and the rotor panel.
 
 #include "app/appcontroller.h"
+#include "data/settings.h"
+#include "rotor/rotor.h"
 #include "rotor/steering.h"
 
 namespace veloran {
+
+namespace {
+
+// A position query costs a command and a reply on the rotor's line; every
+// five seconds keeps the plot current without crowding the steering.
+constexpr int32_t kRotorReadEveryTicks = 5;
+
+}  // namespace
 
 void AppController::RotorOutlets::beep() {
     app->services_.ui->beep();
@@ -34,6 +44,31 @@ void AppController::az_el_Moved(bool manualSwitchOn, int azimuth, int elevation)
 
 void AppController::openCloseRotor(bool checked) {
     switchRotorPort(&mSite, checked, mPortNames.get(), &mRotorUi);
+}
+
+void AppController::readRotorPosition() {
+    const bool wanted = !services_.defaults->contains(prefkeys::kRotorReadBack) ||
+                        services_.defaults->boolForKey(prefkeys::kRotorReadBack);
+    if (!wanted || !mSite.rotor_enabled || mSite.rotorPortFileDescriptor < 0) {
+        mRotorPositionKnown = false;
+        return;
+    }
+    if (--mRotorReadCountdown > 0) return;
+    mRotorReadCountdown = kRotorReadEveryTicks;
+    double azimuth = 0, elevation = 0;
+    if (GetAzEl(mSite.rotor, mSite.rotorPortFileDescriptor, &azimuth, &elevation,
+                mSite.debug != 0)) {
+        mRotorReadAz = azimuth;
+        mRotorReadEl = elevation;
+        mRotorPositionKnown = true;
+    }
+}
+
+int AppController::rotorPosition(double* azimuth, double* elevation) const {
+    if (!mRotorPositionKnown) return 0;
+    *azimuth = mRotorReadAz;
+    *elevation = mRotorReadEl;
+    return 1;
 }
 
 void AppController::updateRotorPanel() {

@@ -139,6 +139,7 @@ void AppController::mainTimerTasks() {
                                mTimeBaseSecs, sun);
     publishAnnouncementSettings();
     if (!windowIsOpen) return;
+    readRotorPosition();  // only the window's sky plot shows it
 
     if (mSaveTweaksLater) {
         SaveTweaks(mMainSatNum - 1);

@@ -8,6 +8,7 @@ int RunLook(int argc, char** argv);
 int RunPasses(int argc, char** argv);
 int RunMap(int argc, char** argv);
 int RunHorizon(int argc, char** argv);
+int RunSky(int argc, char** argv);
 int RunRotor(int argc, char** argv);
 int RunRadio(int argc, char** argv);
 int RunGrid(int argc, char** argv);

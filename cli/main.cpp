@@ -21,9 +21,11 @@ const Command kCommands[] = {
      "      eclipse, time to AOS and maximum elevation of every satellite in FILE;\n"
      "      --modes also lists each satellite's transponder modes"},
     {"passes", veloran::cli::RunPasses,
-     "passes [FILE] [--site LAT,LON,ALT_M] [--time UTC] [--hours H] [--sat NAME] "
-     "[--modes=MODEFILE]\n"
-     "      the passes of the next H hours (default 24): AOS, maximum elevation, LOS"},
+     "passes [FILE] [--site LAT,LON,ALT_M] [--time UTC] [--hours H | --days D] "
+     "[--sat NAME,...]\n"
+     "      [--min-elev DEG] [--csv] [--modes=MODEFILE]\n"
+     "      the passes of the next H hours (default 24) or D days whose highest elevation\n"
+     "      reaches DEG: AOS, maximum elevation, LOS, length, azimuths and sunlight"},
     {"map", veloran::cli::RunMap,
      "map [FILE] [--out SVG] [--width 1024|2048|4096|8192] [--sat NAME] [--track "
      "NAME,...|all|none]\n"
@@ -34,6 +36,11 @@ const Command kCommands[] = {
      "horizon [FILE] [--out SVG] [--sat NAME | --track NAME,...|all|none] [--time UTC]\n"
      "      [--site LAT,LON,ALT_M] [--min-elev DEG]\n"
      "      the next eight hours of passes as SVG, coloured by maximum elevation"},
+    {"sky", veloran::cli::RunSky,
+     "sky [FILE] --sat NAME [--out SVG] [--time UTC] [--site LAT,LON,ALT_M] [--size PIXELS]\n"
+     "      [--target AZ,EL] [--rotor AZ,EL]\n"
+     "      the polar sky plot of the satellite's current or next pass as SVG, with where it\n"
+     "      is now and the antenna's last target and reported position"},
     {"rotor", veloran::cli::RunRotor,
      "rotor --type INDEX --port PATH [--baud INDEX] [--debug] [--read] AZ EL\n"
      "      points the rotor controller of type INDEX (0-11) at AZ/EL degrees;\n"

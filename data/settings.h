@@ -22,6 +22,9 @@ constexpr const char* kBeaconEnabled = "beacon_enabled";
 constexpr const char* kFullDopplerTuning = "full_doppler_tuning";
 constexpr const char* kRotorEnabled = "rotor_enabled";
 constexpr const char* kRotorManual = "rotor_manual";
+// Read the rotor's position back every few seconds while tracking, for the
+// sky plot (on unless the user turns it off).
+constexpr const char* kRotorReadBack = "rotor_read_back";
 constexpr const char* kGatewayEnabled = "gateway_enabled";
 constexpr const char* kSpeech = "speech";
 constexpr const char* kDebug = "debug";

@@ -23,12 +23,9 @@ constexpr double kEarthRadiusSquared = 40680924.985599995;
 
 // One process-wide cache of the ellipsoid terms for the last latitude and
 // height. The longitude enters every call, so it is not part of the key.
-struct SiteCache {
-    double latitude = std::numeric_limits<double>::quiet_NaN();
-    double height = std::numeric_limits<double>::quiet_NaN();
-    double sinLat = 0, cosLat = 0, G1 = 0, G2 = 0;
-};
-SiteCache gSiteCache;
+// NaN never compares equal, so the first call fills it.
+SiteEllipsoid gSiteCache{
+    std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::quiet_NaN(), 0, 0, 0, 0};
 
 // A point at `radius` (Earth radii) over (latitude, west-positive longitude)
 // in the 3D scene: (0, 0, radius) turned by -latitude about x, then by
@@ -62,37 +59,45 @@ void SiteCalculations(SiteRec* site) {
     site->sitePosition = TransformPoint(&up, &m);
 }
 
-void GetSitePosition(double latitude, double longitude, double height, double t, double t0,
-                     double theta0, double* X, double* Y, double* Z, double* VX, double* VY,
-                     double rotation[3][3]) {
-    SiteCache& c = gSiteCache;
-    if (latitude != c.latitude || height != c.height) {
-        const double geocentric = std::atan(std::tan(latitude) * kLatitudeFactor);
-        c.cosLat = std::cos(geocentric);
-        c.sinLat = std::sin(geocentric);
-        const double N =
-            kEarthRadiusKm / std::sqrt(1.0 - kEccentricitySquared * c.sinLat * c.sinLat);
-        c.G1 = N + height;
-        c.G2 = N * kOneMinusFlattening * kOneMinusFlattening + height;
-        c.latitude = latitude;
-        c.height = height;
-    }
+void GetSiteEllipsoid(double latitude, double height, SiteEllipsoid* out) {
+    const double geocentric = std::atan(std::tan(latitude) * kLatitudeFactor);
+    out->cosLat = std::cos(geocentric);
+    out->sinLat = std::sin(geocentric);
+    const double N =
+        kEarthRadiusKm / std::sqrt(1.0 - kEccentricitySquared * out->sinLat * out->sinLat);
+    out->G1 = N + height;
+    out->G2 = N * kOneMinusFlattening * kOneMinusFlattening + height;
+    out->latitude = latitude;
+    out->height = height;
+}
+
+void GetSitePositionFrom(const SiteEllipsoid* c, double longitude, double t, double t0,
+                         double theta0, double* X, double* Y, double* Z, double* VX, double* VY,
+                         double rotation[3][3]) {
     const double theta = ((t - t0) * kSiderealPerSolarDay + theta0) * kTwoPi - longitude;
     const double cT = std::cos(theta), sT = std::sin(theta);
-    *X = cT * c.cosLat * c.G1;
-    *Y = sT * c.cosLat * c.G1;
-    *Z = c.sinLat * c.G2;
+    *X = cT * c->cosLat * c->G1;
+    *Y = sT * c->cosLat * c->G1;
+    *Z = c->sinLat * c->G2;
     *VX = -kEarthRotationRate * *Y;
     *VY = kEarthRotationRate * *X;
-    rotation[0][0] = cT * c.sinLat;
-    rotation[0][1] = sT * c.sinLat;
-    rotation[0][2] = -c.cosLat;
+    rotation[0][0] = cT * c->sinLat;
+    rotation[0][1] = sT * c->sinLat;
+    rotation[0][2] = -c->cosLat;
     rotation[1][0] = -sT;
     rotation[1][1] = cT;
     rotation[1][2] = 0.0;
-    rotation[2][0] = cT * c.cosLat;
-    rotation[2][1] = sT * c.cosLat;
-    rotation[2][2] = c.sinLat;
+    rotation[2][0] = cT * c->cosLat;
+    rotation[2][1] = sT * c->cosLat;
+    rotation[2][2] = c->sinLat;
+}
+
+void GetSitePosition(double latitude, double longitude, double height, double t, double t0,
+                     double theta0, double* X, double* Y, double* Z, double* VX, double* VY,
+                     double rotation[3][3]) {
+    if (latitude != gSiteCache.latitude || height != gSiteCache.height)
+        GetSiteEllipsoid(latitude, height, &gSiteCache);
+    GetSitePositionFrom(&gSiteCache, longitude, t, t0, theta0, X, Y, Z, VX, VY, rotation);
 }
 
 void GetTopocentric(const double rotation[3][3], double satX, double satY, double satZ,

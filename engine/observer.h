@@ -15,6 +15,21 @@ void SitePreCalc(SiteRec* site);
 // The site as a point on the unit sphere of the 3D scene. Null does nothing.
 void SiteCalculations(SiteRec* site);
 
+// The ellipsoid terms of a site for one latitude (radians) and height (km):
+// the geocentric latitude's sine and cosine and the two radii the site's
+// position is built from.
+struct SiteEllipsoid {
+    double latitude, height;
+    double sinLat, cosLat, G1, G2;
+};
+void GetSiteEllipsoid(double latitude, double height, SiteEllipsoid* out);
+
+// GetSitePosition from terms the caller holds: no shared state, so any number
+// of threads may call it at once.
+void GetSitePositionFrom(const SiteEllipsoid* terms, double longitude, double t, double t0,
+                         double theta0, double* X, double* Y, double* Z, double* VX, double* VY,
+                         double rotation[3][3]);
+
 // Site position (km) and velocity (km/s; z velocity is 0) at epoch day t and
 // the topocentric rotation whose rows are south, east and up. The longitude is
 // west positive. The ellipsoid terms are cached for the last latitude and

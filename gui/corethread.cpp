@@ -43,6 +43,7 @@ void CoreThread::start(bool ticking, bool speech) {
             frontEnd.trackListUi = bridge_;
             frontEnd.startTimers = ticking;
             frontEnd.withSpeech = speech;
+            frontEnd.notice = [this](const std::string& text) { bridge_->showNotice(text); };
             station_ = std::make_unique<Station>(options_, paths_, frontEnd);
             std::string error;
             if (!station_->start(&error)) {

@@ -9,6 +9,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDateTime>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -19,20 +20,24 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/appcontroller.h"
 #include "app/tracklist.h"
 #include "data/settings.h"
 #include "gui/horizonwidget.h"
 #include "gui/mapwidget.h"
+#include "gui/passeswindow.h"
 #include "gui/placesheet.h"
 #include "gui/radiopanel.h"
 #include "gui/rotorpanel.h"
+#include "gui/skywidget.h"
 #include "gui/theme.h"
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
@@ -88,6 +93,16 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     lowerPanel_ = buildLowerPanel();
     layout->addWidget(lowerPanel_);
     setCentralWidget(central);
+    // The status bar: the station's messages first, where the eye finds
+    // them, then the version line and the element sets' date.
+    QFont bold = message_->font();
+    bold.setBold(true);
+    message_->setFont(bold);
+    kepsDate_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    kepsDate_->setMinimumWidth(200);
+    statusBar()->addWidget(message_, 1);
+    statusBar()->addPermanentWidget(version_);
+    statusBar()->addPermanentWidget(kepsDate_, 1);
     buildMenus();
     connectBridge();
     setMinimumSize(960, 600);
@@ -263,6 +278,7 @@ QWidget* MainWindow::buildLowerPanel() {
     horizon_ = new HorizonWidget;
     listTabs_->addTab(trackList_, tr("Track List"));
     listTabs_->addTab(horizon_, tr("Horizon"));
+    listTabs_->addTab(new SkyTab(post_), tr("Sky"));
     connect(listTabs_, &QTabWidget::currentChanged, this, [this](int index) {
         post_([index](CoreSide& s) { s.ui->controls().listTab = index; });
     });
@@ -336,13 +352,6 @@ QWidget* MainWindow::buildTimeBar() {
     grid->addWidget(now, 0, 3);
     grid->addWidget(speech_, 0, 4);
     grid->addWidget(debug_, 0, 5);
-    auto* lines = new QHBoxLayout;
-    lines->addWidget(version_);
-    lines->addSpacing(16);
-    lines->addWidget(kepsDate_);
-    lines->addSpacing(16);
-    lines->addWidget(message_, 1);
-    grid->addLayout(lines, 1, 0, 1, 6);
     grid->setColumnStretch(1, 1);
     return bar;
 }
@@ -374,6 +383,11 @@ void MainWindow::buildMenus() {
     radioGroup_ = new QActionGroup(this);
 
     QMenu* window = menuBar()->addMenu(tr("&Window"));
+    QAction* passes = window->addAction(tr("&Passes"));
+    passes->setObjectName("passesAction");
+    passes->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P));
+    connect(passes, &QAction::triggered, this, &MainWindow::showPasses);
+    addAction(passes);  // the shortcut works while the menu bar is hidden
     windowAction_ = window->addAction(tr("Veloran"));
     windowAction_->setObjectName("openNewWindowAction");
     connect(windowAction_, &QAction::triggered, this, &MainWindow::showAgain);
@@ -414,7 +428,10 @@ void MainWindow::connectBridge() {
     connect(b, &UiBridge::satelliteItemsCleared, satellites_, &QComboBox::clear);
     connect(b, &UiBridge::satelliteItemAdded, this,
             [this](const QString& name) { satellites_->addItem(name); });
-    connect(b, &UiBridge::kepsDateChanged, kepsDate_, &QLabel::setText);
+    connect(b, &UiBridge::kepsDateChanged, this, [this](const QString& text) {
+        kepsDate_->setText(text);
+        kepsDate_->setToolTip(text);
+    });
     connect(b, &UiBridge::alertRequested, this,
             [this](const QString& title, const QString& text, const QString& button) {
                 // Window-modal but not blocking: the core has long moved on.
@@ -483,6 +500,7 @@ void MainWindow::connectBridge() {
     // Device messages (a port that would not open, a radio that stopped
     // answering) arrive as beeps with the switch going off; the message line
     // says which.
+    connect(b, &UiBridge::noticeShown, message_, &QLabel::setText);
     connect(b, &UiBridge::radioCheckedChanged, this, [this](bool on) {
         if (!on) message_->setText(tr("Radio off"));
     });
@@ -506,6 +524,23 @@ void MainWindow::slideTime(int minutes) {
     });
 }
 
+void MainWindow::showPasses() {
+    if (passesWindow_ == nullptr) {
+        passesWindow_ = new PassesWindow(post_, this);
+        connect(passesWindow_, &PassesWindow::aosChosen, this, [this](uint32_t aos) {
+            // The slider holds minutes from real time.
+            constexpr qint64 kUnixFrom1904 = 2082844800;
+            const qint64 now = QDateTime::currentSecsSinceEpoch() + kUnixFrom1904;
+            const qint64 minutes = (static_cast<qint64>(aos) - now) / 60;
+            timeSlider_->setValue(static_cast<int>(
+                std::clamp<qint64>(minutes, timeSlider_->minimum(), timeSlider_->maximum())));
+        });
+    }
+    passesWindow_->show();
+    passesWindow_->raise();
+    passesWindow_->activateWindow();
+}
+
 void MainWindow::setLowerPanelShown(bool shown) {
     disclosure_->setArrowType(shown ? Qt::DownArrow : Qt::RightArrow);
     if (disclosure_->isChecked() != shown) {
@@ -523,6 +558,7 @@ void MainWindow::setFullScreenView(bool on) {
     // as it was, and tracking never stops.
     topBar_->setVisible(!on);
     menuBar()->setVisible(!on);
+    statusBar()->setVisible(!on);
     lowerPanel_->setVisible(!on && disclosure_->isChecked());
     for (QWidget* w : {static_cast<QWidget*>(mapStatus_), static_cast<QWidget*>(figures_),
                        static_cast<QWidget*>(showTrackList_), static_cast<QWidget*>(disclosure_)})

@@ -30,6 +30,7 @@ class PlaceSheet;
 class MapWidget;
 class HorizonWidget;
 class TrackListWidget;
+class PassesWindow;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -49,6 +50,9 @@ class MainWindow : public QMainWindow {
     // Hands the window's own state (the table's column layout) to the core
     // to be saved with the settings; call before stopping the core.
     void saveWindowState();
+    // Opens the passes window (Ctrl+Shift+P); made on first use.
+    void showPasses();
+    PassesWindow* passesWindow() const { return passesWindow_; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -80,6 +84,7 @@ class MainWindow : public QMainWindow {
     QSpinBox* timeMinutes_;
     QWidget *topBar_, *lowerPanel_, *statusBlock_;
     PlaceSheet* placeSheet_;
+    PassesWindow* passesWindow_ = nullptr;
     QMenu* radioMenu_;
     QActionGroup* radioGroup_;
     QAction *fullScreenAction_, *nightAction_, *windowAction_;

@@ -134,9 +134,13 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
 
     // Start-up: the window's stored state (not an outlet of the core).
     void showWindowPrefs(const WindowPrefs& prefs) { emit windowPrefsShown(prefs); }
+    // A line for the operator from the station (stale element sets, a
+    // device that went away): the window's message line, never a dialog.
+    void showNotice(const std::string& text) { emit noticeShown(QString::fromStdString(text)); }
 
   signals:
     void windowPrefsShown(const veloran::WindowPrefs& prefs);
+    void noticeShown(const QString& text);
     void satelliteItemsCleared();
     void satelliteItemAdded(const QString& name);
     void kepsDateChanged(const QString& text);

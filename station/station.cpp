@@ -229,6 +229,10 @@ int Station::start(std::string* error) {
     return 1;
 }
 
+UserDefaults* Station::defaults() {
+    return parts_ ? &parts_->defaults : nullptr;
+}
+
 void Station::tick() {
     controller_->mainTimerTasks();
     trackList_->updateTrackList();
@@ -244,10 +248,6 @@ void Station::tick() {
         }
     }
     if (frontEnd_.afterTick) frontEnd_.afterTick(*this);
-}
-
-UserDefaults* Station::defaults() {
-    return parts_ ? &parts_->defaults : nullptr;
 }
 
 int Station::findSatellite(const std::string& name, std::string* error) const {

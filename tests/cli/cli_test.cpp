@@ -6,7 +6,9 @@
 
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "tests/support/element_sets.h"
 
@@ -74,6 +76,67 @@ TEST(Cli, PassesOfASyntheticSatelliteMatchTheEngine) {
     EXPECT_LE(passes, 15) << run.out;
 }
 
+std::vector<std::string> Words(const std::string& line, char separator) {
+    std::vector<std::string> words;
+    std::string word;
+    for (char c : line + separator) {
+        if (c != separator) {
+            word += c;
+        } else if (separator == ',' || !word.empty()) {
+            words.push_back(word);
+            word.clear();
+        }
+    }
+    return words;
+}
+
+TEST(Cli, PassesAsCsvMatchTheTable) {
+    const std::string common =
+        "passes " + kSample +
+        " --time 2026-11-21T12:00:00Z --days 2 --sat ao-7,SO-50 --min-elev 10";
+    const CliRun table = Cli(common), csv = Cli(common + " --csv");
+    ASSERT_EQ(table.status, 0) << table.out;
+    ASSERT_EQ(csv.status, 0) << csv.out;
+    std::vector<std::vector<std::string>> rows, lines;
+    for (const std::string& line : Words(csv.out, '\n')) rows.push_back(Words(line, ','));
+    for (const std::string& line : Words(table.out, '\n')) lines.push_back(Words(line, ' '));
+    ASSERT_EQ(rows.size() + 1, lines.size()) << "a title line above the table";
+    EXPECT_EQ(rows[0][0], "name");
+    ASSERT_GT(rows.size(), 3u) << csv.out;
+    for (size_t i = 1; i < rows.size(); ++i) {
+        const std::vector<std::string>& r = rows[i];
+        std::vector<std::string> t = lines[i + 1];
+        ASSERT_EQ(r.size(), 12u) << csv.out;
+        if (t[4] == "beyond") {  // a pass still up at the end: no LOS, length or LOS azimuth
+            t.erase(t.begin() + 4, t.begin() + 6);
+            t.insert(t.begin() + 4, {"", ""});
+            t[8] = "";
+        }
+        ASSERT_EQ(t.size(), 10u) << lines[i + 1][0];
+        EXPECT_TRUE(r[0] == "AO-7" || r[0] == "SO-50") << r[0];
+        for (int c = 0; c < 9; ++c) EXPECT_EQ(r[c], t[c]) << "column " << c << " of row " << i;
+        std::string lit;
+        for (const std::string& word : Words(t[9], '/')) lit += word == "yes" ? "1" : "0";
+        EXPECT_EQ(r[9] + r[10] + r[11], lit) << t[9];
+        EXPECT_GE(std::stod(r[3]), 10.0) << "below the minimum elevation";
+    }
+}
+
+TEST(Cli, SkyPlotOfTheNextPass) {
+    const std::string svg = ::testing::TempDir() + "sky.svg";
+    const CliRun run = Cli("sky " + kSample +
+                           " --sat AO-7 --time 2026-11-21T12:00:00Z --target 20,170 --out " + svg);
+    ASSERT_EQ(run.status, 0) << run.out;
+    std::ifstream file(svg);
+    const std::string text((std::istreambuf_iterator<char>(file)),
+                           std::istreambuf_iterator<char>());
+    for (const char* cls :
+         {"class=\"track\"", "class=\"aos\"", "class=\"los\"", "class=\"target\"", "AO-7"})
+        EXPECT_NE(text.find(cls), std::string::npos) << cls;
+    EXPECT_EQ(Cli("sky " + kSample + " --out " + svg).status, 2) << "no satellite named";
+    EXPECT_EQ(Cli("sky " + kSample + " --sat AO-7 --target 20").status, 2);
+}
+
 TEST(Cli, LookShowsOneSatellite) {
     const CliRun run =
         Cli("look " + kSample + " --sat iss --time 2026-11-21T12:00:00Z --site 51.5,-0.13,20");
@@ -95,6 +158,10 @@ TEST(Cli, MistakesGetOneLineAndStatusTwo) {
         "look RES --site north,west",
         "passes RES --hours many",
         "passes RES --hours -3",
+        "passes RES --days 31",
+        "passes RES --days 1 --hours 3",
+        "passes RES --min-elev 91",
+        "passes RES --sat AO-7,NOSUCHSAT",
         "look RES --sat NOSUCHSAT",
         "look RES --time",
         "frobnicate",

@@ -11,13 +11,16 @@
 #include <QComboBox>
 #include <QDateTime>
 #include <QDir>
+#include <QDoubleSpinBox>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
+#include <QSortFilterProxyModel>
 #include <QTabWidget>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimeZone>
@@ -29,6 +32,8 @@
 #include "app/appcontroller.h"
 #include "gui/corethread.h"
 #include "gui/mainwindow.h"
+#include "gui/passeswindow.h"
+#include "gui/skywidget.h"
 #include "gui/uibridge.h"
 #include "platform/numericlocale.h"
 #include "platform/qtuserdefaults.h"
@@ -263,6 +268,57 @@ TEST_F(Window, ScreenshotsOfTheMapHorizonAndTrackList) {
     Tick();
     Shot(window, "horizon");
     Shot(mapTabs, "map");
+    listTabs->setCurrentIndex(0);
+}
+
+TEST_F(Window, PassesWindowFillsFiltersAndMovesTheTimeSlider) {
+    window->showPasses();
+    PassesWindow* passes = window->passesWindow();
+    ASSERT_NE(passes, nullptr);
+    EXPECT_EQ(passes->windowTitle(), "Passes");
+    passes->findChild<QComboBox*>("passesScope")->setCurrentIndex(PassesWindow::kAll);
+    ASSERT_TRUE(WaitFor([&] { return !passes->searching() && passes->model()->rowCount() > 0; }));
+    auto* table = passes->findChild<QTableView*>("passesTable");
+    const int all = table->model()->rowCount();
+    ASSERT_EQ(all, passes->model()->rowCount());
+
+    passes->findChild<QDoubleSpinBox*>("passesMinElevation")->setValue(30);
+    const int high = table->model()->rowCount();
+    EXPECT_LT(high, all) << "the bundled satellites have low passes within a day";
+    int kept = 0;
+    for (const PassRow& row : passes->model()->rows()) kept += row.pass.maxElevationDegs >= 30;
+    EXPECT_EQ(high, kept);
+    Shot(passes, "passes");
+
+    // Double-click: the slider goes to the pass's AOS, in minutes from now.
+    const QModelIndex first = table->model()->index(0, 0);
+    const uint32_t aos =
+        passes->model()
+            ->row(static_cast<QSortFilterProxyModel*>(table->model())->mapToSource(first).row())
+            .aos;
+    emit table->doubleClicked(first);
+    const qint64 now = QDateTime::currentSecsSinceEpoch() + 2082844800;
+    EXPECT_NEAR(Find<QSlider>("timeSlider")->value(), (static_cast<qint64>(aos) - now) / 60.0, 1.5);
+    Find<QPushButton>("realTimeButton")->click();
+    passes->findChild<QDoubleSpinBox*>("passesMinElevation")->setValue(0);
+    passes->close();
+    Sync();
+}
+
+TEST_F(Window, SkyTabShowsTheMainSatellitesPass) {
+    auto* listTabs = Find<QTabWidget>("listTabs");
+    listTabs->setCurrentIndex(2);
+    auto* sky = Find<SkyTab>("skyTab");
+    // The main satellite of the bundled data passes within two days.
+    const auto drawn = [&](const char* cls) {
+        if (sky->list() == nullptr) return false;
+        for (const DisplayItem& item : sky->list()->items)
+            if (item.cls == cls) return true;
+        return false;
+    };
+    ASSERT_TRUE(WaitFor([&] { return drawn("track"); }));
+    EXPECT_TRUE(drawn("aos") && drawn("max") && drawn("los"));
+    Shot(sky, "sky");
     listTabs->setCurrentIndex(0);
 }
 

@@ -56,13 +56,18 @@ std::string ElementSetText(const std::string& name, const Elements& e) {
 
 std::unique_ptr<SatRec> LoadRecord(const std::string& name, const Elements& e,
                                    const SiteRec* site) {
+    return LoadRecordLines(name, LineOne(e), LineTwo(e), site);
+}
+
+std::unique_ptr<SatRec> LoadRecordLines(const std::string& name, const std::string& lineOne,
+                                        const std::string& lineTwo, const SiteRec* site) {
     auto rec = std::make_unique<SatRec>();
     std::memset(rec.get(), 0, sizeof(SatRec));
     InitSatRec(rec.get());
     std::snprintf(rec->name, sizeof rec->name, "%s", name.c_str());
     std::memset(rec->trackHours, '1', 24);
-    DecodeLineOne(LineOne(e).c_str(), rec.get());
-    DecodeLineTwo(LineTwo(e).c_str(), rec.get());
+    DecodeLineOne(lineOne.c_str(), rec.get());
+    DecodeLineTwo(lineTwo.c_str(), rec.get());
     KepRec* k = &rec->satKep;
     k->inclination *= kDegreesToRadians;
     k->epochRAAN *= kDegreesToRadians;

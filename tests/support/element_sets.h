@@ -35,6 +35,10 @@ std::string ElementSetText(const std::string& name, const Elements& e);
 // derived constants for `site`, every hour enabled.
 std::unique_ptr<SatRec> LoadRecord(const std::string& name, const Elements& e, const SiteRec* site);
 
+// The same from a real set's line 1 and line 2 (each ending in "\n").
+std::unique_ptr<SatRec> LoadRecordLines(const std::string& name, const std::string& lineOne,
+                                        const std::string& lineTwo, const SiteRec* site);
+
 // The Sun pseudo-satellite, ready for the eclipse test.
 std::unique_ptr<SatRec> LoadSun(const SiteRec* site);
 
