@@ -372,6 +372,11 @@ class AppController {
     int mTimeSliderMinutes = 0;
     bool windowIsOpen = true;
     bool mFirstTimeMainTimerTask = true;
+    // The user's modes or places file exists but could not be read: the
+    // errno, 0 when it was read. A change then never rewrites it, so the
+    // user's own file is not replaced by what the program fell back on.
+    int mUserModesUnreadable = 0;
+    int mPlacesUnreadable = 0;
     bool mUseTrackList = false;
     bool mSaveTweaksLater = false;
     int32_t mWarningIntervalMinutes = 0;

@@ -32,12 +32,20 @@ void AppController::loadKepsAndModes() {
     ui->removeAllSatelliteItems();
     ui->addSatelliteItem("Add Satellite");
 
-    FILE* keps = std::fopen(paths_.keplerFile.c_str(), "rb");
+    FILE* keps = OpenRegularFile(paths_.keplerFile);
     const int kepsError = errno;
     // The modes file is read once and every satellite's block is looked up
     // in memory.
     ModesFile modes;
-    if (!modes.load(paths_.userModesFile)) modes.load(paths_.defaultModesFile);
+    mUserModesUnreadable = 0;
+    if (!modes.load(paths_.userModesFile)) {
+        if (errno != ENOENT) {
+            mUserModesUnreadable = errno != 0 ? errno : EIO;
+            std::fprintf(stderr, "cannot read the modes file %s: %s; it stays as it is\n",
+                         paths_.userModesFile.c_str(), FileErrorText(mUserModesUnreadable).c_str());
+        }
+        modes.load(paths_.defaultModesFile);
+    }
     const int modesError = errno;
     mModesSource = modes.isOpen() ? modes.path() : std::string();
     if (modes.isOpen()) debugLog("Mode file: %s.\n", modes.path().c_str());

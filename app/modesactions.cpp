@@ -1,6 +1,8 @@
 // The modes menu actions, the channel pop-up, and a new main satellite.
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <unordered_set>
 
 #include "app/appcontroller.h"
@@ -27,9 +29,15 @@ void AppController::writeModeFile(const std::string& path) {
     ModesFile source;
     std::string kept;
     if (!mModesSource.empty() && source.load(mModesSource)) kept = source.blocksNotIn(inTable);
+    if (path == paths_.userModesFile && mUserModesUnreadable != 0) {
+        std::fprintf(stderr, "the modes file %s is not rewritten: it could not be read (%s)\n",
+                     path.c_str(), FileErrorText(mUserModesUnreadable).c_str());
+        return;
+    }
     if (!WriteModeFile(path, mAllSats.get(), mTotalSats, *BPSatRec, *EXITSatRec, kept) &&
         services_.log != nullptr)
-        std::fprintf(services_.log, "cannot write the modes file %s\n", path.c_str());
+        std::fprintf(services_.log, "cannot write the modes file %s: %s\n", path.c_str(),
+                     std::strerror(errno));
 }
 
 void AppController::defaultModes() {
@@ -59,9 +67,16 @@ void AppController::importModes() {
     SaveTweaks(mMainSatNum - 1);
     const std::string userModes = paths_.userModesFile;
     if (FileExists(chosen)) {
-        if (FileExists(userModes)) CopyFileAtomically(userModes, BackupPath(userModes));
+        // Without its backup the old file would be lost for good: stop there.
+        if (FileExists(userModes) && !CopyFileAtomically(userModes, BackupPath(userModes))) {
+            services_.ui->alert("The modes were not imported.",
+                                "Cannot back up " + userModes + ": " + std::strerror(errno) + ".",
+                                "OK");
+            return;
+        }
         if (!CopyFileAtomically(chosen, userModes))
-            services_.ui->alert("The modes were not imported.", "Cannot write " + userModes + ".",
+            services_.ui->alert("The modes were not imported.",
+                                "Cannot write " + userModes + ": " + std::strerror(errno) + ".",
                                 "OK");
     }
     reloadModes(mainSat);

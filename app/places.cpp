@@ -25,8 +25,10 @@ std::string FormatDegrees(double degrees) {
 void AppController::loadLocations() {
     UserInterface* ui = services_.ui;
     ui->removeAllLocationItems();
+    mPlacesUnreadable = 0;
     if (!LoadPlaces(paths_.placesFile, &mLocations)) {
         const int error = errno;
+        if (error != ENOENT) mPlacesUnreadable = error != 0 ? error : EIO;
         std::fprintf(stderr, "cannot open /Contents/Resources/cities.dat file. Error %d (%sd) \n",
                      error, std::strerror(error));
         return;
@@ -37,6 +39,11 @@ void AppController::loadLocations() {
 
 void AppController::rewriteLocations() {
     if (mLocations.places.empty()) return;
+    if (mPlacesUnreadable != 0) {
+        std::fprintf(stderr, "the places file %s is not rewritten: it could not be read (%s)\n",
+                     paths_.placesFile.c_str(), FileErrorText(mPlacesUnreadable).c_str());
+        return;
+    }
     if (!RewritePlaces(paths_.placesFile, &mLocations.places)) {
         const int error = errno;
         std::fprintf(stderr, "cannot open /Contents/Resources/cities.dat file. Error %d (%sd) \n",

@@ -16,7 +16,10 @@ void AppController::savePrefs() {
 
 void AppController::setUIStateFromPrefs() {
     mViewPrefs.mainSatNum = mMainSatNum;
-    ReadPrefs(*services_.defaults, &mSite, &mViewPrefs);
+    std::vector<std::string> problems;
+    ReadPrefs(*services_.defaults, &mSite, &mViewPrefs, &problems);
+    for (const std::string& problem : problems)
+        std::fprintf(stderr, "settings: %s; the default is used\n", problem.c_str());
     readPortPaths();
     mMainSatNum = mViewPrefs.mainSatNum;
     services_.ui->showSettings(mSite);

@@ -47,6 +47,7 @@ int RunLook(int argc, char** argv) {
     const std::string file = args.positional.empty() ? "the element sets" : args.positional[0];
     if (!SelectSatellite(args, file, &loaded.sats)) return kUsageError;
     std::vector<SatRec>& sats = loaded.sats;
+    WarnStaleElements(sats, now);
 
     const double t = EpochTime(now);
     SatRec& sun = loaded.sun;

@@ -130,6 +130,7 @@ int RunPasses(int argc, char** argv) {
     const std::string file = args.positional.empty() ? "the element sets" : args.positional[0];
     if (!SelectSatellites(args, file, &loaded.sats)) return kUsageError;
     const std::vector<SatRec>& sats = loaded.sats;
+    WarnStaleElements(sats, now);
 
     const double startDay = EpochTime(now);
     const double endDay = startDay + hours / 24.0;

@@ -9,6 +9,7 @@
 
 #include "app/appcontroller.h"
 #include "app/silentui.h"
+#include "data/elementage.h"
 #include "data/elementfile.h"
 #include "data/files.h"
 
@@ -26,9 +27,9 @@ class ConsoleUserInterface : public SilentUserInterface {
 };
 
 bool Readable(const std::string& what, const std::string& path) {
-    FILE* f = std::fopen(path.c_str(), "rb");
+    FILE* f = OpenRegularFile(path);
     if (f == nullptr) {
-        Fail("cannot open " + what + path + ": " + std::strerror(errno));
+        Fail("cannot open " + what + path + ": " + FileErrorText(errno));
         return false;
     }
     std::fclose(f);
@@ -72,6 +73,12 @@ bool LoadSatellites(const Arguments& args, const SiteRec& site, LoadedSatellites
     // CR LF line ends yields satellites without elements: say so.
     const int readable = CountElementSets(paths.keplerFile, kMaxElementSets);
     const int loaded = static_cast<int>(out->sats.size());
+    if (readable <= 0) {
+        // A binary or foreign file yields "satellites" of garbage numbers.
+        Fail(paths.keplerFile +
+             (readable < 0 ? ": " + FileErrorText(errno) : " holds no two-line element sets"));
+        return false;
+    }
     if (readable >= 0 && readable < loaded)
         std::fprintf(
             stderr,
@@ -80,6 +87,28 @@ bool LoadSatellites(const Arguments& args, const SiteRec& site, LoadedSatellites
             "read (69 characters, then one line feed; a carriage return also ends a line)\n",
             loaded - readable, loaded, paths.keplerFile.c_str());
     return true;
+}
+
+void WarnStaleElements(const std::vector<SatRec>& sats, uint32_t now) {
+    // A few are named; a whole bulletin gone stale is one line.
+    constexpr size_t kNamed = 3;
+    std::vector<const SatRec*> stale;
+    for (const SatRec& s : sats)
+        if (!ElementAgeWarning(s, now).empty()) stale.push_back(&s);
+    if (stale.size() <= kNamed) {
+        for (const SatRec* s : stale)
+            std::fprintf(stderr, "%s: warning: %s\n", ProgramName(),
+                         ElementAgeWarning(*s, now).c_str());
+        return;
+    }
+    const SatRec* oldest = stale.front();
+    for (const SatRec* s : stale)
+        if (ElementAgeDays(*s, now) > ElementAgeDays(*oldest, now)) oldest = s;
+    std::fprintf(stderr,
+                 "%s: warning: %zu of the %zu element sets are older than 14 days (7 below 400 "
+                 "km); the oldest, %s, is %.1f days old: fetch current ones\n",
+                 ProgramName(), stale.size(), sats.size(), oldest->name,
+                 ElementAgeDays(*oldest, now));
 }
 
 }  // namespace veloran::cli

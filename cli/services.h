@@ -24,4 +24,8 @@ struct LoadedSatellites {
 // a named file cannot be opened.
 bool LoadSatellites(const Arguments& args, const SiteRec& site, LoadedSatellites* out);
 
+// Warns on standard error about element sets too old for their orbit at
+// `now`: each by name, or a count and the oldest when there are many.
+void WarnStaleElements(const std::vector<SatRec>& sats, uint32_t now);
+
 }  // namespace veloran::cli

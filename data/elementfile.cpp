@@ -6,6 +6,8 @@
 #include <cstring>
 #include <memory>
 
+#include "data/files.h"
+
 namespace veloran {
 
 bool ElementFileScanner::readLine(char* line) {
@@ -14,7 +16,9 @@ bool ElementFileScanner::readLine(char* line) {
 
 bool ElementFileScanner::nextName(char* name, size_t nameSize) {
     char line[kLineBufferSize];
-    while (!std::feof(file_)) {
+    // A read error (the path was a folder after all, a disk gone) ends the
+    // scan as the end of the file does; looping on it would never end.
+    while (!std::feof(file_) && !std::ferror(file_)) {
         if (!readLine(line)) continue;
         if (std::strstr(line, "FROM") != nullptr) header_ = line;
         const size_t length = std::strlen(line);
@@ -52,7 +56,7 @@ void ElementAnglesToRadians(KepRec* kep) {
 }
 
 int CountElementSets(const std::string& path, int limit) {
-    FILE* f = std::fopen(path.c_str(), "rb");
+    FILE* f = OpenRegularFile(path);
     if (f == nullptr) return -1;
     auto scratch = std::make_unique<SatRec>();
     ElementFileScanner scanner(f);

@@ -50,7 +50,8 @@ void ElementAnglesToRadians(KepRec* kep);
 
 // The number of complete element sets (a name line and two lines that both
 // decode) in the file, counting at most `limit`; -1 when it cannot be opened
-// (errno set). Used to check a file before it replaces the element-set file.
+// (errno set; a folder or a device cannot). Used to check a file before it replaces the element-set
+// file.
 int CountElementSets(const std::string& path, int limit);
 
 }  // namespace veloran

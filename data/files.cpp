@@ -2,10 +2,12 @@
 
 #include "data/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -132,8 +134,36 @@ bool SeedDataFiles(const DataPaths& paths, std::string* error) {
     return true;
 }
 
+FILE* OpenRegularFile(const std::string& path) {
+    // O_NONBLOCK: opening a FIFO must not wait for a writer.
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (fd < 0) return nullptr;
+    struct stat info {};
+    int refused = 0;
+    if (::fstat(fd, &info) != 0)
+        refused = errno;
+    else if (S_ISDIR(info.st_mode))
+        refused = EISDIR;
+    else if (!S_ISREG(info.st_mode))
+        refused = ENODEV;
+    if (refused == 0) ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+    FILE* f = refused == 0 ? ::fdopen(fd, "rb") : nullptr;
+    if (f == nullptr) {
+        if (refused == 0) refused = errno;
+        ::close(fd);
+        errno = refused;
+    }
+    return f;
+}
+
+std::string FileErrorText(int error) {
+    if (error == EISDIR) return "is a folder, not a file";
+    if (error == ENODEV) return "is not a regular file";
+    return std::strerror(error);
+}
+
 bool ReadWholeFile(const std::string& path, std::string* text) {
-    FILE* f = std::fopen(path.c_str(), "rb");
+    FILE* f = OpenRegularFile(path);
     if (f == nullptr) return false;
     text->clear();
     char buf[65536];
@@ -146,6 +176,28 @@ bool ReadWholeFile(const std::string& path, std::string* text) {
     return ok;
 }
 
+int RemoveStaleTemporaryFiles(const std::vector<std::string>& files) {
+    int removed = 0;
+    for (const std::string& file : files) {
+        const size_t slash = file.rfind('/');
+        const std::string folder = slash == std::string::npos ? "." : file.substr(0, slash);
+        const std::string prefix = file.substr(slash == std::string::npos ? 0 : slash + 1) + ".";
+        DIR* dir = ::opendir(folder.c_str());
+        if (dir == nullptr) continue;
+        while (const dirent* entry = ::readdir(dir)) {
+            const std::string name = entry->d_name;
+            if (name.size() != prefix.size() + 6 || name.compare(0, prefix.size(), prefix) != 0)
+                continue;
+            bool fromMkstemp = true;
+            for (size_t i = prefix.size(); i < name.size(); ++i)
+                fromMkstemp = fromMkstemp && std::isalnum(static_cast<unsigned char>(name[i]));
+            if (fromMkstemp && ::unlink((folder + "/" + name).c_str()) == 0) ++removed;
+        }
+        ::closedir(dir);
+    }
+    return removed;
+}
+
 bool AtomicWriteFile(const std::string& path, const std::function<bool(FILE*)>& write) {
     std::string temp = path + ".XXXXXX";
     const int fd = mkstemp(temp.data());
@@ -155,25 +207,33 @@ bool AtomicWriteFile(const std::string& path, const std::function<bool(FILE*)>& 
     fchmod(fd, stat(path.c_str(), &old) == 0 ? (old.st_mode & 07777) : 0644);
     FILE* f = fdopen(fd, "w");
     if (f == nullptr) {
+        const int failure = errno;
         close(fd);
         unlink(temp.c_str());
+        errno = failure;
         return false;
     }
-    bool ok = false;
+    // The first failure's errno is the one reported, taken where it happened.
+    int failure = 0;
+    const auto check = [&failure](bool good) {
+        if (!good && failure == 0) failure = errno != 0 ? errno : EIO;
+    };
     {
         CNumericLocale cLocale;
-        ok = write(f);
+        errno = 0;
+        check(write(f));
     }
-    ok = std::fflush(f) == 0 && ok && !std::ferror(f);
-    ok = fsync(fileno(f)) == 0 && ok;
-    const int savedErrno = errno;
-    ok = std::fclose(f) == 0 && ok;
-    if (ok && std::rename(temp.c_str(), path.c_str()) == 0) {
+    errno = 0;
+    check(std::fflush(f) == 0 && !std::ferror(f));
+    check(fsync(fileno(f)) == 0);
+    check(std::fclose(f) == 0);
+    if (failure == 0) check(std::rename(temp.c_str(), path.c_str()) == 0);
+    if (failure == 0) {
         SyncFolderOf(path);
         return true;
     }
     unlink(temp.c_str());
-    errno = savedErrno != 0 ? savedErrno : EIO;
+    errno = failure;
     return false;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace veloran {
 
@@ -56,8 +57,24 @@ bool MakeDirectories(const std::string& path);
 
 bool FileExists(const std::string& path);
 
-// Reads the whole file. False (errno set) when it cannot be opened or read.
+// Opens a regular file for reading. A folder (EISDIR), a device, a pipe or
+// a socket (ENODEV) is refused before anything is read from it, since
+// reading those either fails for ever or never ends. Null with errno set.
+FILE* OpenRegularFile(const std::string& path);
+
+// The reason OpenRegularFile or a read failed, for messages: "is a folder",
+// "is not a regular file", or the errno text.
+std::string FileErrorText(int error);
+
+// Reads the whole regular file. False (errno set) when it cannot be opened
+// or read.
 bool ReadWholeFile(const std::string& path, std::string* text);
+
+// Removes the temporary files an interrupted AtomicWriteFile left beside
+// the given files ("NAME.XXXXXX", six characters of mkstemp's alphabet).
+// Only for a process that holds the folder's instance lock. Returns how many
+// were removed.
+int RemoveStaleTemporaryFiles(const std::vector<std::string>& files);
 
 // Rewrites path whole: `write` fills a temporary file in the same folder,
 // which is flushed to disk and renamed over path only when `write` returned

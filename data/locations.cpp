@@ -56,18 +56,24 @@ bool LoadPlaces(const std::string& path, PlacesList* out) {
     out->places.clear();
     out->names.clear();
     out->lightPoints.clear();
-    FILE* f = std::fopen(path.c_str(), "rb");
-    if (f == nullptr) return false;
+    std::string text;
+    if (!ReadWholeFile(path, &text)) return false;
     CNumericLocale cLocale;
-    char line[kLineBufferSize];
-    while (!std::feof(f)) {
-        if (my_fgets(line, sizeof line, f) == nullptr) continue;
-        line[std::strcspn(line, "\r\n")] = '\0';
+    // Lines end in LF, CR LF or a lone CR, the last one maybe in nothing; a
+    // line of any length is read whole, so a rewrite keeps every place it read.
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find_first_of("\r\n", start);
+        if (end == std::string::npos) end = text.size();
+        std::string line = text.substr(start, end - start);
+        start = end + (text.compare(end, 2, "\r\n") == 0 ? 2 : 1);
+        if (line.empty()) continue;
         Location place;
-        char* piece = line;
+        size_t from = 0;
         while (place.fields < 5) {
-            char* tab = std::strchr(piece, '\t');
-            if (tab != nullptr) *tab = '\0';
+            const size_t tab = line.find('\t', from);
+            const std::string piece =
+                line.substr(from, tab == std::string::npos ? std::string::npos : tab - from);
             switch (place.fields) {
                 case 0:
                     place.city = piece;
@@ -79,17 +85,17 @@ bool LoadPlaces(const std::string& path, PlacesList* out) {
                     place.country = piece;
                     break;
                 case 3:
-                    place.latDegs = std::strtod(piece, nullptr);
+                    place.latDegs = std::strtod(piece.c_str(), nullptr);
                     place.latRads = LocationRadians(place.latDegs);
                     break;
                 default:
-                    place.lonDegs = std::strtod(piece, nullptr);
+                    place.lonDegs = std::strtod(piece.c_str(), nullptr);
                     place.lonRads = LocationRadians(place.lonDegs);
                     break;
             }
             ++place.fields;
-            if (tab == nullptr) break;
-            piece = tab + 1;
+            if (tab == std::string::npos) break;
+            from = tab + 1;
         }
         if (place.fields == 5) {
             out->names.push_back(place.displayName());
@@ -98,7 +104,6 @@ bool LoadPlaces(const std::string& path, PlacesList* out) {
         }
         out->places.push_back(std::move(place));
     }
-    std::fclose(f);
     return true;
 }
 

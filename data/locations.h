@@ -43,8 +43,10 @@ struct PlacesList {
     std::vector<Point3F> lightPoints;  // one per whole place, at most kMaxLightPoints
 };
 
-// Reads the places file (lines of up to 1024 characters, split at tabs).
-// False, with errno set, when it cannot be opened; the list is then empty.
+// Reads the places file: lines of any length ending in LF, CR LF or CR (the
+// last one maybe in nothing), split at tabs; empty lines are skipped. False,
+// with errno set, when it cannot be read (a folder or a device cannot); the
+// list is then empty.
 bool LoadPlaces(const std::string& path, PlacesList* out);
 
 // Sorts the places with compareLocation (stable) and rewrites the file whole

@@ -2,6 +2,7 @@
 
 #include "data/settings.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -101,15 +102,76 @@ struct Writer {
     }
 };
 
+// The values a setting may take. Anything else (NaN, infinity, a number out
+// of range) would hang a wait, aim the rotor at nonsense or index past a
+// table, so it is refused at load and the default stays.
+struct Range {
+    const char* key;
+    double lowest, highest;
+};
+constexpr Range kRanges[] = {
+    {"main_sat_num", 1, 1023},
+    {"radio", 0, 16},  // the radio table's rows
+    {"radioport", -1, 63},
+    {"radiobaud", 0, 12},  // the baud table's rows
+    {"icomAddress", 0, 255},
+    {"commandDelay", 0, 1000},  // milliseconds between commands
+    {"rotor", 0, 11},           // the rotor table's rows
+    {"rotorport", -1, 63},
+    {"rotorbaud", 0, 12},
+    {"siteParkAz", -360, 720},
+    {"siteParkEl", -90, 180},
+    {"siteAzOffset", -360, 360},
+    {"siteElOffset", -90, 90},
+    {"site_latitude", -90, 90},
+    {"site_longitude", -180, 180},
+    {"siteAltitude", -1000, 10000},  // metres
+    {"siteMinimumElevation", -90, 90},
+    {"gatewayport", -1, 63},
+    {"gatewaybaud", 0, 12},
+    {"map_2d_width", 0, 8192},
+    {"qcameraDistance", -1e6, 1e6},
+};
+
 struct Reader {
     const UserDefaults* d;
-    void integer(const char* k, int32_t* v) { d->readInt(k, v); }
+    std::vector<std::string>* problems;
+
+    // True when the stored value (read into `value`) may be used.
+    bool acceptable(const char* k, double value) {
+        bool ok = std::isfinite(value);
+        const Range* range = nullptr;
+        for (const Range& r : kRanges)
+            if (std::strcmp(r.key, k) == 0) range = &r;
+        if (ok && range != nullptr) ok = value >= range->lowest && value <= range->highest;
+        if (!ok && problems != nullptr) {
+            char text[256];
+            if (range != nullptr)
+                std::snprintf(text, sizeof text, "%s=%s is not a number from %g to %g", k,
+                              d->stringForKey(k).c_str(), range->lowest, range->highest);
+            else
+                std::snprintf(text, sizeof text, "%s=%s is not a finite number", k,
+                              d->stringForKey(k).c_str());
+            problems->push_back(text);
+        }
+        return ok;
+    }
+    void integer(const char* k, int32_t* v) {
+        int32_t read = *v;
+        if (d->readInt(k, &read) && acceptable(k, read)) *v = read;
+    }
     void boolean(const char* k, Bool32* v) { d->readBool(k, v); }
-    void real(const char* k, double* v) { d->readDouble(k, v); }
-    void real32(const char* k, float* v) { d->readFloat(k, v); }
+    void real(const char* k, double* v) {
+        double read = *v;
+        if (d->readDouble(k, &read) && acceptable(k, read)) *v = read;
+    }
+    void real32(const char* k, float* v) {
+        float read = *v;
+        if (d->readFloat(k, &read) && acceptable(k, read)) *v = read;
+    }
     void short16(const char* k, int16_t* v) {
         int32_t wide = 0;
-        if (d->readInt(k, &wide)) *v = static_cast<int16_t>(wide);
+        if (d->readInt(k, &wide) && acceptable(k, wide)) *v = static_cast<int16_t>(wide);
     }
     void text(const char* k, char* v, size_t size) { d->readText(k, v, size); }
     void rect(const char* k, ViewPrefs* p) {
@@ -117,6 +179,8 @@ struct Reader {
         float r[4];
         if (std::sscanf(d->stringForKey(k).c_str(), "%f %f %f %f", &r[0], &r[1], &r[2], &r[3]) != 4)
             return;
+        for (const float x : r)
+            if (!acceptable(k, x)) return;
         std::memcpy(p->visibleRect, r, sizeof r);
         p->hasVisibleRect = true;
     }
@@ -167,9 +231,10 @@ void SavePrefs(const SiteRec& site, const ViewPrefs& view, UserDefaults* default
     VisitPrefs(writer, const_cast<SiteRec*>(&site), const_cast<ViewPrefs*>(&view));
 }
 
-void ReadPrefs(const UserDefaults& defaults, SiteRec* site, ViewPrefs* view) {
+void ReadPrefs(const UserDefaults& defaults, SiteRec* site, ViewPrefs* view,
+               std::vector<std::string>* problems) {
     CNumericLocale cLocale;
-    Reader reader{&defaults};
+    Reader reader{&defaults, problems};
     VisitPrefs(reader, site, view);
     defaults.readBool(prefkeys::kTrackListEnabled, &view->trackListEnabled);
     if (defaults.contains(prefkeys::kTrackListString))

@@ -84,10 +84,12 @@ std::vector<std::string> PrefKeys();
 void SavePrefs(const SiteRec& site, const ViewPrefs& view, UserDefaults* defaults);
 
 // Reads back every key that is stored; a missing or unreadable key leaves the
-// value standing. Then brings siteLatRads, siteLongRads and siteMinElevRads
-// in line with the degrees and runs SitePreCalc. Also reads the track-list
-// keys.
-void ReadPrefs(const UserDefaults& defaults, SiteRec* site, ViewPrefs* view);
+// value standing, and so does a number that is NaN, infinite or outside the
+// setting's range, which is also described in *problems when given. Then brings siteLatRads,
+// siteLongRads and siteMinElevRads in line with the degrees and runs SitePreCalc. Also reads the
+// track-list keys.
+void ReadPrefs(const UserDefaults& defaults, SiteRec* site, ViewPrefs* view,
+               std::vector<std::string>* problems = nullptr);
 
 // The user-defaults key of a satellite's tuning offsets.
 std::string TweaksKey(const char* satelliteName);

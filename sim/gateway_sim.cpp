@@ -2,11 +2,12 @@
 
 #include "sim/gateway_sim.h"
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
+
+#include "sim/sim_line.h"
 
 namespace veloran::sim {
 
@@ -99,22 +100,15 @@ bool GatewayBoard::keyedOverCarrier() const {
     return keyedOverCarrier_;
 }
 
-namespace {
-
-volatile std::sig_atomic_t gStopGateway = 0;
-void OnGatewaySignal(int) {
-    gStopGateway = 1;
-}
-
-}  // namespace
-
 int RunGatewaySimulator(int argc, char** argv) {
+    LineOptions line;
+    if (!TakeLineOptions(&argc, argv, &line)) return 2;
     GatewayBoard board;
     for (int i = 0; i < argc; ++i) {
         if (std::strcmp(argv[i], "--carrier") == 0) {
             board.setCarrier(true);
         } else {
-            std::fprintf(stderr, "usage: veloran-sim gateway [--carrier]\n");
+            std::fprintf(stderr, "veloran-sim: unknown option %s (try --help)\n", argv[i]);
             return 2;
         }
     }
@@ -123,21 +117,22 @@ int RunGatewaySimulator(int argc, char** argv) {
         std::fprintf(stderr, "veloran-sim: cannot create a pseudo-terminal\n");
         return 1;
     }
-    std::signal(SIGINT, OnGatewaySignal);
-    std::signal(SIGTERM, OnGatewaySignal);
+    server.setTrace(line.verbose);
     server.start(&board);
     std::printf("%s\n", server.path().c_str());
     std::fflush(stdout);
     std::fprintf(stderr, "veloran-sim: simulated gateway on %s%s\n", server.path().c_str(),
                  board.keyed() ? " (keyed)" : "");
     bool wasKeyed = false;
-    while (!gStopGateway) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        const bool keyed = board.keyed();
-        if (keyed != wasKeyed)
-            std::fprintf(stderr, "veloran-sim: transmitter %s\n", keyed ? "keyed" : "unkeyed");
-        wasKeyed = keyed;
-    }
+    RunLine(
+        line,
+        [&] {
+            const bool keyed = board.keyed();
+            if (keyed != wasKeyed)
+                std::fprintf(stderr, "veloran-sim: transmitter %s\n", keyed ? "keyed" : "unkeyed");
+            wasKeyed = keyed;
+        },
+        [&] { server.setMute(true); }, [&] { server.hangUp(); });
     server.stop();
     return 0;
 }

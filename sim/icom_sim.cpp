@@ -8,6 +8,8 @@
 #include <cstring>
 #include <utility>
 
+#include "sim/sim_line.h"
+
 namespace veloran::sim {
 
 namespace {
@@ -301,6 +303,8 @@ int RunIcomSimulator(const char* model, int argc, char** argv) {
         std::fprintf(stderr, "unknown Icom model %s (ic910, ic821, ic706)\n", model ? model : "");
         return 2;
     }
+    LineOptions line;
+    if (!TakeLineOptions(&argc, argv, &line)) return 2;
     uint8_t address = IcomDefaultAddress(which);
     bool transmitting = false, silent = false, garbage = false;
     for (int i = 0; i < argc; ++i) {
@@ -312,6 +316,9 @@ int RunIcomSimulator(const char* model, int argc, char** argv) {
             silent = true;
         } else if (std::strcmp(argv[i], "--garbage") == 0) {
             garbage = true;
+        } else {
+            std::fprintf(stderr, "veloran-sim: unknown option %s (try --help)\n", argv[i]);
+            return 2;
         }
     }
     IcomSimulator radio(which, address);
@@ -323,9 +330,12 @@ int RunIcomSimulator(const char* model, int argc, char** argv) {
         std::perror("openpty");
         return 1;
     }
+    pty.setTrace(line.verbose);
     std::printf("%s\n", pty.path().c_str());
     std::fflush(stdout);
-    pty.serveForever(&radio);
+    pty.start(&radio);
+    RunLine(
+        line, nullptr, [&] { pty.setMute(true); }, [&] { pty.hangUp(); });
     return 0;
 }
 

@@ -17,6 +17,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "sim/sim_line.h"
+
 namespace veloran::sim {
 
 namespace {
@@ -78,6 +80,8 @@ void command(RotorSim* sim, double az, double el) {
 }
 
 void reply(RotorSim* sim, const char* text, size_t length) {
+    if (sim->mute) return;
+    if (sim->trace) TraceBytes("->", reinterpret_cast<const uint8_t*>(text), length);
     sim->sent.append(text, length);
     size_t done = 0;
     while (done < length) {
@@ -331,6 +335,8 @@ int ServeRotorSim(RotorSim* sim, int waitMs) {
     char bytes[512];
     const ssize_t n = ::read(sim->master, bytes, sizeof bytes);
     if (n <= 0) return 0;
+    if (sim->trace)
+        TraceBytes("<-", reinterpret_cast<const uint8_t*>(bytes), static_cast<size_t>(n));
     std::lock_guard<std::mutex> lock(sim->mutex);
     move(sim, now(sim));
     sim->received.append(bytes, static_cast<size_t>(n));

@@ -74,6 +74,8 @@ struct RotorSim {
 
     std::thread worker;
     std::atomic<bool> running{false};
+    std::atomic<bool> mute{false};   // read and act, answer nothing
+    std::atomic<bool> trace{false};  // every byte in and out on standard error
 };
 
 // Creates the pseudo-terminal and puts the rotor at rest at (azimuth,

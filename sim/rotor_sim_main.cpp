@@ -11,14 +11,16 @@
 #include <thread>
 
 #include "sim/rotor_sim.h"
+#include "sim/sim_line.h"
 
 namespace veloran::sim {
 
 namespace {
 
 void usage() {
-    std::fprintf(stderr, "usage: veloran-sim rotor %s [--speed DEG_PER_S] [--az DEG] [--el DEG]\n",
-                 RotorProtocolNames());
+    std::fprintf(stderr,
+                 "usage: veloran-sim rotor %s [--speed DEG_PER_S] [--az DEG] [--el DEG]\n%s",
+                 RotorProtocolNames(), kLineOptionsHelp);
 }
 
 bool number(const char* text, double* out) {
@@ -32,6 +34,8 @@ bool number(const char* text, double* out) {
 }  // namespace
 
 int RunRotorSimulator(int argc, char** argv) {
+    LineOptions line;
+    if (!TakeLineOptions(&argc, argv, &line)) return 2;
     RotorProtocol protocol;
     if (argc < 1 || !RotorProtocolFromName(argv[0], &protocol)) {
         usage();
@@ -56,28 +60,35 @@ int RunRotorSimulator(int argc, char** argv) {
         std::fprintf(stderr, "veloran-sim: no pseudo-terminal available\n");
         return 1;
     }
+    sim.trace = line.verbose;
     std::printf("%s\n", sim.slavePath);
     std::fflush(stdout);
     size_t shownCommands = 0;
     size_t shownControls = 0;
     bool atRest = true;
-    for (;;) {
-        ServeRotorSim(&sim, 200);
-        const RotorSimState s = RotorSimSnapshot(&sim);
-        for (; shownCommands < s.commands.size(); ++shownCommands) {
-            std::printf("command az %.1f el %.1f\n", s.commands[shownCommands].azimuth,
-                        s.commands[shownCommands].elevation);
-        }
-        for (; shownControls < s.controls.size(); ++shownControls) {
-            std::printf("other \"%s\"\n", s.controls[shownControls].c_str());
-        }
-        const bool still =
-            s.currentAzimuth == s.commandedAzimuth && s.currentElevation == s.commandedElevation;
-        if (still && !atRest)
-            std::printf("reached az %.1f el %.1f\n", s.currentAzimuth, s.currentElevation);
-        atRest = still;
-        std::fflush(stdout);
-    }
+    StartRotorSimThread(&sim);
+    RunLine(
+        line,
+        [&] {
+            const RotorSimState s = RotorSimSnapshot(&sim);
+            for (; shownCommands < s.commands.size(); ++shownCommands) {
+                std::printf("command az %.1f el %.1f\n", s.commands[shownCommands].azimuth,
+                            s.commands[shownCommands].elevation);
+            }
+            for (; shownControls < s.controls.size(); ++shownControls) {
+                std::printf("other \"%s\"\n", s.controls[shownControls].c_str());
+            }
+            const bool still = s.currentAzimuth == s.commandedAzimuth &&
+                               s.currentElevation == s.commandedElevation;
+            if (still && !atRest)
+                std::printf("reached az %.1f el %.1f\n", s.currentAzimuth, s.currentElevation);
+            atRest = still;
+            std::fflush(stdout);
+        },
+        [&] { sim.mute = true; }, [] {});
+    StopRotorSimThread(&sim);
+    CloseRotorSim(&sim);
+    return 0;
 }
 
 }  // namespace veloran::sim

@@ -11,6 +11,8 @@
 
 #include <cerrno>
 
+#include "sim/sim_line.h"
+
 namespace veloran::sim {
 
 PtyServer::~PtyServer() {
@@ -39,6 +41,13 @@ void PtyServer::start(SimDevice* device) {
 void PtyServer::stop() {
     stopping_ = true;
     if (thread_.joinable()) thread_.join();
+}
+
+void PtyServer::hangUp() {
+    stop();
+    if (slave_ != -1) ::close(slave_);
+    if (master_ != -1) ::close(master_);
+    slave_ = master_ = -1;
 }
 
 void PtyServer::serveForever(SimDevice* device) {
@@ -73,10 +82,13 @@ bool PtyServer::pump(SimDevice* device, int waitMilliseconds) {
         if (n < 0 && errno != EINTR && errno != EAGAIN) ::usleep(10000);
         return false;
     }
+    if (trace_) TraceBytes("<-", in, static_cast<size_t>(n));
     std::vector<uint8_t> out;
     for (ssize_t i = 0; i < n; ++i) {
         out.clear();
         device->receive(in[i], &out);
+        if (mute_) out.clear();
+        if (trace_) TraceBytes("->", out.data(), out.size());
         size_t done = 0;
         while (done < out.size()) {
             const ssize_t w = ::write(master_, out.data() + done, out.size() - done);

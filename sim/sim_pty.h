@@ -39,6 +39,14 @@ class PtyServer {
     void waitIdle() const;
     // Serves `device` on the calling thread, for ever.
     void serveForever(SimDevice* device);
+    // Traces every byte in and out on standard error.
+    void setTrace(bool on) { trace_ = on; }
+    // The device stops answering: what the program sends is still read and
+    // acted on, but nothing goes back.
+    void setMute(bool on) { mute_ = on; }
+    // Pulls the plug: stops serving and closes both sides, so the program
+    // sees a hang-up.
+    void hangUp();
 
   private:
     void serve(SimDevice* device);
@@ -49,7 +57,9 @@ class PtyServer {
     std::string path_;
     std::thread thread_;
     std::atomic<bool> stopping_{false};
-    std::atomic<bool> busy_{false};  // between taking bytes off the line and answering them
+    std::atomic<bool> busy_{false};
+    std::atomic<bool> trace_{false};
+    std::atomic<bool> mute_{false};  // between taking bytes off the line and answering them
 };
 
 }  // namespace veloran::sim

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "sim/sim_line.h"
+
 namespace veloran::sim {
 
 namespace {
@@ -194,15 +196,21 @@ void Ts2000Simulator::clearRecords() {
 }
 
 int RunTs2000Simulator(int argc, char** argv) {
+    LineOptions line;
+    if (!TakeLineOptions(&argc, argv, &line)) return 2;
     Ts2000Simulator radio;
     Ts2000SimState state = radio.state();
     for (int i = 0; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--silent") == 0)
+        if (std::strcmp(argv[i], "--silent") == 0) {
             radio.setSilent(true);
-        else if (std::strcmp(argv[i], "--garbage") == 0)
+        } else if (std::strcmp(argv[i], "--garbage") == 0) {
             radio.setGarbage(true);
-        else if (std::strcmp(argv[i], "--packet") == 0)
+        } else if (std::strcmp(argv[i], "--packet") == 0) {
             state.packetMode = true;
+        } else {
+            std::fprintf(stderr, "veloran-sim: unknown option %s (try --help)\n", argv[i]);
+            return 2;
+        }
     }
     radio.setState(state);
     PtyServer pty;
@@ -210,9 +218,12 @@ int RunTs2000Simulator(int argc, char** argv) {
         std::perror("openpty");
         return 1;
     }
+    pty.setTrace(line.verbose);
     std::printf("%s\n", pty.path().c_str());
     std::fflush(stdout);
-    pty.serveForever(&radio);
+    pty.start(&radio);
+    RunLine(
+        line, nullptr, [&] { pty.setMute(true); }, [&] { pty.hangUp(); });
     return 0;
 }
 

@@ -129,6 +129,11 @@ Station::~Station() {
 }
 
 int Station::start(std::string* error) {
+    // Left by a write that a crash or a kill interrupted; nobody else writes
+    // here while this process holds the folder's lock.
+    RemoveStaleTemporaryFiles({paths_.keplerFile, paths_.downloadFile, paths_.placesFile,
+                               paths_.userModesFile, paths_.userModesFile + ".bak",
+                               paths_.settingsFile});
     parts_ = std::make_unique<Parts>(paths_.settingsFile, paths_.resourceDir + "/sounds");
     Parts& p = *parts_;
 

@@ -58,12 +58,12 @@ class Station {
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
 
-    // On the core thread: creates the settings store (with the options laid
-    // over it), the speech, sounds, download and serial-port services, the
-    // controller and the track list, runs the start-up sequence and starts
-    // the 1 s and 15 s timers there. 1, or 0 with the reason in *error (a
-    // satellite named by --sat or --track that the element sets do not hold;
-    // the message names the ones they do).
+    // On the core thread, once the front end holds the folder's InstanceLock:
+    // removes temporary files that interrupted writes left, creates the settings store (with the
+    // options laid over it), the speech, sounds, download and serial-port services, the controller
+    // and the track list, runs the start-up sequence and starts the 1 s and 15 s timers there. 1,
+    // or 0 with the reason in *error (a satellite named by --sat or --track that the element sets
+    // do not hold; the message names the ones they do).
     int start(std::string* error);
 
     // On the core thread: stops the timers, saves the settings (not the

@@ -58,6 +58,23 @@ TEST(ModesActions, ImportKeepsTheOldUserFileAside) {
     EXPECT_EQ(rig.ui.channelItems, (std::vector<std::string>{"Theirs"}));
 }
 
+// A backup that cannot be written (here a folder stands where it goes, as a
+// full disk would refuse it) stops the import: the user's file stays.
+TEST(ModesActions, ImportStopsWhenTheBackupFails) {
+    ControllerRig rig;
+    rig.app->loadKepsAndModes();
+    MakeDirectories(rig.paths.userModesFile + ".bak");
+    WriteText(rig.paths.userModesFile, "Satellite:\tAO-7\nChannel:\tMine\n\n");
+    WriteText(rig.dir.file("theirs.txt"), "Satellite:\tFO-29\nChannel:\tTheirs\n\n");
+    rig.files.answer = rig.dir.file("theirs.txt");
+    rig.app->importModes();
+    EXPECT_EQ(ReadText(rig.paths.userModesFile), "Satellite:\tAO-7\nChannel:\tMine\n\n");
+    ASSERT_EQ(rig.ui.alerts.size(), 1u);
+    EXPECT_NE(rig.ui.alerts[0].find("Cannot back up " + rig.paths.userModesFile + ": "),
+              std::string::npos)
+        << rig.ui.alerts[0];
+}
+
 TEST(ModesActions, DefaultModesClearsOffsetsAndGoesBackToTheBundledFile) {
     ControllerRig rig;
     rig.app->loadKepsAndModes();

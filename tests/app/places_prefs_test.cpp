@@ -1,7 +1,9 @@
 // The places list and the settings through the controller.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <cstdio>
 #include <cstring>
 
 #include "fakes.h"
@@ -11,6 +13,30 @@ namespace {
 
 using testing::ControllerRig;
 using testing::ReadText;
+
+// A places or modes file that is there but cannot be read (here a named pipe,
+// which as root is what stays unreadable) is never replaced by a change: the
+// user's file would be lost for what the program fell back on.
+TEST(ControllerFiles, AnUnreadableFileIsNeverRewritten) {
+    ControllerRig rig;
+    MakeDirectories(rig.paths.configDir);
+    std::remove(rig.paths.placesFile.c_str());
+    ASSERT_EQ(mkfifo(rig.paths.placesFile.c_str(), 0644), 0);
+    ASSERT_EQ(mkfifo(rig.paths.userModesFile.c_str(), 0644), 0);
+    rig.app->loadKepsAndModes();
+    rig.app->loadLocations();
+    rig.ui.sheet[0] = "Quillfern";
+    rig.ui.sheet[3] = "43.7064";
+    rig.ui.sheet[4] = "-79.2442";
+    rig.app->locationOK();
+    rig.app->MarkSatelliteEnabled(0, 0);
+    struct stat places {
+    }, modes{};
+    ASSERT_EQ(stat(rig.paths.placesFile.c_str(), &places), 0);
+    ASSERT_EQ(stat(rig.paths.userModesFile.c_str(), &modes), 0);
+    EXPECT_TRUE(S_ISFIFO(places.st_mode));
+    EXPECT_TRUE(S_ISFIFO(modes.st_mode));
+}
 
 TEST(ControllerPlaces, LoadChooseAddAndRemove) {
     ControllerRig rig;

@@ -166,7 +166,9 @@ TEST(Cli, Help) {
     EXPECT_EQ(Cli("look --help").status, 0);
 }
 
-TEST(Cli, HostileElementFileDoesNotCrash) {
+// Garbage, a folder and a device are refused at once with exit 2, never
+// read for ever or shown as rows of nan.
+TEST(Cli, HostileElementFilesAreRefused) {
     const std::string path = ::testing::TempDir() + "cli_hostile.dat";
     {
         std::ofstream f(path, std::ios::binary);
@@ -174,8 +176,18 @@ TEST(Cli, HostileElementFileDoesNotCrash) {
         for (int i = 0; i < 256; ++i) f << static_cast<char>(i);
         f << "\nNAME\n1 nan\n2 nan\n";
     }
-    const CliRun run = Cli("look " + path + " --time 2026-11-21T12:00:00Z");
-    EXPECT_EQ(run.status, 0) << run.out;
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {path, "holds no two-line element sets"},
+        {::testing::TempDir(), "is a folder, not a file"},
+        {"/dev/null", "is not a regular file"},
+        {"--modes=/ --sat AO-7", "cannot open modes file /: is a folder"},
+    };
+    for (const auto& [file, message] : cases) {
+        const CliRun run = Cli("look " + file + " --time 2026-11-21T12:00:00Z");
+        EXPECT_EQ(run.status, 2) << file << ": " << run.out;
+        EXPECT_NE(run.out.find(message), std::string::npos) << run.out;
+        EXPECT_EQ(run.out.find("nan"), std::string::npos) << run.out;
+    }
 }
 
 // A CelesTrak-style file with long names and an OMM JSON file leave element

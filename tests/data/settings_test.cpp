@@ -291,3 +291,59 @@ TEST(TrackList, StoredAsNamesEachFollowedByABlank) {
 
 }  // namespace
 }  // namespace veloran
+
+namespace veloran {
+namespace {
+
+// A hand-edited settings file: every number that is not finite or not in
+// its setting's range is refused, said, and the default kept.
+TEST(SettingsValidation, BadNumbersFallBackToTheDefaults) {
+    const std::vector<std::pair<std::string, std::string>> bad = {
+        {"commandDelay", "inf"},
+        {"commandDelay", "nan"},
+        {"commandDelay", "-3"},
+        {"site_latitude", "91"},
+        {"site_longitude", "-1e300"},
+        {"siteAltitude", "NaN"},
+        {"radiobaud", "99"},
+        {"radio", "-2"},
+        {"rotor", "12"},
+        {"icomAddress", "256"},
+        {"siteMinimumElevation", "inf"},
+        {"main_sat_num", "0"},
+        {"2D_Visible_Rect", "0 0 nan 10"},
+    };
+    SiteRec defaults;
+    SetSiteDefaults(&defaults);
+    for (const auto& [key, text] : bad) {
+        MemoryUserDefaults stored;
+        stored.setString(key, text);
+        SiteRec site;
+        SetSiteDefaults(&site);
+        ViewPrefs view;
+        std::vector<std::string> problems;
+        ReadPrefs(stored, &site, &view, &problems);
+        ASSERT_EQ(problems.size(), 1u) << key << "=" << text;
+        EXPECT_EQ(problems[0].rfind(key + "=" + text + " is not a", 0), 0u) << problems[0];
+        EXPECT_EQ(site.commandDelay, defaults.commandDelay) << key;
+        EXPECT_EQ(site.siteLatDegs, defaults.siteLatDegs) << key;
+        EXPECT_EQ(site.siteLongDegs, defaults.siteLongDegs) << key;
+        EXPECT_EQ(site.radioBaud, defaults.radioBaud) << key;
+        EXPECT_EQ(view.mainSatNum, 1) << key;
+        EXPECT_FALSE(view.hasVisibleRect) << key;
+    }
+    MemoryUserDefaults good;
+    good.setString("commandDelay", "12.5");
+    good.setString("site_longitude", "-0.13");
+    SiteRec site;
+    SetSiteDefaults(&site);
+    ViewPrefs view;
+    std::vector<std::string> problems;
+    ReadPrefs(good, &site, &view, &problems);
+    EXPECT_TRUE(problems.empty());
+    EXPECT_FLOAT_EQ(site.commandDelay, 12.5f);
+    EXPECT_DOUBLE_EQ(site.siteLongDegs, -0.13);
+}
+
+}  // namespace
+}  // namespace veloran

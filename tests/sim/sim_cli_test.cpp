@@ -2,6 +2,7 @@
 // veloran-cli radio tunes it as the tracker would, and the simulator's
 // final state shows the frequencies it was given.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -92,6 +93,61 @@ TEST(SimulatorWithTheProgram, SilentRadioIsReported) {
                               " --delay 0 --up 145.9 --down 435.8 --mode JA_SSB");
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.out.find("does not answer"), std::string::npos) << run.out;
+}
+
+// Every kind of simulator, as a table: the command that starts it.
+const std::vector<std::vector<const char*>> kEveryModel = {
+    {VELORAN_SIM_EXE, "radio", "ft847"},  {VELORAN_SIM_EXE, "radio", "ic910"},
+    {VELORAN_SIM_EXE, "radio", "ts2000"}, {VELORAN_SIM_EXE, "rotor", "gs232"},
+    {VELORAN_SIM_EXE, "gateway"},
+};
+
+std::vector<const char*> With(std::vector<const char*> argv, std::vector<const char*> more) {
+    argv.insert(argv.end(), more.begin(), more.end());
+    return argv;
+}
+
+TEST(SimulatorWithTheProgram, VerboseTracesTheTrafficOfEveryModel) {
+    for (const auto& model : kEveryModel) {
+        Child sim(With(model, {"--verbose"}));
+        const std::string path = DevicePath(&sim);
+        ASSERT_EQ(path.rfind("/dev/", 0), 0u) << model[2];
+        const int fd = open(path.c_str(), O_RDWR | O_NOCTTY);
+        ASSERT_GE(fd, 0);
+        const unsigned char bytes[5] = {0x00, 0x01, 0x02, 0x03, 0x04};
+        ASSERT_EQ(write(fd, bytes, sizeof bytes), 5);
+        usleep(300000);  // the simulators trace what they have read every 50 ms
+        close(fd);
+        std::string traced;
+        const std::string log = sim.stop();
+        for (size_t at = log.find("<-"); at != std::string::npos; at = log.find("<-", at + 1))
+            traced += log.substr(at + 2, log.find('\n', at) - at - 2);
+        EXPECT_NE(traced.find(" 00 01 02 03 04"), std::string::npos) << model[1] << ": " << log;
+    }
+}
+
+TEST(SimulatorWithTheProgram, EveryModelCanVanish) {
+    for (const auto& model : kEveryModel) {
+        Child sim(With(model, {"--silent-after", "0", "--vanish-after", "0.2"}));
+        ASSERT_EQ(DevicePath(&sim).rfind("/dev/", 0), 0u);
+        int status = -1;
+        waitpid(sim.pid, &status, 0);  // it exits by itself
+        sim.pid = -1;
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << model[1];
+        const std::string log = sim.stop();
+        EXPECT_NE(log.find("gone silent"), std::string::npos) << log;
+        EXPECT_NE(log.find("hung up"), std::string::npos) << log;
+    }
+}
+
+TEST(SimulatorWithTheProgram, HelpWorksOnEverySubcommand) {
+    for (const std::string words : {"--help", "radio --help", "radio ic910 --help", "rotor --help",
+                                    "gateway -h", "radio ft847 --help"}) {
+        int status = -1;
+        const std::string out = RunCommand(std::string(VELORAN_SIM_EXE) + " " + words, &status);
+        EXPECT_EQ(status, 0) << words << ": " << out;
+        EXPECT_NE(out.find("--vanish-after N"), std::string::npos) << words << ": " << out;
+    }
 }
 
 TEST(SimulatorWithTheProgram, UnknownModelAndMissingPortAreClearErrors) {

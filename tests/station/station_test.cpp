@@ -14,6 +14,7 @@
 
 #include "app/appcontroller.h"
 #include "app/silentui.h"
+#include "tests/data/scratch.h"
 
 namespace veloran {
 namespace {
@@ -37,7 +38,10 @@ TEST(StationThread, RunsTheCoreOffTheCallersThreadAndStops) {
     frontEnd.trackListUi = &ui;
     StationOptions options;
     options.sat = "FO-29";
-    StationThread core(options, TempFolders("station_thread"), frontEnd);
+    const DataPaths paths = TempFolders("station_thread");
+    const std::string stale = paths.keplerFile + ".Ab12Cd";
+    testing::WriteText(stale, "half a file");
+    StationThread core(options, paths, frontEnd);
     std::string error;
     ASSERT_EQ(core.start(&error), 1) << error;
 
@@ -50,6 +54,7 @@ TEST(StationThread, RunsTheCoreOffTheCallersThreadAndStops) {
     });
     while (ranOn == 0) QThread::yieldCurrentThread();
     EXPECT_EQ(ranOn, 1);
+    EXPECT_FALSE(FileExists(stale)) << "an interrupted write's leftover is removed at start";
     EXPECT_EQ(mainSat, 2) << "--sat FO-29, the second entry of the bundled sets";
     core.stop();
     core.post([&](Station&) { ranOn = 3; });
