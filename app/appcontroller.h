@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/announcements.h"
+#include "app/controlsmodel.h"
 #include "app/interfaces.h"
 #include "data/files.h"
 #include "data/kepssources.h"
@@ -270,9 +271,18 @@ class AppController {
     int32_t moonNum() const { return mMoonNum; }
     int32_t sunNum() const { return mSunNum; }
     const ViewPrefs& viewPrefs() const { return mViewPrefs; }
+    // The controls as the core knows them. A front end sets the fields an
+    // action reads (the chosen mode, place, sheet, map area, tab) before
+    // running it; core thread only.
+    ControlsModel& controls() { return mControls; }
+    const ControlsModel& controls() const { return mControls; }
     const DataPaths& paths() const { return paths_; }
 
   private:
+    // Keep the controls' copy in step with what the outlets show.
+    void scaleMapRect(double scale);
+    void resetVfoSlider();
+
     // The window's outlets as the radio and rotor code sees them.
     struct RadioOutlets : RadioUi {
         AppController* app = nullptr;
@@ -383,6 +393,7 @@ class AppController {
     bool mGiveOneMinuteWarning = false;
     int32_t mLastSat = -1;
     int32_t m2DMapFrameWidth = 1024;
+    ControlsModel mControls;
     double lastPosition = 0;    // the VFO slider's last position
     double mUplinkStepper = 0;  // the trim steppers' last values, MHz
     double mDownlinkStepper = 0;

@@ -35,6 +35,7 @@ struct ViewFrame {
 
 // The main window's outlets: pop-ups, text fields, alerts, beeps. Every call
 // comes from the core thread; an implementation forwards it to its window.
+// Outlets only: what the core reads of the controls is its ControlsModel.
 class UserInterface {
   public:
     virtual ~UserInterface() = default;
@@ -55,21 +56,15 @@ class UserInterface {
     // The channel pop-up of the radio panel and the tuning slider.
     virtual void removeAllChannelItems() = 0;
     virtual void addChannelItem(const std::string& name) = 0;
-    virtual int channelItemCount() const = 0;
     virtual void selectChannelItem(int index) = 0;
-    virtual int selectedChannelIndex() const = 0;
     virtual void setVfoSlider(double value) = 0;
 
     // The places combo box, the latitude and longitude fields beside it.
     virtual void removeAllLocationItems() = 0;
     virtual void addLocationItem(const std::string& name) = 0;
-    // The selected place, -1 for none.
-    virtual int selectedLocationIndex() const = 0;
     virtual void showLocation(const std::string& name, const std::string& latitude,
                               const std::string& longitude) = 0;
-    // The add-place sheet: its five fields as typed, and closing it.
-    virtual void readLocationSheet(std::string* city, std::string* state, std::string* country,
-                                   std::string* latitude, std::string* longitude) const = 0;
+    // The add-place sheet has been read: close it.
     virtual void closeLocationSheet() = 0;
 
     // The settings shown in the controls (start-up and after "Cancel").
@@ -129,9 +124,6 @@ class UserInterface {
     // The zoom changed the map's width (pixels); its visible rectangle
     // scales by `scale` (2 in, 0.5 out).
     virtual void zoomMap(int32_t /*width*/, double /*scale*/) {}
-    // The map's visible area now (x, y, width, height), saved at quit as
-    // "2D_Visible_Rect"; false when there is no map.
-    virtual bool mapVisibleRect(double* /*rect4*/) const { return false; }
     // The main window shown or hidden (it is never really closed).
     virtual void showMainWindow(bool /*shown*/) {}
     // The drawing of this tick, only while the window is open: the horizon

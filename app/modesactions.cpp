@@ -99,10 +99,10 @@ void AppController::exportModes() {
 }
 
 void AppController::modeChanged() {
-    services_.ui->setVfoSlider(0.0);
+    resetVfoSlider();
     SatRec* sat = mainSatellite();
     if (sat == nullptr) return;
-    const int chosen = services_.ui->selectedChannelIndex();
+    const int chosen = mControls.selectedChannel;
     if (chosen < 0 || chosen >= kMaxModes) return;
     sat->selectedModeIndex = chosen;
     updateVFO(1);
@@ -117,19 +117,26 @@ void AppController::HandleNewSatellite() {
     mSite.deadSpotCrossed = 0;
     LoadTweaks(mMainSatNum - 1);
     UserInterface* ui = services_.ui;
-    ui->setVfoSlider(0.0);
+    resetVfoSlider();
+    mControls.channelCount = 0;
+    mControls.selectedChannel = 0;
     ui->removeAllChannelItems();
     if (sat->numberOfActiveChannels < 1) {
+        ++mControls.channelCount;
         ui->addChannelItem("No Modes");
     } else {
-        for (int m = 0; m < sat->numberOfActiveChannels && m < kMaxModes; ++m)
+        for (int m = 0; m < sat->numberOfActiveChannels && m < kMaxModes; ++m) {
+            ++mControls.channelCount;
             ui->addChannelItem(sat->modes[m].channel);
+        }
         // A stored choice outside the mode table (a hand-edited settings
         // file) falls back to the first mode.
         const int32_t remembered = services_.defaults->integerForKey(sat->name);
         sat->selectedModeIndex = remembered >= 0 && remembered < kMaxModes ? remembered : 0;
-        if (ui->channelItemCount() > 0 && sat->selectedModeIndex < ui->channelItemCount())
+        if (sat->selectedModeIndex < mControls.channelCount) {
+            mControls.selectedChannel = sat->selectedModeIndex;
             ui->selectChannelItem(sat->selectedModeIndex);
+        }
     }
     NextSatelliteAnnouncement();
     displaySatName();

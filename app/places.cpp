@@ -24,6 +24,7 @@ std::string FormatDegrees(double degrees) {
 
 void AppController::loadLocations() {
     UserInterface* ui = services_.ui;
+    mControls.selectedLocation = -1;
     ui->removeAllLocationItems();
     mPlacesUnreadable = 0;
     if (!LoadPlaces(paths_.placesFile, &mLocations)) {
@@ -52,7 +53,7 @@ void AppController::rewriteLocations() {
 }
 
 void AppController::locationChosen() {
-    const int index = services_.ui->selectedLocationIndex();
+    const int index = mControls.selectedLocation;
     if (index < 0 || index >= static_cast<int>(mLocations.places.size())) return;
     const Location& place = mLocations.places[static_cast<size_t>(index)];
     ApplyLocationToSite(place, &mSite);
@@ -64,8 +65,11 @@ void AppController::locationChosen() {
 void AppController::locationOK() {
     std::string latitude, longitude;
     Location place;
-    services_.ui->readLocationSheet(&place.city, &place.state, &place.country, &latitude,
-                                    &longitude);
+    place.city = mControls.city;
+    place.state = mControls.state;
+    place.country = mControls.country;
+    latitude = mControls.latitude;
+    longitude = mControls.longitude;
     {
         CNumericLocale cLocale;
         place.latDegs = std::strtod(latitude.c_str(), nullptr);
@@ -87,7 +91,7 @@ void AppController::locationOK() {
 }
 
 void AppController::removeLocation() {
-    const int index = services_.ui->selectedLocationIndex();
+    const int index = mControls.selectedLocation;
     if (index < 0 || index >= static_cast<int>(mLocations.places.size())) {
         services_.ui->beep();
         return;

@@ -15,16 +15,11 @@ class SilentUserInterface : public UserInterface {
     void beep() override {}
     void removeAllChannelItems() override {}
     void addChannelItem(const std::string&) override {}
-    int channelItemCount() const override { return 0; }
     void selectChannelItem(int) override {}
-    int selectedChannelIndex() const override { return 0; }
     void setVfoSlider(double) override {}
     void removeAllLocationItems() override {}
     void addLocationItem(const std::string&) override {}
-    int selectedLocationIndex() const override { return -1; }
     void showLocation(const std::string&, const std::string&, const std::string&) override {}
-    void readLocationSheet(std::string*, std::string*, std::string*, std::string*,
-                           std::string*) const override {}
     void closeLocationSheet() override {}
     void showSettings(const SiteRec&) override {}
 };

@@ -124,7 +124,7 @@ void AppController::mainTimerTasks() {
     superviseDevices();
 
     if (windowIsOpen) {
-        ui->setVfoSlider(0.0);
+        resetVfoSlider();
         lastPosition = 0;
         if (mUseTrackList && findNextSatInList()) HandleNewSatellite();
     }
@@ -239,10 +239,10 @@ void AppController::sunCalcTask() {
 void AppController::applicationWillTerminate() {
     if (!windowIsOpen) return;
     mViewPrefs.map2DWidth = m2DMapFrameWidth;
-    double rect[4];
-    if (services_.ui->mapVisibleRect(rect)) {
+    if (mControls.hasMapRect) {
         mViewPrefs.hasVisibleRect = true;
-        for (int i = 0; i < 4; ++i) mViewPrefs.visibleRect[i] = static_cast<float>(rect[i]);
+        for (int i = 0; i < 4; ++i)
+            mViewPrefs.visibleRect[i] = static_cast<float>(mControls.mapRect[i]);
     }
     savePrefs();
 }
@@ -282,14 +282,27 @@ void AppController::followSatChanged(bool on) {
 
 void AppController::zoomedin() {
     m2DMapFrameWidth *= 2;
+    scaleMapRect(2.0);
     services_.ui->zoomMap(m2DMapFrameWidth, 2.0);
     services_.ui->setZoomButtons(m2DMapFrameWidth < kWidestMap, true);
 }
 
 void AppController::zoomedout() {
     m2DMapFrameWidth /= 2;
+    scaleMapRect(0.5);
     services_.ui->zoomMap(m2DMapFrameWidth, 0.5);
     services_.ui->setZoomButtons(true, m2DMapFrameWidth > kNarrowestMap);
+}
+
+void AppController::scaleMapRect(double scale) {
+    // The map scales its visible area itself; the copy follows at once so a
+    // quit before the map's next report saves the right rectangle.
+    for (double& v : mControls.mapRect) v *= scale;
+}
+
+void AppController::resetVfoSlider() {
+    mControls.vfoSlider = 0.0;
+    services_.ui->setVfoSlider(0.0);
 }
 
 }  // namespace veloran

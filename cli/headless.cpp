@@ -24,22 +24,13 @@ namespace veloran::cli {
 
 namespace {
 
-// No window: alerts and beeps go to standard error, the channel pop-up is
-// remembered so the chosen mode stays chosen, the rest is dropped.
+// No window: alerts and beeps go to standard error, the rest is dropped.
 class HeadlessUi : public SilentUserInterface, public TrackListUi {
   public:
     void alert(const std::string& title, const std::string& message, const std::string&) override {
         std::fprintf(stderr, "veloran: %s %s\n", title.c_str(), message.c_str());
     }
     void beep() override { std::fprintf(stderr, "veloran: (beep)\n"); }
-    void removeAllChannelItems() override {
-        channels_.clear();
-        selected_ = 0;
-    }
-    void addChannelItem(const std::string& name) override { channels_.push_back(name); }
-    int channelItemCount() const override { return static_cast<int>(channels_.size()); }
-    void selectChannelItem(int index) override { selected_ = index; }
-    int selectedChannelIndex() const override { return selected_; }
     void setRadioChecked(bool on) override { Report("radio", on); }
     void setRotorChecked(bool on) override { Report("rotor", on); }
     void setGatewayChecked(bool on) override { Report("gateway", on); }
@@ -58,8 +49,6 @@ class HeadlessUi : public SilentUserInterface, public TrackListUi {
     static void Report(const char* device, bool on) {
         std::fprintf(stderr, "veloran: %s %s\n", device, on ? "on" : "off");
     }
-    std::vector<std::string> channels_;
-    int selected_ = 0;
     std::string deviceMessages_;
 };
 

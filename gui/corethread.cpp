@@ -92,7 +92,7 @@ bool CoreThread::stop(int waitMs) {
 
 void CoreThread::showWindowPrefs() {
     const UserDefaults& defaults = *station_->defaults();
-    CoreControls& controls = bridge_->controls();
+    ControlsModel& controls = station_->controller()->controls();
     controls.mapTab = static_cast<int>(defaults.integerForKey(kMapTabKey));
     controls.listTab = static_cast<int>(defaults.integerForKey(kListTabKey));
     controls.radioTab = static_cast<int>(defaults.integerForKey(kRadioTabKey));
@@ -114,7 +114,7 @@ void CoreThread::showWindowPrefs() {
 
 void CoreThread::saveWindowPrefs() {
     UserDefaults& defaults = *station_->defaults();
-    const CoreControls& controls = bridge_->controls();
+    const ControlsModel& controls = station_->controller()->controls();
     defaults.setInteger(kMapTabKey, controls.mapTab);
     defaults.setInteger(kListTabKey, controls.listTab);
     defaults.setInteger(kRadioTabKey, controls.radioTab);

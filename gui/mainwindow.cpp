@@ -134,7 +134,7 @@ QWidget* MainWindow::buildTopBar() {
     locations_->setPlaceholderText(tr("Choose a place"));
     connect(locations_, &QComboBox::activated, this, [this](int index) {
         post_([index](CoreSide& s) {
-            s.ui->controls().selectedLocation = index;
+            s.app->controls().selectedLocation = index;
             s.app->locationChosen();
         });
     });
@@ -154,7 +154,7 @@ QWidget* MainWindow::buildTopBar() {
     connect(removePlace, &QToolButton::clicked, this, [this] {
         const int index = locations_->currentIndex();
         post_([index](CoreSide& s) {
-            s.ui->controls().selectedLocation = index;
+            s.app->controls().selectedLocation = index;
             s.app->removeLocation();
         });
     });
@@ -165,7 +165,7 @@ QWidget* MainWindow::buildTopBar() {
         const std::string latitude = placeSheet_->latitude().toStdString();
         const std::string longitude = placeSheet_->longitude().toStdString();
         post_([=](CoreSide& s) {
-            CoreControls& c = s.ui->controls();
+            ControlsModel& c = s.app->controls();
             c.city = city;
             c.state = state;
             c.country = country;
@@ -206,7 +206,7 @@ QWidget* MainWindow::buildMapArea() {
     map_ = new MapWidget;
     mapTabs_->addTab(map_, tr("World Map"));
     connect(mapTabs_, &QTabWidget::currentChanged, this, [this](int index) {
-        post_([index](CoreSide& s) { s.ui->controls().mapTab = index; });
+        post_([index](CoreSide& s) { s.app->controls().mapTab = index; });
     });
     connect(map_, &MapWidget::zoomInClicked, this,
             [this] { post_([](CoreSide& s) { s.app->zoomedin(); }); });
@@ -221,7 +221,7 @@ QWidget* MainWindow::buildMapArea() {
     });
     connect(map_, &MapWidget::visibleRectChanged, this, [this](QRectF rect, int) {
         post_([rect](CoreSide& s) {
-            CoreControls& c = s.ui->controls();
+            ControlsModel& c = s.app->controls();
             c.hasMapRect = !rect.isEmpty();
             c.mapRect[0] = rect.x();
             c.mapRect[1] = rect.y();
@@ -270,7 +270,7 @@ QWidget* MainWindow::buildLowerPanel() {
     radioTabs_->addTab(new RotorPanel(bridge_, post_), tr("Rotor"));
     radioTabs_->setMinimumWidth(520);
     connect(radioTabs_, &QTabWidget::currentChanged, this, [this](int index) {
-        post_([index](CoreSide& s) { s.ui->controls().radioTab = index; });
+        post_([index](CoreSide& s) { s.app->controls().radioTab = index; });
     });
 
     listTabs_ = new QTabWidget;
@@ -281,7 +281,7 @@ QWidget* MainWindow::buildLowerPanel() {
     listTabs_->addTab(horizon_, tr("Horizon"));
     listTabs_->addTab(new SkyTab(post_), tr("Sky"));
     connect(listTabs_, &QTabWidget::currentChanged, this, [this](int index) {
-        post_([index](CoreSide& s) { s.ui->controls().listTab = index; });
+        post_([index](CoreSide& s) { s.app->controls().listTab = index; });
     });
     connect(trackList_, &TrackListWidget::trackListToggled, this,
             [this](bool on) { post_([on](CoreSide& s) { s.trackList->toggleTrackList(on); }); });

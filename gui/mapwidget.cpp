@@ -2,6 +2,7 @@
 
 #include "gui/mapwidget.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QPaintEvent>
 #include <QPainter>
@@ -12,6 +13,11 @@
 namespace veloran {
 
 namespace {
+
+// Only the map at its narrowest width shrinks to fit the view; zoomed in,
+// the map keeps its pixels and scrolls.
+constexpr int kFittedMapWidth = 1024;
+constexpr int kSmallestFittedWidth = 256;
 
 // The night theme's veil over the map imagery: dark enough not to dazzle
 // in a dark shack, light enough that the coasts still show.
@@ -100,6 +106,7 @@ MapWidget::MapWidget(QWidget* parent) : QWidget(parent) {
         setNightTheme(on);
         emit nightThemeToggled(on);
     });
+    scroll_->installEventFilter(this);
     connect(canvas_, &MapCanvas::resized, this, &MapWidget::applyPendingScroll);
     connect(scroll_->horizontalScrollBar(), &QScrollBar::valueChanged, this,
             &MapWidget::reportVisibleRect);
@@ -112,22 +119,51 @@ MapWidget::MapWidget(QWidget* parent) : QWidget(parent) {
 }
 
 int MapWidget::mapWidth() const {
-    return canvas_->width();
+    return frameWidth_;
+}
+
+QSize MapWidget::canvasSizeFor(int width) const {
+    const QSize frame(width, width / 2);
+    if (width > kFittedMapWidth) return frame;
+    const QSize room = scroll_->maximumViewportSize();
+    if (room.width() >= frame.width() && room.height() >= frame.height()) return frame;
+    QSize fitted = frame.scaled(room, Qt::KeepAspectRatio);
+    if (fitted.width() < kSmallestFittedWidth)
+        fitted = QSize(kSmallestFittedWidth, kSmallestFittedWidth / 2);
+    return fitted;
+}
+
+qreal MapWidget::canvasScale() const {
+    return frameWidth_ > 0 ? canvas_->width() / static_cast<qreal>(frameWidth_) : 1.0;
+}
+
+bool MapWidget::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == scroll_ && event->type() == QEvent::Resize) {
+        const QSize wanted = canvasSizeFor(frameWidth_);
+        if (wanted != canvas_->size()) canvas_->resize(wanted);
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 QRectF MapWidget::visibleRect() const {
+    // In map pixels, whatever the canvas's scale.
     const QSize viewport = scroll_->viewport()->size();
+    const qreal scale = canvasScale();
     const qreal w = std::min(viewport.width(), canvas_->width());
     const qreal h = std::min(viewport.height(), canvas_->height());
     const qreal x = scroll_->horizontalScrollBar()->value();
     const qreal top = scroll_->verticalScrollBar()->value();
-    return QRectF(x, canvas_->height() - top - h, w, h);
+    return QRectF(x / scale, (canvas_->height() - top - h) / scale, w / scale, h / scale);
 }
 
 void MapWidget::setList(std::shared_ptr<const DisplayList> list) {
     if (!list) return;
     const QSize size(static_cast<int>(list->width), static_cast<int>(list->height));
-    if (!pendingCentre_ && size.width() > 0 && size != canvas_->size()) canvas_->resize(size);
+    if (!pendingCentre_ && size.width() > 0) {
+        frameWidth_ = size.width();
+        const QSize wanted = canvasSizeFor(frameWidth_);
+        if (wanted != canvas_->size()) canvas_->resize(wanted);
+    }
     const qreal scale = list->width > 0 ? canvas_->width() / static_cast<qreal>(list->width) : 1.0;
     if (list->scrollToRect) {
         // The stored rectangle's top left corner goes to the view's top left.
@@ -157,7 +193,8 @@ void MapWidget::zoomMap(int width, double /*scale*/) {
     centreFraction_ =
         QPointF(cx / std::max(1, canvas_->width()), cy / std::max(1, canvas_->height()));
     pendingCentre_ = true;
-    canvas_->resize(width, width / 2);
+    frameWidth_ = width;
+    canvas_->resize(canvasSizeFor(width));
     applyPendingScroll();
     canvas_->update();
 }
@@ -210,7 +247,7 @@ void MapWidget::applyPendingScroll() {
 void MapWidget::reportVisibleRect() {
     // Before the first list the frame is only a default: nothing to keep.
     if (canvas_->painter().list() == nullptr) return;
-    emit visibleRectChanged(visibleRect(), canvas_->width());
+    emit visibleRectChanged(visibleRect(), frameWidth_);
 }
 
 }  // namespace veloran

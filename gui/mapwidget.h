@@ -1,5 +1,8 @@
 // The world-map tab: the map's display list in a scroll area, the zoom
-// buttons, the follow switch and the night theme. The widget only shows and
+// buttons, the follow switch and the night theme. At the narrowest width the
+// whole map is drawn scaled down to fit a smaller view (a 1280x800 screen
+// with the lower panel open), so the world is always seen at once; wider
+// maps scroll. The widget only shows and
 // forwards: the zoom rules and the follow setting live in the core, which
 // answers with setZoomButtons, zoomMap and new lists.
 #pragma once
@@ -68,7 +71,15 @@ class MapWidget : public QWidget {
     // scroll, a zoom or a resize.
     void visibleRectChanged(QRectF rect, int width);
 
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   private:
+    // The canvas for a map frame `width` pixels wide: the frame itself, or
+    // at the narrowest width the frame scaled down to fit the view.
+    QSize canvasSizeFor(int width) const;
+    // Canvas pixels per map pixel.
+    qreal canvasScale() const;
     void applyPendingScroll();
     void centreOn(QPointF topDownPoint);
     void reportVisibleRect();
@@ -81,6 +92,7 @@ class MapWidget : public QWidget {
     QCheckBox* night_;
     QWidget* toolBar_;
     bool nightTheme_ = false;
+    int frameWidth_ = 1024;  // the map frame's width in map pixels
     // A scroll waiting for the scroll area to know its size: the point
     // (top-down map pixels) to put at the top left, or the centre's place
     // as fractions of the frame.

@@ -101,7 +101,7 @@ RadioPanel::RadioPanel(UiBridge* bridge, CorePost post, QWidget* parent)
             [this](bool on) { post_([on](CoreSide& s) { s.app->openCloseGateway(on); }); });
     connect(modes_, &QComboBox::activated, this, [this](int index) {
         post_([index](CoreSide& s) {
-            s.ui->controls().selectedChannel = index;
+            s.app->controls().selectedChannel = index;
             s.app->modeChanged();
         });
     });
@@ -233,8 +233,8 @@ void RadioPanel::sliderChanged(int value) {
     sliderSent_ = position;
     if (delta == 0) return;
     post_([delta](CoreSide& s) {
-        s.ui->controls().vfoSlider += delta;
-        s.app->vfoSliderMoved(s.ui->controls().vfoSlider);
+        s.app->controls().vfoSlider += delta;
+        s.app->vfoSliderMoved(s.app->controls().vfoSlider);
     });
 }
 

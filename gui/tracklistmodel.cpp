@@ -298,6 +298,12 @@ TrackListWidget::TrackListWidget(QWidget* parent) : QWidget(parent) {
             &TrackListWidget::columnLayoutChanged);
     connect(table_, &QTableView::doubleClicked, this,
             [this](const QModelIndex& index) { emit doubleClicked(model_->coreRow(index.row())); });
+    // An empty list still shows readable headings; the rows widen the
+    // columns further as they arrive.
+    autoSizing_ = true;
+    for (int column = 0; column < model_->columnCount(); ++column)
+        header->resizeSection(column, header->sectionSizeHint(column));
+    autoSizing_ = false;
 }
 
 int TrackListWidget::selectedRow() const {

@@ -45,51 +45,27 @@ void UiBridge::beep() {
 }
 
 void UiBridge::removeAllChannelItems() {
-    controls_.channelCount = 0;
-    controls_.selectedChannel = 0;
     emit channelItemsCleared();
 }
 void UiBridge::addChannelItem(const std::string& name) {
-    ++controls_.channelCount;
     emit channelItemAdded(Q(name));
 }
-int UiBridge::channelItemCount() const {
-    return controls_.channelCount;
-}
 void UiBridge::selectChannelItem(int index) {
-    if (index < 0 || index >= controls_.channelCount) return;
-    controls_.selectedChannel = index;
     emit channelItemSelected(index);
 }
-int UiBridge::selectedChannelIndex() const {
-    return controls_.selectedChannel;
-}
 void UiBridge::setVfoSlider(double value) {
-    controls_.vfoSlider = value;
     emit vfoSliderReset(value);
 }
 
 void UiBridge::removeAllLocationItems() {
-    controls_.selectedLocation = -1;
     emit locationItemsCleared();
 }
 void UiBridge::addLocationItem(const std::string& name) {
     emit locationItemAdded(Q(name));
 }
-int UiBridge::selectedLocationIndex() const {
-    return controls_.selectedLocation;
-}
 void UiBridge::showLocation(const std::string& name, const std::string& latitude,
                             const std::string& longitude) {
     emit locationShown(Q(name), Q(latitude), Q(longitude));
-}
-void UiBridge::readLocationSheet(std::string* city, std::string* state, std::string* country,
-                                 std::string* latitude, std::string* longitude) const {
-    if (city) *city = controls_.city;
-    if (state) *state = controls_.state;
-    if (country) *country = controls_.country;
-    if (latitude) *latitude = controls_.latitude;
-    if (longitude) *longitude = controls_.longitude;
 }
 void UiBridge::closeLocationSheet() {
     emit locationSheetClosed();
@@ -190,16 +166,8 @@ void UiBridge::setZoomButtons(bool zoomInEnabled, bool zoomOutEnabled) {
     emit zoomButtonsChanged(zoomInEnabled, zoomOutEnabled);
 }
 void UiBridge::zoomMap(int32_t width, double scale) {
-    // The map scales its visible area itself; keep the core's copy in step
-    // so a quit before the next report saves the right rectangle.
-    for (double& v : controls_.mapRect) v *= scale;
     builder_.zoomMap(width);
     emit mapZoomed(width, scale);
-}
-bool UiBridge::mapVisibleRect(double* rect4) const {
-    if (!controls_.hasMapRect || rect4 == nullptr) return false;
-    for (int i = 0; i < 4; ++i) rect4[i] = controls_.mapRect[i];
-    return true;
 }
 void UiBridge::showMainWindow(bool shown) {
     emit mainWindowShown(shown);
@@ -207,7 +175,8 @@ void UiBridge::showMainWindow(bool shown) {
 void UiBridge::drawViews(const ViewFrame& frame) {
     // Only the tabs in front are drawn: the world map (map tab 0) and the
     // horizon (track-list tab 1); the indices stay fixed as tabs are added.
-    const ShownViews shown{controls_.mapTab == 0, controls_.listTab == 1};
+    const ControlsModel tabs = app_ != nullptr ? app_->controls() : ControlsModel{};
+    const ShownViews shown{tabs.mapTab == 0, tabs.listTab == 1};
     const ViewLists lists = builder_.drawViews(frame, shown, clock_.dateTimeUTC());
     emit viewListsPublished(lists.map, lists.horizon);
 }

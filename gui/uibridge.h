@@ -1,10 +1,9 @@
 // The window's outlets as the core thread sees them. The core calls the
 // UserInterface and TrackListUi methods on its own thread; each call becomes
 // a queued signal carrying value copies, so the GUI thread paints them when
-// it is free and the core never waits for a repaint. The getters the core
-// reads (the chosen mode, the chosen place, the add-place sheet, the map's
-// visible area) are answered from CoreControls, a core-side copy that the
-// GUI's actions keep current before they run.
+// it is free and the core never waits for a repaint. What the core reads of
+// the controls lives in the controller's ControlsModel, which the GUI's
+// actions set before they run.
 #pragma once
 
 #include <QByteArray>
@@ -21,19 +20,6 @@
 namespace veloran {
 
 class AppController;
-
-// The controls the core reads, held on the core thread.
-struct CoreControls {
-    int channelCount = 0;
-    int selectedChannel = 0;
-    int selectedLocation = -1;                              // the places combo box, -1 for none
-    std::string city, state, country, latitude, longitude;  // the add-place sheet as typed
-    bool hasMapRect = false;
-    double mapRect[4] = {0, 0, 0, 0};  // x, y, width, height of the map's visible area
-    double vfoSlider = 0;              // where the core believes the tuning slider stands
-    // The tab selections: map/globe, track list/horizon, radio/rotor.
-    int mapTab = 0, listTab = 0, radioTab = 0;
-};
 
 // What the window restores from the settings at start-up, and which items
 // of the radio menu the controller enables.
@@ -71,9 +57,9 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
   public:
     explicit UiBridge(QObject* parent = nullptr);
 
-    // The controller whose records colour the track-list rows; core thread.
+    // The controller whose records colour the track-list rows and whose
+    // tab selections choose the pictures drawn; core thread.
     void setController(const AppController* app) { app_ = app; }
-    CoreControls& controls() { return controls_; }
     // Builds the map and horizon pictures of each tick; core thread.
     ViewBuilder& viewBuilder() { return builder_; }
 
@@ -85,17 +71,12 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void beep() override;
     void removeAllChannelItems() override;
     void addChannelItem(const std::string& name) override;
-    int channelItemCount() const override;
     void selectChannelItem(int index) override;
-    int selectedChannelIndex() const override;
     void setVfoSlider(double value) override;
     void removeAllLocationItems() override;
     void addLocationItem(const std::string& name) override;
-    int selectedLocationIndex() const override;
     void showLocation(const std::string& name, const std::string& latitude,
                       const std::string& longitude) override;
-    void readLocationSheet(std::string* city, std::string* state, std::string* country,
-                           std::string* latitude, std::string* longitude) const override;
     void closeLocationSheet() override;
     void showSettings(const SiteRec& site) override;
     void setClockLine(const std::string& text, bool red) override;
@@ -124,7 +105,6 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void setSpeechChecked(bool on) override;
     void setZoomButtons(bool zoomInEnabled, bool zoomOutEnabled) override;
     void zoomMap(int32_t width, double scale) override;
-    bool mapVisibleRect(double* rect4) const override;
     void showMainWindow(bool shown) override;
     void drawViews(const ViewFrame& frame) override;
 
@@ -192,7 +172,6 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void trackListCheckedChanged(bool on);
 
   private:
-    CoreControls controls_;
     ViewBuilder builder_;
     SystemClock clock_;  // the Sun and the night follow the wall clock
     const AppController* app_ = nullptr;

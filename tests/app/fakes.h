@@ -20,12 +20,10 @@ class FakeUserInterface : public UserInterface {
     std::vector<std::string> alerts;  // "title|message|button"
     int beeps = 0;
     std::vector<std::string> channelItems;
-    int selectedChannel = 0;
+    int selectedChannel = 0;  // the last item the controller selected
     double vfoSlider = -1;
     std::vector<std::string> locationItems;
-    int selectedLocation = -1;
     std::string shownLocation;  // "name|lat|lon"
-    std::string sheet[5];       // city, state, country, latitude, longitude
     int sheetsClosed = 0;
     int settingsShown = 0;
 
@@ -39,24 +37,13 @@ class FakeUserInterface : public UserInterface {
     void beep() override { ++beeps; }
     void removeAllChannelItems() override { channelItems.clear(); }
     void addChannelItem(const std::string& name) override { channelItems.push_back(name); }
-    int channelItemCount() const override { return static_cast<int>(channelItems.size()); }
     void selectChannelItem(int index) override { selectedChannel = index; }
-    int selectedChannelIndex() const override { return selectedChannel; }
     void setVfoSlider(double value) override { vfoSlider = value; }
     void removeAllLocationItems() override { locationItems.clear(); }
     void addLocationItem(const std::string& name) override { locationItems.push_back(name); }
-    int selectedLocationIndex() const override { return selectedLocation; }
     void showLocation(const std::string& name, const std::string& lat,
                       const std::string& lon) override {
         shownLocation = name + "|" + lat + "|" + lon;
-    }
-    void readLocationSheet(std::string* city, std::string* state, std::string* country,
-                           std::string* lat, std::string* lon) const override {
-        *city = sheet[0];
-        *state = sheet[1];
-        *country = sheet[2];
-        *lat = sheet[3];
-        *lon = sheet[4];
     }
     void closeLocationSheet() override { ++sheetsClosed; }
     void showSettings(const SiteRec&) override { ++settingsShown; }
@@ -72,8 +59,6 @@ class FakeUserInterface : public UserInterface {
     bool windowShown = true;
     int framesDrawn = 0;
     std::vector<std::string> portItems;
-    bool hasMapRect = false;
-    double mapRect[4] = {0, 0, 0, 0};
 
     void setClockLine(const std::string& text, bool red) override {
         clockLine = text;
@@ -109,10 +94,6 @@ class FakeUserInterface : public UserInterface {
     void setZoomButtons(bool in, bool out) override {
         zoomIn = in;
         zoomOut = out;
-    }
-    bool mapVisibleRect(double* rect) const override {
-        for (int i = 0; i < 4; ++i) rect[i] = mapRect[i];
-        return hasMapRect;
     }
     void showMainWindow(bool shown) override { windowShown = shown; }
     void drawViews(const ViewFrame&) override { ++framesDrawn; }

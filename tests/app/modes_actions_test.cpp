@@ -108,7 +108,7 @@ TEST(ModesActions, TheChosenModeIsRememberedPerSatellite) {
     rig.app->HandleNewSatellite();
     EXPECT_EQ(rig.ui.channelItems.size(), 5u);
     EXPECT_EQ(rig.ui.vfoSlider, 0.0);
-    rig.ui.selectedChannel = 3;
+    rig.app->controls().selectedChannel = 3;
     rig.ui.vfoSlider = 12.0;
     rig.app->modeChanged();
     EXPECT_EQ(rig.ui.vfoSlider, 0.0);
@@ -116,10 +116,13 @@ TEST(ModesActions, TheChosenModeIsRememberedPerSatellite) {
     EXPECT_EQ(rig.defaults.integerForKey("ISS"), 3);
 
     rig.app->loadKepsAndModes();
+    rig.app->controls().selectedChannel = 0;
     rig.ui.selectedChannel = 0;
     rig.app->HandleNewSatellite();
     EXPECT_EQ(rig.sat(3)->selectedModeIndex, 3);
     EXPECT_EQ(rig.ui.selectedChannel, 3);
+    EXPECT_EQ(rig.app->controls().selectedChannel, 3);
+    EXPECT_EQ(rig.app->controls().channelCount, 5);
 
     // A hand-edited store with an impossible index falls back to mode 0.
     rig.defaults.setInteger("ISS", 100000);

@@ -48,7 +48,7 @@ TEST(ControllerPlaces, LoadChooseAddAndRemove) {
 
     size_t reykjavik = 0;
     while (rig.app->locations()[reykjavik].city != "Reykjavik") ++reykjavik;
-    rig.ui.selectedLocation = static_cast<int>(reykjavik);
+    rig.app->controls().selectedLocation = static_cast<int>(reykjavik);
     rig.app->locationChosen();
     SiteRec site;
     rig.app->GetSiteRec(&site);
@@ -57,13 +57,15 @@ TEST(ControllerPlaces, LoadChooseAddAndRemove) {
     EXPECT_DOUBLE_EQ(site.siteLongDegs, 21.9426);  // west positive
     EXPECT_EQ(rig.ui.shownLocation, "Reykjavik Capital Region Iceland|64.1466|-21.9426");
 
-    rig.ui.sheet[0] = "Quillfern";
-    rig.ui.sheet[1] = "Ontario";
-    rig.ui.sheet[2] = "Canada";
-    rig.ui.sheet[3] = "43.7064";
-    rig.ui.sheet[4] = "-79.2442";
+    ControlsModel& sheet = rig.app->controls();
+    sheet.city = "Quillfern";
+    sheet.state = "Ontario";
+    sheet.country = "Canada";
+    sheet.latitude = "43.7064";
+    sheet.longitude = "-79.2442";
     rig.app->locationOK();
     EXPECT_EQ(rig.ui.sheetsClosed, 1);
+    EXPECT_EQ(rig.app->controls().selectedLocation, -1);  // the reloaded list has none chosen
     rig.app->GetSiteRec(&site);
     EXPECT_DOUBLE_EQ(site.siteLongDegs, 79.2442);
     EXPECT_EQ(rig.ui.shownLocation, "Quillfern Ontario Canada|43.7064|-79.2442");
@@ -81,10 +83,10 @@ TEST(ControllerPlaces, LoadChooseAddAndRemove) {
     reykjavik = 0;
     while (rig.app->locations()[reykjavik].city != "Reykjavik") ++reykjavik;
 
-    rig.ui.selectedLocation = -1;
+    rig.app->controls().selectedLocation = -1;
     rig.app->removeLocation();
     EXPECT_EQ(rig.ui.beeps, 1);
-    rig.ui.selectedLocation = static_cast<int>(reykjavik);
+    rig.app->controls().selectedLocation = static_cast<int>(reykjavik);
     rig.app->removeLocation();
     // The file is rewritten sorted, the new place in its order, Reykjavik gone.
     const std::string text = ReadText(rig.paths.placesFile);

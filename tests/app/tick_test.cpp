@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <tuple>
 
 #include "data/settings.h"
@@ -82,9 +83,9 @@ TEST(Tick, AHiddenWindowTracksButShowsNothingAndQuittingThenSavesNothing) {
 
     rig.app->openNewWindow();
     EXPECT_TRUE(rig.app->windowOpen());
-    rig.ui.hasMapRect = true;
-    rig.ui.mapRect[2] = 800;
-    rig.ui.mapRect[3] = 400;
+    rig.app->controls().hasMapRect = true;
+    rig.app->controls().mapRect[2] = 800;
+    rig.app->controls().mapRect[3] = 400;
     rig.app->applicationWillTerminate();
     EXPECT_EQ(rig.defaults.integerForKey(prefkeys::kMap2DWidth), 1024);
     EXPECT_TRUE(rig.defaults.contains(prefkeys::kVisibleRect));
@@ -102,7 +103,15 @@ TEST(Tick, StoredMapWidthSetsTheZoomButtonsAndZoomKeepsThemRight) {
     }
     TickRig rig;
     rig.app->awakeFromNib();
+    // The core's copy of the visible area scales with the map, so a quit
+    // right after a zoom saves what the map then shows.
+    ControlsModel& shown = rig.app->controls();
+    shown.hasMapRect = true;
+    const double rect[4] = {100, 50, 800, 400};
+    std::copy(rect, rect + 4, shown.mapRect);
     rig.app->zoomedin();
+    EXPECT_DOUBLE_EQ(shown.mapRect[2], 1600);
+    EXPECT_DOUBLE_EQ(shown.mapRect[3], 800);
     rig.app->zoomedin();
     rig.app->zoomedin();
     EXPECT_EQ(rig.app->mapFrameWidth(), 8192);

@@ -93,41 +93,6 @@ TEST(Bridge, EveryOutletReachesTheWindow) {
     }
 }
 
-// The core reads its own copy of the controls, never a widget.
-TEST(Bridge, AnswersTheCoreFromItsOwnCopyOfTheControls) {
-    UiBridge bridge;
-    UserInterface* ui = &bridge;
-    ui->removeAllChannelItems();
-    ui->addChannelItem("Mode A");
-    ui->addChannelItem("Mode B");
-    ui->selectChannelItem(1);
-    ui->selectChannelItem(5);  // beyond the items: ignored
-    EXPECT_EQ(ui->channelItemCount(), 2);
-    EXPECT_EQ(ui->selectedChannelIndex(), 1);
-
-    bridge.controls().selectedLocation = 3;
-    EXPECT_EQ(ui->selectedLocationIndex(), 3);
-    ui->removeAllLocationItems();
-    EXPECT_EQ(ui->selectedLocationIndex(), -1);
-
-    bridge.controls().city = "Testville";
-    bridge.controls().longitude = "-75.25";
-    std::string city, state, country, latitude, longitude;
-    ui->readLocationSheet(&city, &state, &country, &latitude, &longitude);
-    EXPECT_EQ(city, "Testville");
-    EXPECT_EQ(longitude, "-75.25");
-
-    double rect[4];
-    EXPECT_FALSE(ui->mapVisibleRect(rect));
-    bridge.controls().hasMapRect = true;
-    const double shown[4] = {100, 50, 800, 400};
-    std::copy(shown, shown + 4, bridge.controls().mapRect);
-    ui->zoomMap(2048, 2.0);
-    ASSERT_TRUE(ui->mapVisibleRect(rect));
-    EXPECT_DOUBLE_EQ(rect[2], 1600);
-    EXPECT_DOUBLE_EQ(rect[3], 800);
-}
-
 }  // namespace
 }  // namespace veloran
 

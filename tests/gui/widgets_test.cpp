@@ -100,8 +100,20 @@ TEST(MapWidget, ZoomKeepsTheCentreAndRestoresTheStoredRectangle) {
     map.show();
     QApplication::processEvents();
 
+    // At the narrowest width the whole map shrinks into a smaller view:
+    // nothing to scroll, and the visible area is the whole map.
+    map.setList(MapList(1024));
+    QApplication::processEvents();
+    EXPECT_EQ(map.mapWidth(), 1024);
+    EXPECT_LE(map.canvas()->width(), map.scrollArea()->viewport()->width());
+    EXPECT_LE(map.canvas()->height(), map.scrollArea()->viewport()->height());
+    EXPECT_EQ(map.visibleRect(), QRectF(0, 0, 1024, 512));
+
     // The first list scrolls to the stored rectangle (y up): its top left
-    // corner goes to the view's top left.
+    // corner goes to the view's top left. (Measured once the wide map's
+    // scroll bars show.)
+    map.setList(MapList(2048));
+    QApplication::processEvents();
     auto first = MapList(2048);
     first->scrollToRect = true;
     const QSize viewport = map.scrollArea()->viewport()->size();
