@@ -12,6 +12,7 @@
 #include "app/announcements.h"
 #include "app/interfaces.h"
 #include "data/files.h"
+#include "data/kepssources.h"
 #include "data/locations.h"
 #include "data/settings.h"
 #include "engine/satrec.h"
@@ -25,8 +26,9 @@ namespace veloran {
 
 class ModesFile;
 
-// The element-set bulletin fetched by startDownloadingURL.
-constexpr const char* kKeplerDownloadURL = "https://www.amsat.org/amsat/ftp/keps/current/nasa.all";
+// The element-set bulletin fetched by startDownloadingURL unless the user
+// chose another source.
+constexpr const char* kKeplerDownloadURL = kAmsatKepsURL;
 constexpr double kDownloadTimeoutSeconds = 60.0;
 
 // What the controller uses of the outside world. ui, defaults and clock are
@@ -92,10 +94,12 @@ class AppController {
     // main one; 1 when one was found. The last entry is never visited.
     int nextSatelliteInDB();
 
-    // Menu action: pick an element-set file and make it the current one.
-    void importKeps();
-    // Menu action: fetch the element-set bulletin.
-    void startDownloadingURL();
+    // Menu action: pick an element-set file (two-line sets, OMM CSV, JSON or
+    // XML) and make it the current one, or merge it into the current one.
+    void importKeps(bool merge = false);
+    // Menu action: fetch the chosen source (the AMSAT bulletin by default),
+    // within the download rules; a periodic update asks as Automatic.
+    void startDownloadingURL(DownloadTrigger trigger = DownloadTrigger::User);
     // Completion of the download.
     void downloadDidFinish();
     void downloadDidFail(const std::string& description, const std::string& failingURL);
@@ -286,7 +290,9 @@ class AppController {
     void reloadModes(int32_t mainSatNum);
     // Replaces the element-set file with `candidate` when it holds at least
     // one element set; otherwise tells the user and keeps the current one.
-    bool installElementFile(const std::string& candidate, bool moveIntoPlace);
+    // Converts from any format the converter reads, merging when asked.
+    bool installElementFile(const std::string& candidate, const std::string& label,
+                            bool merge = false);
 
     Services services_;
     DataPaths paths_;
@@ -298,6 +304,7 @@ class AppController {
     std::unique_ptr<SatRec> BPSatRec;  // modes applied between passes
     std::unique_ptr<SatRec> EXITSatRec;  // modes applied when the program exits
     int32_t mCycleSatNum = 1;
+    std::string mDownloadURL;  // the source of the download under way
     int32_t mMainSatNum = 1;
     bool mRefreshModes = true;
     std::string mModesSource;  // the modes file of the last load, empty when none was read

@@ -159,6 +159,9 @@ class Downloader {
     // download cannot be created.
     virtual bool start(const std::string& url, const std::string& destination,
                        double timeoutSeconds) = 0;
+    // The HTTP status of the last download's answer; 0 when there was none
+    // (no connection, a time-out) or nothing has been fetched.
+    virtual int lastStatus() const { return 0; }
 };
 
 // Wall-clock time in the time base of the engine (seconds since 1904).
