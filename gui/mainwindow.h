@@ -27,6 +27,8 @@ namespace veloran {
 class UiBridge;
 struct WindowPrefs;
 class PlaceSheet;
+class PrefsDialog;
+class ModesEditor;
 class MapWidget;
 class HorizonWidget;
 class TrackListWidget;
@@ -64,6 +66,9 @@ class MainWindow : public QMainWindow {
     void applyWindowPrefs(const WindowPrefs& prefs);
     void slideTime(int minutes);
     void setNight(bool on);
+    // Posts an action that asks the core's file panel, which answers `path`.
+    void postWithFile(const QString& path, CoreAction action);
+    void showUserGuide();
 
     UiBridge* bridge_;
     CorePost post_;
@@ -80,6 +85,9 @@ class MainWindow : public QMainWindow {
     QSpinBox* timeMinutes_;
     QWidget *topBar_, *lowerPanel_, *statusBlock_;
     PlaceSheet* placeSheet_;
+    PrefsDialog* prefs_;
+    ModesEditor* modes_;
+    QAction* speechAction_;
     QMenu* radioMenu_;
     QActionGroup* radioGroup_;
     QAction *fullScreenAction_, *nightAction_, *windowAction_;

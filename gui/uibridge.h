@@ -17,6 +17,8 @@
 #include "app/interfaces.h"
 #include "app/tracklist.h"
 #include "app/viewbuilder.h"
+#include "data/locations.h"
+#include "engine/siterec.h"
 
 namespace veloran {
 
@@ -33,6 +35,9 @@ struct CoreControls {
     double vfoSlider = 0;              // where the core believes the tuning slider stands
     // The tab selections: map/globe, track list/horizon, radio/rotor.
     int mapTab = 0, listTab = 0, radioTab = 0;
+    // The file the operator picked on the GUI thread before the action that
+    // asks for one was posted; empty answers as a cancelled panel.
+    std::string chosenFile;
 };
 
 // What the window restores from the settings at start-up, and which items
@@ -66,7 +71,18 @@ struct WindowSettings {
     QString latitude, longitude;  // the site, degrees, north and east positive
 };
 
-class UiBridge : public QObject, public UserInterface, public TrackListUi {
+// What the preferences panel shows: a copy of the site record, the places
+// to choose from and the ports found, taken on the core thread.
+struct PrefsSnapshot {
+    SiteRec site{};
+    std::vector<Location> places;
+    QStringList ports;
+};
+
+// The devices of the panel's "Test" buttons.
+enum class TestedDevice { Radio, Rotor, Gateway };
+
+class UiBridge : public QObject, public UserInterface, public TrackListUi, public FileChooser {
     Q_OBJECT
   public:
     explicit UiBridge(QObject* parent = nullptr);
@@ -127,6 +143,10 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void showMainWindow(bool shown) override;
     void drawViews(const ViewFrame& frame) override;
 
+    // FileChooser: the panels were shown before the action was posted.
+    bool chooseFileToOpen(std::string* path) override;
+    bool chooseFileToSave(const std::string& proposedName, std::string* path) override;
+
     // TrackListUi
     void reloadRows(const std::vector<SatelliteSlot>& rows) override;
     void deselectAllRows() override;
@@ -137,10 +157,21 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     // A line for the operator from the station (stale element sets, a
     // device that went away): the window's message line, never a dialog.
     void showNotice(const std::string& text) { emit noticeShown(QString::fromStdString(text)); }
+    // The records the modes editor edits, copied on the core thread.
+    void showModesForEditing(std::vector<SatRec> records) {
+        emit modesForEditingShown(std::make_shared<const std::vector<SatRec>>(std::move(records)));
+    }
+    // What a "Test" button found.
+    void showDeviceTest(TestedDevice device, const std::string& text) {
+        emit deviceTested(device, QString::fromStdString(text));
+    }
 
   signals:
     void windowPrefsShown(const veloran::WindowPrefs& prefs);
     void noticeShown(const QString& text);
+    void prefsShown(std::shared_ptr<const veloran::PrefsSnapshot> prefs);
+    void deviceTested(veloran::TestedDevice device, const QString& text);
+    void modesForEditingShown(std::shared_ptr<const std::vector<veloran::SatRec>> records);
     void satelliteItemsCleared();
     void satelliteItemAdded(const QString& name);
     void kepsDateChanged(const QString& text);
@@ -203,3 +234,4 @@ void RegisterBridgeTypes();
 
 Q_DECLARE_METATYPE(veloran::WindowSettings)
 Q_DECLARE_METATYPE(veloran::WindowPrefs)
+Q_DECLARE_METATYPE(veloran::TestedDevice)
