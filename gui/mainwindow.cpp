@@ -41,6 +41,7 @@
 #include "gui/prefsdialog.h"
 #include "gui/radiopanel.h"
 #include "gui/rotorpanel.h"
+#include "gui/simulateddevices.h"
 #include "gui/theme.h"
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
@@ -85,7 +86,8 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     setWindowTitle("Veloran");
     setWindowIcon(QIcon(":/veloran.svg"));
     placeSheet_ = new PlaceSheet(this);
-    prefs_ = new PrefsDialog(bridge_, post_, this);
+    sims_ = std::make_unique<SimulatedDevices>();
+    prefs_ = new PrefsDialog(bridge_, post_, sims_.get(), this);
     modes_ = new ModesEditor(post_, this);
     connect(bridge_, &UiBridge::modesForEditingShown, modes_, &ModesEditor::showRecords);
 
@@ -104,6 +106,8 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     setMinimumSize(960, 600);
     resize(1280, 800);
 }
+
+MainWindow::~MainWindow() = default;
 
 QWidget* MainWindow::buildTopBar() {
     auto* bar = new QWidget;

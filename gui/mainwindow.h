@@ -29,6 +29,7 @@ struct WindowPrefs;
 class PlaceSheet;
 class PrefsDialog;
 class ModesEditor;
+class SimulatedDevices;
 class MapWidget;
 class HorizonWidget;
 class TrackListWidget;
@@ -37,11 +38,13 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
   public:
     MainWindow(UiBridge* bridge, CorePost post, QWidget* parent = nullptr);
+    ~MainWindow() override;
 
     // Where the desktop has a tray, closing hides the window and tracking
     // goes on; without one, closing quits.
     void setUpTray();
     bool hasTray() const { return tray_ != nullptr; }
+    const SimulatedDevices& simulatedDevices() const { return *sims_; }
 
     void setFullScreenView(bool on);
     bool fullScreenView() const { return fullScreen_; }
@@ -87,6 +90,8 @@ class MainWindow : public QMainWindow {
     PlaceSheet* placeSheet_;
     PrefsDialog* prefs_;
     ModesEditor* modes_;
+    // The "Simulated" devices of the port lists serve for the window's life.
+    std::unique_ptr<SimulatedDevices> sims_;
     QAction* speechAction_;
     QMenu* radioMenu_;
     QActionGroup* radioGroup_;

@@ -18,6 +18,7 @@
 
 #include "app/appcontroller.h"
 #include "data/grid.h"
+#include "gui/simulateddevices.h"
 #include "radio/drivers.h"
 #include "radio/tuning.h"
 #include "rotor/rotor.h"
@@ -90,8 +91,8 @@ QString degrees(double value) {
 
 }  // namespace
 
-PrefsDialog::PrefsDialog(UiBridge* bridge, CorePost post, QWidget* parent)
-    : QDialog(parent), post_(std::move(post)) {
+PrefsDialog::PrefsDialog(UiBridge* bridge, CorePost post, SimulatedDevices* sims, QWidget* parent)
+    : QDialog(parent), post_(std::move(post)), sims_(sims) {
     setObjectName("preferencesWindow");
     setWindowTitle(tr("Preferences"));
     tabs_ = new QTabWidget;
@@ -208,6 +209,7 @@ QWidget* PrefsDialog::buildRadio() {
     form->addRow(testButton, radioTest_);
     // The controls a model uses are the core's to say.
     connect(radio_, &QComboBox::currentIndexChanged, this, [this](int index) {
+        updateSimulatedItems();
         post_([index](CoreSide& s) {
             const RadioPrefsControls c = radioPrefsControls(index);
             s.ui->setRadioPrefsControls(c.icomAddress, c.sMeter, c.dialTracking);
@@ -223,6 +225,7 @@ QWidget* PrefsDialog::buildRotor() {
     rotor_ = new QComboBox;
     rotor_->setObjectName("rotorType");
     for (int i = 0; i < kRotorCount; ++i) rotor_->addItem(QString::fromUtf8(rotorName(i)));
+    connect(rotor_, &QComboBox::currentIndexChanged, this, &PrefsDialog::updateSimulatedItems);
     rotorPort_ = portBox("rotorPort");
     rotorBaud_ = baudBox("rotorBaud");
     azOffset_ = spin("azimuthOffset", -360, 360, 1, tr("°"));
@@ -356,6 +359,7 @@ void PrefsDialog::show(const PrefsSnapshot& prefs) {
     deadSpot_->setCurrentIndex(site.deadSpotState);
 
     fillPorts(gatewayPort_, prefs.ports, site.gatewayPort);
+    updateSimulatedItems();
     gatewayBaud_->setCurrentIndex(site.gatewayBaud);
 
     speech_->setChecked(site.wants_speech != 0);
@@ -460,10 +464,9 @@ std::string typedPath(const QComboBox* box, const QStringList& ports) {
 
 void PrefsDialog::accept() {
     auto site = std::make_shared<SiteRec>(fromControls());
-    const QStringList ports = shown_ ? shown_->ports : QStringList();
-    const std::string radioPath = typedPath(radioPort_, ports);
-    const std::string rotorPath = typedPath(rotorPort_, ports);
-    const std::string gatewayPath = typedPath(gatewayPort_, ports);
+    const std::string radioPath = pathToAdd(TestedDevice::Radio);
+    const std::string rotorPath = pathToAdd(TestedDevice::Rotor);
+    const std::string gatewayPath = pathToAdd(TestedDevice::Gateway);
     post_([site, radioPath, rotorPath, gatewayPath](CoreSide& s) {
         if (!radioPath.empty()) site->radioPort = s.app->addTypedPort(radioPath.c_str());
         if (!rotorPath.empty()) site->rotorPort = s.app->addTypedPort(rotorPath.c_str());
@@ -479,17 +482,46 @@ void PrefsDialog::reject() {
     QDialog::reject();
 }
 
+void PrefsDialog::updateSimulatedItems() {
+    const QStringList ports = shown_ ? shown_->ports : QStringList();
+    const struct {
+        QComboBox* box;
+        QString item;
+    } lists[] = {{radioPort_, SimulatedDevices::radioItem(radio_->currentIndex())},
+                 {rotorPort_, SimulatedDevices::rotorItem(rotor_->currentIndex())},
+                 {gatewayPort_, SimulatedDevices::gatewayItem()}};
+    for (const auto& list : lists) {
+        const QSignalBlocker quiet(list.box);
+        const bool wasChosen = SimulatedDevices::isSimulatedItem(list.box->currentText());
+        const int last = list.box->count() - 1;
+        if (last >= 0 && SimulatedDevices::isSimulatedItem(list.box->itemText(last)))
+            list.box->removeItem(last);
+        if (!list.item.isEmpty()) list.box->addItem(list.item);
+        if (wasChosen && !list.item.isEmpty()) list.box->setCurrentIndex(list.box->count() - 1);
+    }
+}
+
+std::string PrefsDialog::pathToAdd(TestedDevice device) {
+    const QComboBox* box = device == TestedDevice::Radio   ? radioPort_
+                           : device == TestedDevice::Rotor ? rotorPort_
+                                                           : gatewayPort_;
+    if (SimulatedDevices::isSimulatedItem(box->currentText())) {
+        if (sims_ == nullptr) return {};
+        if (device == TestedDevice::Radio)
+            return sims_->startRadio(radio_->currentIndex(), icomAddress_->value());
+        if (device == TestedDevice::Rotor) return sims_->startRotor(rotor_->currentIndex());
+        return sims_->startGateway();
+    }
+    return typedPath(box, shown_ ? shown_->ports : QStringList());
+}
+
 void PrefsDialog::test(TestedDevice device) {
     QLabel* line = device == TestedDevice::Radio   ? radioTest_
                    : device == TestedDevice::Rotor ? rotorTest_
                                                    : gatewayTest_;
     line->setText(tr("Asking…"));
     auto site = std::make_shared<SiteRec>(fromControls());
-    const QStringList ports = shown_ ? shown_->ports : QStringList();
-    const QComboBox* box = device == TestedDevice::Radio   ? radioPort_
-                           : device == TestedDevice::Rotor ? rotorPort_
-                                                           : gatewayPort_;
-    const std::string path = typedPath(box, ports);
+    const std::string path = pathToAdd(device);
     post_([site, device, path](CoreSide& s) {
         int* port = device == TestedDevice::Radio   ? &site->radioPort
                     : device == TestedDevice::Rotor ? &site->rotorPort

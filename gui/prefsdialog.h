@@ -24,10 +24,14 @@ class QTabWidget;
 
 namespace veloran {
 
+class SimulatedDevices;
+
 class PrefsDialog : public QDialog {
     Q_OBJECT
   public:
-    PrefsDialog(UiBridge* bridge, CorePost post, QWidget* parent = nullptr);
+    // `sims` starts the "Simulated" port items' devices; it must outlive
+    // the dialog.
+    PrefsDialog(UiBridge* bridge, CorePost post, SimulatedDevices* sims, QWidget* parent = nullptr);
 
     // Asks the core for its settings and shows the panel.
     void open() override;
@@ -54,8 +58,14 @@ class PrefsDialog : public QDialog {
     void latLonEdited();
     void locatorEdited();
     void test(TestedDevice device);
+    // The "Simulated" item at the end of each port list follows the model.
+    void updateSimulatedItems();
+    // The path to add for a port box: a typed one, or the started
+    // simulator's; empty when an item of the list is chosen.
+    std::string pathToAdd(TestedDevice device);
 
     CorePost post_;
+    SimulatedDevices* sims_;
     std::shared_ptr<const PrefsSnapshot> shown_;
     QTabWidget* tabs_;
     // Station

@@ -35,11 +35,13 @@
 #include "gui/mainwindow.h"
 #include "gui/modeseditor.h"
 #include "gui/prefsdialog.h"
+#include "gui/simulateddevices.h"
 #include "gui/uibridge.h"
 #include "platform/numericlocale.h"
 #include "platform/qtuserdefaults.h"
 #include "radio/drivers.h"
 #include "sim/icom_sim.h"
+#include "sim/radio_sim.h"
 #include "sim/sim_pty.h"
 #include "station/stationoptions.h"
 
@@ -377,6 +379,32 @@ TEST_F(Window, ModesEditorSavesAFrequencyAndRefusesABadNumber) {
     delete reread;
     delete sat;
     editor->reject();
+}
+
+// A newcomer without a radio: "Simulated FT-847" starts a simulator inside
+// the program, and the station opens and tunes it like a real one.
+TEST_F(Window, SimulatedFt847IsTunedFromTheRadioPanel) {
+    constexpr int kFt847 = 1;
+    window->findChild<QAction*>("preferencesAction")->trigger();
+    auto* prefs = Find<PrefsDialog>("preferencesWindow");
+    ASSERT_TRUE(WaitFor([&] { return prefs->isVisible(); }));
+    Sync();
+    Find<QComboBox>("radioModel")->setCurrentIndex(kFt847);
+    auto* port = Find<QComboBox>("radioPort");
+    const int item = port->findText("Simulated FT-847");
+    ASSERT_GE(item, 0);
+    port->setCurrentIndex(item);
+    prefs->accept();
+    Sync();
+    const sim::SimulatedRadio* ft847 = window->simulatedDevices().yaesuRadio();
+    ASSERT_NE(ft847, nullptr);
+    ASSERT_TRUE(WaitFor([&] { return ft847->state().satRx.hertz != 0; }));
+    VFORec vfo{};
+    OnCore([&](CoreSide& s) { vfo = s.app->vfo(); });
+    EXPECT_TRUE(ft847->state().catOn);
+    // The FT-847 is told frequencies in steps of 10 Hz.
+    EXPECT_NEAR(ft847->state().satRx.hertz, vfo.down * 1e6, 10);
+    EXPECT_NEAR(ft847->state().satTx.hertz, vfo.up * 1e6, 10);
 }
 
 // Last: quitting ends the core.
