@@ -156,7 +156,9 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void showWindowPrefs(const WindowPrefs& prefs) { emit windowPrefsShown(prefs); }
     // A line for the operator from the station (stale element sets, a
     // device that went away): the window's message line, never a dialog.
-    void showNotice(const std::string& text) { emit noticeShown(QString::fromStdString(text)); }
+    void showNotice(const std::string& text) override {
+        emit noticeShown(QString::fromStdString(text));
+    }
     // The records the modes editor edits, copied on the core thread.
     void showModesForEditing(std::vector<SatRec> records) {
         emit modesForEditingShown(std::make_shared<const std::vector<SatRec>>(std::move(records)));
