@@ -140,6 +140,9 @@ class AppController {
     void locationChosen();
     void locationOK();
     void removeLocation();
+    // The places editor saved: `count` places replace the list, which is
+    // rewritten to the file and shown again. Radians follow the degrees.
+    void replaceLocations(const Location* places, int count);
     const std::vector<Location>& locations() const { return mLocations.places; }
     const std::vector<Point3F>& lightPoints() const { return mLocations.lightPoints; }
 

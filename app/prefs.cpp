@@ -80,7 +80,6 @@ void AppController::prefsAccepted(const SiteRec* shown) {
     mSite.gatewayBaud = shown->gatewayBaud;
     mSite.wants_speech = shown->wants_speech;
     mSite.wants_sounds = shown->wants_sounds;
-    mSite.speechVolume = shown->speechVolume;
     mSite.displayUTC = shown->displayUTC;
     mSite.displayKM = shown->displayKM;
     mSite.displayTrackList = shown->displayTrackList;

@@ -37,6 +37,7 @@
 #include "gui/horizonwidget.h"
 #include "gui/mapwidget.h"
 #include "gui/modeseditor.h"
+#include "gui/placeseditor.h"
 #include "gui/placesheet.h"
 #include "gui/prefsdialog.h"
 #include "gui/radiopanel.h"
@@ -89,6 +90,7 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     sims_ = std::make_unique<SimulatedDevices>();
     prefs_ = new PrefsDialog(bridge_, post_, sims_.get(), this);
     modes_ = new ModesEditor(post_, this);
+    places_ = new PlacesEditor(bridge_, post_, this);
     connect(bridge_, &UiBridge::modesForEditingShown, modes_, &ModesEditor::showRecords);
 
     auto* central = new QWidget;
@@ -377,6 +379,8 @@ void MainWindow::buildMenus() {
         setNight(on);
         post_([on](CoreSide& s) { s.defaults->setBool(kNightThemeKey, on); });
     });
+    QAction* places = file->addAction(tr("P&laces…"), places_, &PlacesEditor::open);
+    places->setObjectName("placesEditorAction");
     file->addSeparator();
     const QString elementFiles =
         tr("Element sets (*.txt *.tle *.dat *.3le *.csv *.json *.xml);;All files (*)");

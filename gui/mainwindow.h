@@ -29,6 +29,7 @@ struct WindowPrefs;
 class PlaceSheet;
 class PrefsDialog;
 class ModesEditor;
+class PlacesEditor;
 class SimulatedDevices;
 class MapWidget;
 class HorizonWidget;
@@ -90,6 +91,7 @@ class MainWindow : public QMainWindow {
     PlaceSheet* placeSheet_;
     PrefsDialog* prefs_;
     ModesEditor* modes_;
+    PlacesEditor* places_;
     // The "Simulated" devices of the port lists serve for the window's life.
     std::unique_ptr<SimulatedDevices> sims_;
     QAction* speechAction_;

@@ -282,13 +282,10 @@ QWidget* PrefsDialog::buildSpeech() {
     speech_->setObjectName("speech");
     sounds_ = new QCheckBox(tr("Play the AOS, LOS and rotor sounds"));
     sounds_->setObjectName("sounds");
-    volume_ = spin("speechVolume", 0, 1, 2, QString());
-    volume_->setSingleStep(0.1);
     auto* say = new QPushButton(tr("Speak a test sentence"));
     say->setObjectName("speakTest");
     form->addRow(QString(), speech_);
     form->addRow(QString(), sounds_);
-    form->addRow(tr("Volume:"), volume_);
     form->addRow(QString(), say);
     connect(say, &QPushButton::clicked, this,
             [this] { post_([](CoreSide& s) { s.app->speakTestSentence(); }); });
@@ -364,7 +361,6 @@ void PrefsDialog::show(const PrefsSnapshot& prefs) {
 
     speech_->setChecked(site.wants_speech != 0);
     sounds_->setChecked(site.wants_sounds != 0);
-    volume_->setValue(site.speechVolume);
 
     utc_->setChecked(site.displayUTC != 0);
     km_->setChecked(site.displayKM != 0);
@@ -443,7 +439,6 @@ SiteRec PrefsDialog::fromControls() const {
     site.gatewayBaud = gatewayBaud_->currentIndex();
     site.wants_speech = speech_->isChecked();
     site.wants_sounds = sounds_->isChecked();
-    site.speechVolume = volume_->value();
     site.displayUTC = utc_->isChecked();
     site.displayKM = km_->isChecked();
     site.displayTrackList = trackList_->isChecked();

@@ -88,7 +88,6 @@ class PrefsDialog : public QDialog {
     QLabel* gatewayTest_;
     // Speech and sounds
     QCheckBox *speech_, *sounds_;
-    QDoubleSpinBox* volume_;
     // Display
     QCheckBox *utc_, *km_, *trackList_, *night_;
 };

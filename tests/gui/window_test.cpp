@@ -20,6 +20,7 @@
 #include <QSlider>
 #include <QSpinBox>
 #include <QTabWidget>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimeZone>
@@ -34,6 +35,7 @@
 #include "gui/corethread.h"
 #include "gui/mainwindow.h"
 #include "gui/modeseditor.h"
+#include "gui/placeseditor.h"
 #include "gui/prefsdialog.h"
 #include "gui/simulateddevices.h"
 #include "gui/uibridge.h"
@@ -405,6 +407,30 @@ TEST_F(Window, SimulatedFt847IsTunedFromTheRadioPanel) {
     // The FT-847 is told frequencies in steps of 10 Hz.
     EXPECT_NEAR(ft847->state().satRx.hertz, vfo.down * 1e6, 10);
     EXPECT_NEAR(ft847->state().satTx.hertz, vfo.up * 1e6, 10);
+}
+
+TEST_F(Window, PlacesEditorRewritesTheFileAndRefusesABadLatitude) {
+    window->findChild<QAction*>("placesEditorAction")->trigger();
+    auto* editor = Find<PlacesEditor>("placesWindow");
+    auto* table = Find<QTableWidget>("placesTable");
+    ASSERT_TRUE(WaitFor([&] { return table->rowCount() > 0; }));
+    const auto found = table->findItems("Testville", Qt::MatchExactly);
+    ASSERT_EQ(found.size(), 1);
+    const int row = found[0]->row();
+    table->item(row, 3)->setText("91");
+    EXPECT_FALSE(Find<QPushButton>("savePlaces")->isEnabled());
+    table->item(row, 3)->setText("46.25");
+    table->item(row, 0)->setText("Newville");
+    ASSERT_TRUE(Find<QPushButton>("savePlaces")->isEnabled());
+    Find<QPushButton>("savePlaces")->click();
+    Sync();
+    EXPECT_FALSE(editor->isVisible());
+    QFile file(placesFile);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    EXPECT_TRUE(text.contains("Newville\tON\tCanada\t46.25")) << text.toStdString();
+    EXPECT_FALSE(text.contains("Testville"));
+    EXPECT_GE(Find<QComboBox>("locationComboBox")->findText("Newville ON Canada"), 0);
 }
 
 // Last: quitting ends the core.
