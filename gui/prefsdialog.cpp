@@ -410,7 +410,8 @@ SiteRec PrefsDialog::fromControls() const {
     SiteRec site = shown_ ? shown_->site : SiteRec{};
     copyText(site.call_sign, callSign_->text().trimmed());
     copyText(site.siteName, siteName_->text().trimmed());
-    if (place_->currentIndex() > 0) copyText(site.locationName, place_->currentText());
+    // Coordinates typed by hand belong to no place of the list.
+    copyText(site.locationName, place_->currentIndex() > 0 ? place_->currentText() : QString());
     bool ok = false;
     const double lat = latitude_->text().toDouble(&ok);
     if (ok && lat >= -90 && lat < 90) site.siteLatDegs = lat;
