@@ -111,10 +111,20 @@ class AppController {
 
     // Writes the table, the between-passes and the on-exit records to path,
     // keeping the blocks of satellites missing from the table.
-    void writeModeFile(const std::string& path);
+    // False when the file could not be written (the old one then stands).
+    bool writeModeFile(const std::string& path);
     void defaultModes();
     void importModes();
     void exportModes();
+    // Copies of the records the modes editor shows: the table's satellites
+    // in order, then the between-passes and the on-exit records.
+    std::vector<SatRec> modesForEditing() const;
+    // The modes editor saved `count` records: for each, the entry of the same
+    // name takes its modes and per-satellite settings (spoken name, track
+    // hours, attitude, mean-anomaly window, enabled, priority). The user
+    // modes file is copied aside as a backup and rewritten, and the program
+    // uses the new modes at once. 1, or 0 when the file could not be written.
+    int saveEditedModes(const SatRec* edited, int count);
     // The user picked a mode in the channel pop-up.
     void modeChanged();
     // Sets the program up for a new main satellite: offsets, the channel
@@ -133,6 +143,9 @@ class AppController {
     void locationChosen();
     void locationOK();
     void removeLocation();
+    // The places editor saved: `count` places replace the list, which is
+    // rewritten to the file and shown again. Radians follow the degrees.
+    void replaceLocations(const Location* places, int count);
     const std::vector<Location>& locations() const { return mLocations.places; }
     const std::vector<Point3F>& lightPoints() const { return mLocations.lightPoints; }
 
@@ -143,6 +156,21 @@ class AppController {
     void savePrefs();
     // Reads the settings over the defaults and shows them.
     void setUIStateFromPrefs();
+    // The preferences panel was accepted showing `shown` (setVarsFromUI):
+    // its settings replace the site's, are saved, and a device whose model,
+    // port or speed changed is reopened when it was on.
+    void prefsAccepted(const SiteRec* shown);
+    // The panel was cancelled: the controls show the site's settings again.
+    void prefsCancelled();
+    // The panel's "Test" buttons, with the model, port and speed it shows.
+    // A port the station holds is used as it is (never opened twice); any
+    // other is opened for the test and closed again. A sentence for the
+    // operator saying what answered.
+    std::string testRadio(const SiteRec* shown);
+    std::string testRotor(const SiteRec* shown);
+    std::string testGateway(const SiteRec* shown);
+    // "Speak a test sentence": queued like any announcement, never keyed.
+    void speakTestSentence();
     // Stores / restores the tuning offsets of table entry index.
     void SaveTweaks(int index);
     void LoadTweaks(int index);
@@ -339,6 +367,9 @@ class AppController {
     // The main satellite's entry, null when mMainSatNum is out of range.
     SatRec* mainSatellite();
     void debugLog(const char* format, ...) const __attribute__((format(printf, 2, 3)));
+    // The descriptor for a test on port index `port`: a held one, else the
+    // port opened at `baud` (*opened set). -1 with *why filled otherwise.
+    int portForTest(int port, int baud, bool* opened, std::string* why);
     void announce(const std::string& text);
     // Appends the Moon or the Sun, its name and elements already in place,
     // as entry mTotalSats: pop-up item, modes, orbit constants, index.

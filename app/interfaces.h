@@ -73,6 +73,9 @@ class UserInterface {
     // --- Outlets of the one-second tick and the device actions. A window
     // shows them; a station without a screen may ignore every one. ---
 
+    // A line for the operator that needs no answer (a download that failed
+    // and why); a window's message line, nothing without a screen.
+    virtual void showNotice(const std::string& /*text*/) {}
     // The clock line; red while the time slider is off zero.
     virtual void setClockLine(const std::string& /*text*/, bool /*red*/) {}
     // "Path Loss: ... <call> v<version>".

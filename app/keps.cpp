@@ -194,6 +194,7 @@ void AppController::downloadDidFinish() {
     if (!installed) return;
     announce("keplerian elements downloaded from the internet.");
     loadKepsAndModes();
+    services_.ui->showNotice("Element sets downloaded.");
     mCycleSatNum = 1;
 }
 
@@ -201,6 +202,13 @@ void AppController::downloadDidFail(const std::string& description, const std::s
     debugLog("Download failed! Error - %s %s", description.c_str(), failingURL.c_str());
     announce("keplerian element download failed.");
     std::remove(paths_.downloadFile.c_str());
+    // The operator is told why, in words; the current element sets stay.
+    const int status = services_.downloader != nullptr ? services_.downloader->lastStatus() : 0;
+    std::string why = description;
+    if (status >= 400) why = "the server answered HTTP " + std::to_string(status);
+    if (!why.empty() && why.back() == '.') why.pop_back();
+    services_.ui->showNotice("The element sets were not downloaded (" + why +
+                             "); the current ones are kept.");
     if (services_.downloader != nullptr)
         RecordDownloadAnswer(services_.defaults, failingURL, services_.downloader->lastStatus(),
                              description);

@@ -1,5 +1,6 @@
 // The modes menu actions, the channel pop-up, and a new main satellite.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -20,7 +21,7 @@ std::string BackupPath(const std::string& path) {
 
 }  // namespace
 
-void AppController::writeModeFile(const std::string& path) {
+bool AppController::writeModeFile(const std::string& path) {
     // Blocks of satellites that are not in the table now (an element-set
     // file without them) are carried over from the modes file the table was
     // loaded from, so that no one's hand-made modes are lost on a rewrite.
@@ -32,12 +33,72 @@ void AppController::writeModeFile(const std::string& path) {
     if (path == paths_.userModesFile && mUserModesUnreadable != 0) {
         std::fprintf(stderr, "the modes file %s is not rewritten: it could not be read (%s)\n",
                      path.c_str(), FileErrorText(mUserModesUnreadable).c_str());
-        return;
+        return false;
     }
-    if (!WriteModeFile(path, mAllSats.get(), mTotalSats, *BPSatRec, *EXITSatRec, kept) &&
-        services_.log != nullptr)
+    if (WriteModeFile(path, mAllSats.get(), mTotalSats, *BPSatRec, *EXITSatRec, kept)) return true;
+    if (services_.log != nullptr)
         std::fprintf(services_.log, "cannot write the modes file %s: %s\n", path.c_str(),
                      std::strerror(errno));
+    return false;
+}
+
+std::vector<SatRec> AppController::modesForEditing() const {
+    std::vector<SatRec> records;
+    records.reserve(static_cast<size_t>(mTotalSats) + 2);
+    for (int i = 0; i < mTotalSats; ++i) records.push_back(mAllSats[i]);
+    records.push_back(*BPSatRec);
+    records.push_back(*EXITSatRec);
+    return records;
+}
+
+namespace {
+
+// What the modes file holds of a record, and nothing of its orbit.
+void copyModeFields(const SatRec& from, SatRec* to) {
+    const int count = std::clamp<int>(from.numberOfActiveChannels, 0, kMaxModes);
+    std::copy(from.modes, from.modes + count, to->modes);
+    to->numberOfActiveChannels = static_cast<int16_t>(count);
+    if (to->selectedModeIndex >= count) to->selectedModeIndex = 0;
+    std::snprintf(to->speakName, sizeof to->speakName, "%s", from.speakName);
+    std::snprintf(to->trackHours, sizeof to->trackHours, "%s", from.trackHours);
+    to->hasBVals = from.hasBVals;
+    to->bLatDegs = from.bLatDegs;
+    to->bLonDegs = from.bLonDegs;
+    to->startMA = from.startMA;
+    to->endMA = from.endMA;
+    to->enabled = from.enabled;
+    to->priority = from.priority;
+}
+
+}  // namespace
+
+int AppController::saveEditedModes(const SatRec* edited, int count) {
+    if (edited == nullptr || count <= 0) return 0;
+    const int32_t mainSat = mMainSatNum;
+    SaveTweaks(mMainSatNum - 1);
+    for (int e = 0; e < count; ++e) {
+        const char* name = edited[e].name;
+        SatRec* target = nullptr;
+        if (std::strcmp(name, kBetweenPassesName) == 0)
+            target = BPSatRec.get();
+        else if (std::strcmp(name, kOnExitName) == 0)
+            target = EXITSatRec.get();
+        for (int i = 0; target == nullptr && i < mTotalSats; ++i)
+            if (std::strcmp(mAllSats[i].name, name) == 0) target = &mAllSats[i];
+        if (target != nullptr) copyModeFields(edited[e], target);
+    }
+    const std::string userModes = paths_.userModesFile;
+    if (FileExists(userModes) && !CopyFileAtomically(userModes, BackupPath(userModes))) {
+        services_.ui->alert("The modes were not saved.",
+                            "Cannot keep a backup of " + userModes + ".", "OK");
+        return 0;
+    }
+    if (!writeModeFile(userModes)) {
+        services_.ui->alert("The modes were not saved.", "Cannot write " + userModes + ".", "OK");
+        return 0;
+    }
+    reloadModes(mainSat);
+    return 1;
 }
 
 void AppController::defaultModes() {

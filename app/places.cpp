@@ -101,4 +101,15 @@ void AppController::removeLocation() {
     loadLocations();
 }
 
+void AppController::replaceLocations(const Location* places, int count) {
+    if (places == nullptr || count < 0) return;
+    mLocations.places.assign(places, places + count);
+    for (Location& place : mLocations.places) {
+        place.latRads = LocationRadians(place.latDegs);
+        place.lonRads = LocationRadians(place.lonDegs);
+    }
+    rewriteLocations();
+    loadLocations();
+}
+
 }  // namespace veloran

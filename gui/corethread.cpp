@@ -41,6 +41,7 @@ void CoreThread::start(bool ticking, bool speech) {
             StationFrontEnd frontEnd;
             frontEnd.ui = bridge_;
             frontEnd.trackListUi = bridge_;
+            frontEnd.files = bridge_;
             frontEnd.startTimers = ticking;
             frontEnd.withSpeech = speech;
             frontEnd.notice = [this](const std::string& text) { bridge_->showNotice(text); };

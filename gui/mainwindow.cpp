@@ -10,6 +10,10 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDateTime>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -24,7 +28,9 @@
 #include <QSystemTrayIcon>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTextBrowser>
 #include <QToolButton>
+#include <QUrl>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -34,10 +40,14 @@
 #include "engine/units.h"
 #include "gui/horizonwidget.h"
 #include "gui/mapwidget.h"
+#include "gui/modeseditor.h"
 #include "gui/passeswindow.h"
+#include "gui/placeseditor.h"
 #include "gui/placesheet.h"
+#include "gui/prefsdialog.h"
 #include "gui/radiopanel.h"
 #include "gui/rotorpanel.h"
+#include "gui/simulateddevices.h"
 #include "gui/skywidget.h"
 #include "gui/theme.h"
 #include "gui/tracklistmodel.h"
@@ -83,6 +93,11 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     setWindowTitle("Veloran");
     setWindowIcon(QIcon(":/veloran.svg"));
     placeSheet_ = new PlaceSheet(this);
+    sims_ = std::make_unique<SimulatedDevices>();
+    prefs_ = new PrefsDialog(bridge_, post_, sims_.get(), this);
+    modes_ = new ModesEditor(post_, this);
+    places_ = new PlacesEditor(bridge_, post_, this);
+    connect(bridge_, &UiBridge::modesForEditingShown, modes_, &ModesEditor::showRecords);
 
     auto* central = new QWidget;
     auto* layout = new QVBoxLayout(central);
@@ -109,6 +124,8 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     setMinimumSize(960, 600);
     resize(1280, 800);
 }
+
+MainWindow::~MainWindow() = default;
 
 QWidget* MainWindow::buildTopBar() {
     auto* bar = new QWidget;
@@ -359,6 +376,69 @@ QWidget* MainWindow::buildTimeBar() {
 
 void MainWindow::buildMenus() {
     QMenu* file = menuBar()->addMenu(tr("&File"));
+    QAction* prefs = file->addAction(tr("&Preferences…"), this, [this] {
+        prefs_->setNightTheme(nightAction_->isChecked());
+        prefs_->open();
+    });
+    prefs->setObjectName("preferencesAction");
+    // Ctrl+, as on other desktops; Qt has no standard key for it on Linux.
+    prefs->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    prefs->setShortcutContext(Qt::ApplicationShortcut);
+    connect(prefs_, &PrefsDialog::nightThemeChosen, this, [this](bool on) {
+        nightAction_->setChecked(on);
+        setNight(on);
+        post_([on](CoreSide& s) { s.defaults->setBool(kNightThemeKey, on); });
+    });
+    QAction* places = file->addAction(tr("P&laces…"), places_, &PlacesEditor::open);
+    places->setObjectName("placesEditorAction");
+    file->addSeparator();
+    const QString elementFiles =
+        tr("Element sets (*.txt *.tle *.dat *.3le *.csv *.json *.xml);;All files (*)");
+    auto importKeps = [this, elementFiles](bool merge) {
+        const QString path = QFileDialog::getOpenFileName(
+            this, merge ? tr("Merge Element Sets") : tr("Import Element Sets"), QString(),
+            elementFiles);
+        if (path.isEmpty()) return;
+        postWithFile(path, [merge](CoreSide& s) { s.app->importKeps(merge); });
+    };
+    QAction* keps =
+        file->addAction(tr("&Import Element Sets…"), this, [importKeps] { importKeps(false); });
+    keps->setObjectName("importKepsAction");
+    keps->setShortcut(QKeySequence::Open);
+    keps->setToolTip(tr("Replaces the element sets with those of a file"));
+    QAction* merge =
+        file->addAction(tr("&Merge Element Sets…"), this, [importKeps] { importKeps(true); });
+    merge->setObjectName("mergeKepsAction");
+    merge->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    QAction* download = file->addAction(tr("&Download Element Sets"), this, [this] {
+        message_->setText(tr("Downloading element sets…"));
+        post_([](CoreSide& s) { s.app->startDownloadingURL(DownloadTrigger::User); });
+    });
+    download->setObjectName("downloadKepsAction");
+    download->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
+    file->addSeparator();
+    const QString modesFiles = tr("Modes files (*.txt *.dat);;All files (*)");
+    QAction* importModes = file->addAction(tr("Import &Modes…"), this, [this, modesFiles] {
+        const QString path =
+            QFileDialog::getOpenFileName(this, tr("Import Modes"), QString(), modesFiles);
+        if (!path.isEmpty()) postWithFile(path, [](CoreSide& s) { s.app->importModes(); });
+    });
+    importModes->setObjectName("importModesAction");
+    QAction* exportModes = file->addAction(tr("&Export Modes…"), this, [this, modesFiles] {
+        const QString path = QFileDialog::getSaveFileName(
+            this, tr("Export Modes"), QDir::home().filePath("Veloran Modes.txt"), modesFiles);
+        if (!path.isEmpty()) postWithFile(path, [](CoreSide& s) { s.app->exportModes(); });
+    });
+    exportModes->setObjectName("exportModesAction");
+    QAction* defaults = file->addAction(tr("Default Modes"), this, [this] {
+        const auto answer = QMessageBox::question(
+            this, tr("Default Modes"),
+            tr("Replace your modes with the ones Veloran comes with? Your own channels, tones "
+               "and offsets are lost unless you export them first."));
+        if (answer == QMessageBox::Yes) post_([](CoreSide& s) { s.app->defaultModes(); });
+    });
+    defaults->setObjectName("defaultModesAction");
+    file->addSeparator();
     QAction* quit = file->addAction(tr("&Quit"), qApp, &QApplication::quit);
     quit->setObjectName("quitAction");
     quit->setShortcut(QKeySequence::Quit);
@@ -379,9 +459,50 @@ void MainWindow::buildMenus() {
         post_([on](CoreSide& s) { s.defaults->setBool(kNightThemeKey, on); });
     });
 
+    view->addSeparator();
+    QAction* zoomIn = view->addAction(tr("Zoom &In"), this,
+                                      [this] { post_([](CoreSide& s) { s.app->zoomedin(); }); });
+    zoomIn->setObjectName("zoomInAction");
+    zoomIn->setShortcut(QKeySequence::ZoomIn);
+    QAction* zoomOut = view->addAction(tr("Zoom &Out"), this,
+                                       [this] { post_([](CoreSide& s) { s.app->zoomedout(); }); });
+    zoomOut->setObjectName("zoomOutAction");
+    zoomOut->setShortcut(QKeySequence::ZoomOut);
+    QAction* trackTab = view->addAction(tr("&Track List"), this, [this] {
+        setLowerPanelShown(true);
+        listTabs_->setCurrentIndex(0);
+    });
+    trackTab->setObjectName("trackListTabAction");
+    trackTab->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_1));
+    QAction* horizonTab = view->addAction(tr("&Horizon"), this, [this] {
+        setLowerPanelShown(true);
+        listTabs_->setCurrentIndex(1);
+    });
+    horizonTab->setObjectName("horizonTabAction");
+    horizonTab->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_2));
+
+    QMenu* satellite = menuBar()->addMenu(tr("S&atellite"));
+    QAction* modes = satellite->addAction(tr("&Modes…"), modes_, &ModesEditor::open);
+    modes->setObjectName("modesEditorAction");
+    modes->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_M));
+    modes->setShortcutContext(Qt::ApplicationShortcut);
+    QAction* choose = satellite->addAction(tr("Choose &Satellite"), this, [this] {
+        satellites_->setFocus();
+        satellites_->showPopup();
+    });
+    choose->setObjectName("chooseSatelliteAction");
+
     radioMenu_ = menuBar()->addMenu(tr("&Radio"));
     radioMenu_->setObjectName("radioMenu");
     radioGroup_ = new QActionGroup(this);
+
+    QMenu* speech = menuBar()->addMenu(tr("&Speech"));
+    speechAction_ = speech->addAction(tr("&Speak Pass Warnings"));
+    speechAction_->setObjectName("speechAction");
+    speechAction_->setCheckable(true);
+    speechAction_->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+    connect(speechAction_, &QAction::triggered, this,
+            [this] { post_([](CoreSide& s) { s.app->speechChanged(); }); });
 
     QMenu* window = menuBar()->addMenu(tr("&Window"));
     QAction* passes = window->addAction(tr("&Passes"));
@@ -394,6 +515,47 @@ void MainWindow::buildMenus() {
     connect(windowAction_, &QAction::triggered, this, &MainWindow::showAgain);
     // Enabled only while the main window is hidden, as the controller says.
     connect(window, &QMenu::aboutToShow, this, [this] { windowAction_->setEnabled(!isVisible()); });
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    QAction* guide = help->addAction(tr("Veloran &User Guide"), this, &MainWindow::showUserGuide);
+    guide->setObjectName("userGuideAction");
+    guide->setShortcut(QKeySequence::HelpContents);
+    QAction* about = help->addAction(tr("&About Veloran"), this, [this] {
+        QMessageBox::about(
+            this, tr("About Veloran"),
+            tr("<h3>Veloran %1</h3><p>Satellite tracking and Doppler tuning for radio "
+               "amateurs.</p><p>World map imagery: NASA Visible Earth (Blue Marble and "
+               "Earth at Night), courtesy of NASA.</p><p>Built with Qt %2.</p>")
+                .arg(QCoreApplication::applicationVersion(), QT_VERSION_STR));
+    });
+    about->setObjectName("aboutAction");
+}
+
+void MainWindow::postWithFile(const QString& path, CoreAction action) {
+    post_([file = path.toStdString(), action](CoreSide& s) {
+        s.ui->setChosenFile(file);
+        action(s);
+        s.ui->setChosenFile(std::string());
+    });
+}
+
+void MainWindow::showUserGuide() {
+    // The README beside the sources, or the installed copy.
+    const QString here = QCoreApplication::applicationDirPath();
+    for (const QString& path : {here + "/../../README.md", here + "/../share/doc/veloran/README.md",
+                                here + "/../README.md"}) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) continue;
+        auto* browser = new QTextBrowser;
+        browser->setAttribute(Qt::WA_DeleteOnClose);
+        browser->setObjectName("userGuide");
+        browser->setWindowTitle(tr("Veloran User Guide"));
+        browser->setMarkdown(QString::fromUtf8(file.readAll()));
+        browser->resize(760, 640);
+        browser->show();
+        return;
+    }
+    message_->setText(tr("The user guide (README.md) is not installed beside the program."));
 }
 
 void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
@@ -459,6 +621,7 @@ void MainWindow::connectBridge() {
         map_->setFollowChecked(settings.followSat);
         showTrackList_->setChecked(settings.displayTrackList);
         speech_->setChecked(settings.speech);
+        speechAction_->setChecked(settings.speech);
         locations_->setCurrentIndex(locations_->findText(settings.locationName));
         latitude_->setText(tr("Lat %1").arg(settings.latitude));
         longitude_->setText(tr("Lon %1").arg(settings.longitude));
@@ -485,6 +648,7 @@ void MainWindow::connectBridge() {
             });
     connect(b, &UiBridge::debugCheckedChanged, debug_, &QCheckBox::setChecked);
     connect(b, &UiBridge::speechCheckedChanged, speech_, &QCheckBox::setChecked);
+    connect(b, &UiBridge::speechCheckedChanged, speechAction_, &QAction::setChecked);
     connect(b, &UiBridge::zoomButtonsChanged, map_, &MapWidget::setZoomButtons);
     connect(b, &UiBridge::mapZoomed, map_, &MapWidget::zoomMap);
     connect(

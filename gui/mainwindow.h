@@ -27,6 +27,10 @@ namespace veloran {
 class UiBridge;
 struct WindowPrefs;
 class PlaceSheet;
+class PrefsDialog;
+class ModesEditor;
+class PlacesEditor;
+class SimulatedDevices;
 class MapWidget;
 class HorizonWidget;
 class TrackListWidget;
@@ -36,11 +40,13 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
   public:
     MainWindow(UiBridge* bridge, CorePost post, QWidget* parent = nullptr);
+    ~MainWindow() override;
 
     // Where the desktop has a tray, closing hides the window and tracking
     // goes on; without one, closing quits.
     void setUpTray();
     bool hasTray() const { return tray_ != nullptr; }
+    const SimulatedDevices& simulatedDevices() const { return *sims_; }
 
     void setFullScreenView(bool on);
     bool fullScreenView() const { return fullScreen_; }
@@ -68,6 +74,9 @@ class MainWindow : public QMainWindow {
     void applyWindowPrefs(const WindowPrefs& prefs);
     void slideTime(int minutes);
     void setNight(bool on);
+    // Posts an action that asks the core's file panel, which answers `path`.
+    void postWithFile(const QString& path, CoreAction action);
+    void showUserGuide();
 
     UiBridge* bridge_;
     CorePost post_;
@@ -85,6 +94,12 @@ class MainWindow : public QMainWindow {
     QWidget *topBar_, *lowerPanel_, *statusBlock_;
     PlaceSheet* placeSheet_;
     PassesWindow* passesWindow_ = nullptr;
+    PrefsDialog* prefs_;
+    ModesEditor* modes_;
+    PlacesEditor* places_;
+    // The "Simulated" devices of the port lists serve for the window's life.
+    std::unique_ptr<SimulatedDevices> sims_;
+    QAction* speechAction_;
     QMenu* radioMenu_;
     QActionGroup* radioGroup_;
     QAction *fullScreenAction_, *nightAction_, *windowAction_;

@@ -23,6 +23,9 @@ void RegisterBridgeTypes() {
     qRegisterMetaType<std::shared_ptr<const DisplayList>>();
     qRegisterMetaType<std::vector<SatelliteSlot>>();
     qRegisterMetaType<std::vector<RowColour>>();
+    qRegisterMetaType<std::shared_ptr<const PrefsSnapshot>>();
+    qRegisterMetaType<TestedDevice>();
+    qRegisterMetaType<std::shared_ptr<const std::vector<SatRec>>>();
 }
 
 UiBridge::UiBridge(QObject* parent) : QObject(parent) {}
@@ -71,6 +74,16 @@ void UiBridge::closeLocationSheet() {
     emit locationSheetClosed();
 }
 
+bool UiBridge::chooseFileToOpen(std::string* path) {
+    if (chosenFile_.empty()) return false;
+    *path = chosenFile_;
+    return true;
+}
+
+bool UiBridge::chooseFileToSave(const std::string&, std::string* path) {
+    return chooseFileToOpen(path);
+}
+
 void UiBridge::showSettings(const SiteRec& site) {
     WindowSettings shown;
     shown.followSat = site.followSat_enabled != 0;
@@ -93,6 +106,16 @@ void UiBridge::showSettings(const SiteRec& site) {
     std::snprintf(text, sizeof text, "%01.4f", -site.siteLongDegs);
     shown.longitude = text;
     emit settingsShown(shown);
+
+    auto prefs = std::make_shared<PrefsSnapshot>();
+    prefs->site = site;
+    if (app_ != nullptr) {
+        prefs->places = app_->locations();
+        const PortNameRecord* ports = app_->portNames();
+        for (int i = 0; ports != nullptr && i < kMaxSerialPorts && ports[i].bsdPath[0] != '\0'; ++i)
+            prefs->ports << QString::fromUtf8(ports[i].userName);
+    }
+    emit prefsShown(prefs);
 }
 
 void UiBridge::setClockLine(const std::string& text, bool red) {

@@ -16,6 +16,8 @@
 #include "app/interfaces.h"
 #include "app/tracklist.h"
 #include "app/viewbuilder.h"
+#include "data/locations.h"
+#include "engine/siterec.h"
 
 namespace veloran {
 
@@ -52,7 +54,18 @@ struct WindowSettings {
     QString latitude, longitude;  // the site, degrees, north and east positive
 };
 
-class UiBridge : public QObject, public UserInterface, public TrackListUi {
+// What the preferences panel shows: a copy of the site record, the places
+// to choose from and the ports found, taken on the core thread.
+struct PrefsSnapshot {
+    SiteRec site{};
+    std::vector<Location> places;
+    QStringList ports;
+};
+
+// The devices of the panel's "Test" buttons.
+enum class TestedDevice { Radio, Rotor, Gateway };
+
+class UiBridge : public QObject, public UserInterface, public TrackListUi, public FileChooser {
     Q_OBJECT
   public:
     explicit UiBridge(QObject* parent = nullptr);
@@ -60,6 +73,10 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     // The controller whose records colour the track-list rows and whose
     // tab selections choose the pictures drawn; core thread.
     void setController(const AppController* app) { app_ = app; }
+    // The file the operator picked on the GUI thread, set on the core thread
+    // just before the action that asks for one; empty answers as a
+    // cancelled panel.
+    void setChosenFile(const std::string& path) { chosenFile_ = path; }
     // Builds the map and horizon pictures of each tick; core thread.
     ViewBuilder& viewBuilder() { return builder_; }
 
@@ -108,6 +125,10 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void showMainWindow(bool shown) override;
     void drawViews(const ViewFrame& frame) override;
 
+    // FileChooser: the panels were shown before the action was posted.
+    bool chooseFileToOpen(std::string* path) override;
+    bool chooseFileToSave(const std::string& proposedName, std::string* path) override;
+
     // TrackListUi
     void reloadRows(const std::vector<SatelliteSlot>& rows) override;
     void deselectAllRows() override;
@@ -117,11 +138,24 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void showWindowPrefs(const WindowPrefs& prefs) { emit windowPrefsShown(prefs); }
     // A line for the operator from the station (stale element sets, a
     // device that went away): the window's message line, never a dialog.
-    void showNotice(const std::string& text) { emit noticeShown(QString::fromStdString(text)); }
+    void showNotice(const std::string& text) override {
+        emit noticeShown(QString::fromStdString(text));
+    }
+    // The records the modes editor edits, copied on the core thread.
+    void showModesForEditing(std::vector<SatRec> records) {
+        emit modesForEditingShown(std::make_shared<const std::vector<SatRec>>(std::move(records)));
+    }
+    // What a "Test" button found.
+    void showDeviceTest(TestedDevice device, const std::string& text) {
+        emit deviceTested(device, QString::fromStdString(text));
+    }
 
   signals:
     void windowPrefsShown(const veloran::WindowPrefs& prefs);
     void noticeShown(const QString& text);
+    void prefsShown(std::shared_ptr<const veloran::PrefsSnapshot> prefs);
+    void deviceTested(veloran::TestedDevice device, const QString& text);
+    void modesForEditingShown(std::shared_ptr<const std::vector<veloran::SatRec>> records);
     void satelliteItemsCleared();
     void satelliteItemAdded(const QString& name);
     void kepsDateChanged(const QString& text);
@@ -175,6 +209,7 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     ViewBuilder builder_;
     SystemClock clock_;  // the Sun and the night follow the wall clock
     const AppController* app_ = nullptr;
+    std::string chosenFile_;
 };
 
 // Makes the value types above travel through queued connections.
@@ -184,3 +219,4 @@ void RegisterBridgeTypes();
 
 Q_DECLARE_METATYPE(veloran::WindowSettings)
 Q_DECLARE_METATYPE(veloran::WindowPrefs)
+Q_DECLARE_METATYPE(veloran::TestedDevice)

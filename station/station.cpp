@@ -184,6 +184,7 @@ int Station::start(std::string* error) {
         });
     Services services;
     services.ui = frontEnd_.ui;
+    services.files = frontEnd_.files;
     services.defaults = &p.defaults;
     services.downloader = p.downloader.get();
     services.clock = &p.clock;

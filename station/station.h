@@ -33,6 +33,8 @@ class Station;
 struct StationFrontEnd {
     UserInterface* ui = nullptr;         // required
     TrackListUi* trackListUi = nullptr;  // required
+    // The open and save panels; null: the file actions do nothing.
+    FileChooser* files = nullptr;
     // After every one-second tick, on the core thread: the headless status
     // line, the window's snapshot of the records. May be empty.
     std::function<void(Station&)> afterTick;

@@ -18,6 +18,8 @@ class FakeUserInterface : public UserInterface {
     std::vector<std::string> satelliteItems;
     std::string kepsDate;
     std::vector<std::string> alerts;  // "title|message|button"
+    std::vector<std::string> notices;
+    void showNotice(const std::string& text) override { notices.push_back(text); }
     int beeps = 0;
     std::vector<std::string> channelItems;
     int selectedChannel = 0;  // the last item the controller selected

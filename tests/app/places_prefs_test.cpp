@@ -25,9 +25,9 @@ TEST(ControllerFiles, AnUnreadableFileIsNeverRewritten) {
     ASSERT_EQ(mkfifo(rig.paths.userModesFile.c_str(), 0644), 0);
     rig.app->loadKepsAndModes();
     rig.app->loadLocations();
-    rig.ui.sheet[0] = "Quillfern";
-    rig.ui.sheet[3] = "43.7064";
-    rig.ui.sheet[4] = "-79.2442";
+    rig.app->controls().city = "Quillfern";
+    rig.app->controls().latitude = "43.7064";
+    rig.app->controls().longitude = "-79.2442";
     rig.app->locationOK();
     rig.app->MarkSatelliteEnabled(0, 0);
     struct stat places {
@@ -143,6 +143,44 @@ TEST(ControllerPrefs, AFirstStartRunsOnTheDefaults) {
     SetSiteDefaults(&defaults);
     EXPECT_EQ(std::memcmp(&site, &defaults, sizeof site), 0);
     EXPECT_EQ(rig.app->mainSatNum(), 1);
+}
+
+// The panel's OK: the copy it edited becomes the site, is saved at once
+// (not only at quit), and the radians follow the degrees; Cancel shows the
+// site again rather than what was typed.
+TEST(ControllerPrefs, AcceptedPanelIsSavedAndCancelShowsTheSite) {
+    ControllerRig rig;
+    rig.app->setSiteDefaults();
+    SiteRec shown;
+    rig.app->GetSiteRec(&shown);
+    std::strcpy(shown.call_sign, "G4XYZ");
+    shown.siteLatDegs = 51.5;
+    shown.siteLongDegs = 0.25;
+    shown.radio = 7;
+    shown.icomAddress = 0x60;
+    shown.rotor = 10;
+    shown.deadSpotState = 2;
+    shown.displayKM = 0;
+    shown.radioPortFileDescriptor = 99;  // never taken from the panel
+    rig.app->prefsAccepted(&shown);
+
+    SiteRec site;
+    rig.app->GetSiteRec(&site);
+    EXPECT_STREQ(site.call_sign, "G4XYZ");
+    EXPECT_DOUBLE_EQ(site.siteLatRads, 51.5 * kDegreesToRadians);
+    EXPECT_EQ(site.radioPortFileDescriptor, -1);
+    EXPECT_EQ(rig.defaults.stringForKey("userCallSign"), "G4XYZ");
+    EXPECT_EQ(rig.defaults.integerForKey("radio"), 7);
+    EXPECT_EQ(rig.defaults.integerForKey("icomAddress"), 0x60);
+    EXPECT_EQ(rig.defaults.integerForKey("rotor"), 10);
+    EXPECT_EQ(rig.defaults.integerForKey("deadspot"), 2);
+    EXPECT_FALSE(rig.defaults.boolForKey("kilometers"));
+
+    const int shownBefore = rig.ui.settingsShown;
+    rig.app->prefsCancelled();
+    EXPECT_EQ(rig.ui.settingsShown, shownBefore + 1);
+    // With no port chosen a test says so instead of opening anything.
+    EXPECT_EQ(rig.app->testRotor(&site), "No port is chosen.");
 }
 
 }  // namespace

@@ -100,6 +100,11 @@ TEST(Download, FailuresAreSpokenAndLogged) {
     EXPECT_NE(log.find("Download failed! Error - The request timed out. https://www.amsat.org/"),
               std::string::npos);
     EXPECT_EQ(rig.app->GetTotalSats(), 0);
+    // Said on the message line in words, never a dialog.
+    EXPECT_EQ(rig.ui.notices, (std::vector<std::string>{
+                                  "The element sets were not downloaded (The request timed out); "
+                                  "the current ones are kept."}));
+    EXPECT_TRUE(rig.ui.alerts.empty());
 }
 
 TEST(ImportKeps, MoreSetsThanTheTableHoldsAreFilteredAndTold) {

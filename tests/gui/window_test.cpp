@@ -19,26 +19,35 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QSortFilterProxyModel>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimeZone>
 #include <QToolButton>
+#include <QTreeWidget>
 #include <atomic>
 #include <functional>
 #include <memory>
 
 #include "app/appcontroller.h"
+#include "data/modes.h"
 #include "gui/corethread.h"
 #include "gui/mainwindow.h"
+#include "gui/modeseditor.h"
 #include "gui/passeswindow.h"
+#include "gui/placeseditor.h"
+#include "gui/prefsdialog.h"
+#include "gui/simulateddevices.h"
 #include "gui/skywidget.h"
 #include "gui/uibridge.h"
 #include "platform/numericlocale.h"
 #include "platform/qtuserdefaults.h"
 #include "radio/drivers.h"
 #include "sim/icom_sim.h"
+#include "sim/radio_sim.h"
 #include "sim/sim_pty.h"
 #include "station/stationoptions.h"
 
@@ -322,6 +331,163 @@ TEST_F(Window, SkyTabShowsTheMainSatellitesPass) {
     listTabs->setCurrentIndex(0);
 }
 
+TEST_F(Window, PreferencesAcceptSavesAndCancelRestores) {
+    auto* open = window->findChild<QAction*>("preferencesAction");
+    ASSERT_NE(open, nullptr);
+    EXPECT_EQ(open->shortcut(), QKeySequence("Ctrl+,"));
+    open->trigger();
+    auto* prefs = Find<PrefsDialog>("preferencesWindow");
+    ASSERT_TRUE(WaitFor([&] { return prefs->isVisible(); }));
+    EXPECT_EQ(prefs->windowTitle(), "Preferences");
+    Sync();
+    auto* model = Find<QComboBox>("radioModel");
+    ASSERT_EQ(model->currentIndex(), kIc910);
+    // The CI-V address belongs to the Icom models only.
+    auto* address = Find<QSpinBox>("icomAddress");
+    model->setCurrentIndex(14);  // TS-2000
+    Sync();
+    EXPECT_FALSE(address->isEnabled());
+    model->setCurrentIndex(kIc910);
+    Sync();
+    EXPECT_TRUE(address->isEnabled());
+
+    auto* tabs = Find<QTabWidget>("preferencesTabs");
+    const char* names[] = {"prefs-station", "prefs-radio",  "prefs-rotor",
+                           "prefs-gateway", "prefs-speech", "prefs-display"};
+    for (int i = 0; i < tabs->count(); ++i) {
+        tabs->setCurrentIndex(i);
+        Shot(prefs, names[i]);
+    }
+
+    Find<QLineEdit>("callSign")->setText("VE3TST");
+    auto* locator = Find<QLineEdit>("locator");
+    // Ottawa's sub-square: south-west corner 45.4167 N, 75.75 W (2' by 5' of
+    // arc); the program takes the point 0.05 degree north and 0.1 east of it.
+    locator->setText("FN25dk");
+    emit locator->textEdited(locator->text());
+    Find<QDoubleSpinBox>("altitude")->setValue(321);
+    Find<QComboBox>("deadSpot")->setCurrentIndex(2);
+    Find<QCheckBox>("displayKM")->setChecked(false);
+    prefs->accept();
+    Sync();
+    SiteRec site;
+    OnCore([&](CoreSide& s) { s.app->GetSiteRec(&site); });
+    EXPECT_STREQ(site.call_sign, "VE3TST");
+    EXPECT_NEAR(site.siteLatDegs, 45.4667, 1e-3);
+    EXPECT_NEAR(site.siteLongDegs, 75.65, 1e-3);  // the record counts west positive
+    EXPECT_DOUBLE_EQ(site.siteAltitudeM, 321);
+    EXPECT_EQ(site.deadSpotState, 2);
+    EXPECT_EQ(site.displayKM, 0);
+    std::string stored;
+    OnCore([&](CoreSide& s) { stored = s.defaults->stringForKey("userCallSign"); });
+    EXPECT_EQ(stored, "VE3TST");
+
+    // Cancel puts back what the site holds, not what was typed.
+    open->trigger();
+    ASSERT_TRUE(WaitFor([&] { return prefs->isVisible(); }));
+    Sync();
+    Find<QLineEdit>("callSign")->setText("XX9XX");
+    prefs->reject();
+    Sync();
+    EXPECT_EQ(Find<QLineEdit>("callSign")->text(), "VE3TST");
+    OnCore([&](CoreSide& s) { s.app->GetSiteRec(&site); });
+    EXPECT_STREQ(site.call_sign, "VE3TST");
+}
+
+TEST_F(Window, ModesEditorSavesAFrequencyAndRefusesABadNumber) {
+    auto* open = window->findChild<QAction*>("modesEditorAction");
+    ASSERT_NE(open, nullptr);
+    open->trigger();
+    auto* editor = Find<ModesEditor>("modesWindow");
+    EXPECT_EQ(editor->windowTitle(), "Modes");
+    auto* outline = Find<QTreeWidget>("modesOutline");
+    ASSERT_TRUE(WaitFor([&] { return outline->topLevelItemCount() > 2; }));
+    EXPECT_TRUE(outline->topLevelItem(0)->text(0).contains("BetweenPasses"));
+    EXPECT_TRUE(outline->topLevelItem(1)->text(0).contains("OnExit"));
+    const auto found = outline->findItems("AO-7", Qt::MatchExactly);
+    ASSERT_EQ(found.size(), 1);
+    ASSERT_GT(found[0]->childCount(), 0);
+    outline->setCurrentItem(found[0]->child(0));
+
+    auto* uplink = Find<QLineEdit>("uplink");
+    uplink->setText("432.1x");
+    emit uplink->textEdited(uplink->text());
+    EXPECT_TRUE(uplink->styleSheet().contains("red"));
+    EXPECT_FALSE(Find<QPushButton>("saveModes")->isEnabled()) << "a bad number is not stored";
+    uplink->setText("432.123456");
+    emit uplink->textEdited(uplink->text());
+    EXPECT_TRUE(uplink->styleSheet().isEmpty());
+    Shot(editor, "modes-editor");
+    Find<QPushButton>("saveModes")->click();
+    Sync();
+
+    // The running program tunes with it, and the file reads back the same.
+    SatRec* sat = new SatRec;
+    OnCore([&](CoreSide& s) { s.app->GetSatelliteRecordByName("AO-7", sat); });
+    EXPECT_DOUBLE_EQ(sat->modes[0].upFreq, 432.123456);
+    ModesFile file;
+    std::string modesPath;
+    OnCore([&](CoreSide& s) { modesPath = s.app->paths().userModesFile; });
+    ASSERT_TRUE(file.load(modesPath));
+    SatRec* reread = new SatRec{};
+    ASSERT_GT(file.getModes(reread, "AO-7"), 0);
+    EXPECT_DOUBLE_EQ(reread->modes[0].upFreq, 432.123456);
+    EXPECT_EQ(reread->numberOfActiveChannels, sat->numberOfActiveChannels);
+    delete reread;
+    delete sat;
+    editor->reject();
+}
+
+// A newcomer without a radio: "Simulated FT-847" starts a simulator inside
+// the program, and the station opens and tunes it like a real one.
+TEST_F(Window, SimulatedFt847IsTunedFromTheRadioPanel) {
+    constexpr int kFt847 = 1;
+    window->findChild<QAction*>("preferencesAction")->trigger();
+    auto* prefs = Find<PrefsDialog>("preferencesWindow");
+    ASSERT_TRUE(WaitFor([&] { return prefs->isVisible(); }));
+    Sync();
+    Find<QComboBox>("radioModel")->setCurrentIndex(kFt847);
+    auto* port = Find<QComboBox>("radioPort");
+    const int item = port->findText("Simulated FT-847");
+    ASSERT_GE(item, 0);
+    port->setCurrentIndex(item);
+    prefs->accept();
+    Sync();
+    const sim::SimulatedRadio* ft847 = window->simulatedDevices().yaesuRadio();
+    ASSERT_NE(ft847, nullptr);
+    ASSERT_TRUE(WaitFor([&] { return ft847->state().satRx.hertz != 0; }));
+    VFORec vfo{};
+    OnCore([&](CoreSide& s) { vfo = s.app->vfo(); });
+    EXPECT_TRUE(ft847->state().catOn);
+    // The FT-847 is told frequencies in steps of 10 Hz.
+    EXPECT_NEAR(ft847->state().satRx.hertz, vfo.down * 1e6, 10);
+    EXPECT_NEAR(ft847->state().satTx.hertz, vfo.up * 1e6, 10);
+}
+
+TEST_F(Window, PlacesEditorRewritesTheFileAndRefusesABadLatitude) {
+    window->findChild<QAction*>("placesEditorAction")->trigger();
+    auto* editor = Find<PlacesEditor>("placesWindow");
+    auto* table = Find<QTableWidget>("placesTable");
+    ASSERT_TRUE(WaitFor([&] { return table->rowCount() > 0; }));
+    const auto found = table->findItems("Testville", Qt::MatchExactly);
+    ASSERT_EQ(found.size(), 1);
+    const int row = found[0]->row();
+    table->item(row, 3)->setText("91");
+    EXPECT_FALSE(Find<QPushButton>("savePlaces")->isEnabled());
+    table->item(row, 3)->setText("46.25");
+    table->item(row, 0)->setText("Newville");
+    ASSERT_TRUE(Find<QPushButton>("savePlaces")->isEnabled());
+    Find<QPushButton>("savePlaces")->click();
+    Sync();
+    EXPECT_FALSE(editor->isVisible());
+    QFile file(placesFile);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    EXPECT_TRUE(text.contains("Newville\tON\tCanada\t46.25")) << text.toStdString();
+    EXPECT_FALSE(text.contains("Testville"));
+    EXPECT_GE(Find<QComboBox>("locationComboBox")->findText("Newville ON Canada"), 0);
+}
+
 // Last: quitting ends the core.
 TEST_F(Window, QuittingSavesTheSettings) {
     Find<QTabWidget>("listTabs")->setCurrentIndex(1);
@@ -334,8 +500,9 @@ TEST_F(Window, QuittingSavesTheSettings) {
     EXPECT_TRUE(text.contains("trackList_string=")) << "the track list is kept";
     EXPECT_TRUE(text.contains("SO-50"));
     // Under the comma locale of this run, numbers keep their point.
-    EXPECT_TRUE(text.contains("site_latitude=45.5")) << text.toStdString();
-    EXPECT_FALSE(text.contains("45,5"));
+    EXPECT_TRUE(text.contains("site_latitude=45.46")) << text.toStdString();
+    EXPECT_FALSE(text.contains("45,46"));
+    EXPECT_TRUE(text.contains("userCallSign=VE3TST")) << "the preferences were saved";
     // The one-off port of this run is not written over the stored one.
     EXPECT_FALSE(text.contains(QString::fromStdString(radioLine->path())));
 }

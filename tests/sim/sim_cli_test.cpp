@@ -143,10 +143,9 @@ TEST(SimulatorWithTheProgram, EveryModelCanVanish) {
 TEST(SimulatorWithTheProgram, HelpWorksOnEverySubcommand) {
     for (const std::string words : {"--help", "radio --help", "radio ic910 --help", "rotor --help",
                                     "gateway -h", "radio ft847 --help"}) {
-        int status = -1;
-        const std::string out = RunCommand(std::string(VELORAN_SIM_EXE) + " " + words, &status);
-        EXPECT_EQ(status, 0) << words << ": " << out;
-        EXPECT_NE(out.find("--vanish-after N"), std::string::npos) << words << ": " << out;
+        const auto run = veloran::testing::Run(std::string(VELORAN_SIM_EXE) + " " + words);
+        EXPECT_EQ(run.status, 0) << words << ": " << run.out;
+        EXPECT_NE(run.out.find("--vanish-after N"), std::string::npos) << words << ": " << run.out;
     }
 }
 

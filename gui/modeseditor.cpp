@@ -1,0 +1,501 @@
+// The modes editor's outline, form, undo and save.
+
+#include "gui/modeseditor.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QSplitter>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+#include <cstdio>
+#include <cstring>
+
+#include "app/appcontroller.h"
+#include "data/modes.h"
+#include "gui/uibridge.h"
+
+namespace veloran {
+
+namespace {
+
+constexpr int kHoursPerDay = 24;
+
+QString title(const SatRec& sat) {
+    if (std::strcmp(sat.name, kBetweenPassesName) == 0)
+        return QObject::tr("Between passes (%1)").arg(kBetweenPassesName);
+    if (std::strcmp(sat.name, kOnExitName) == 0)
+        return QObject::tr("On exit (%1)").arg(kOnExitName);
+    return QString::fromUtf8(sat.name);
+}
+
+QLineEdit* numberEdit(const char* name) {
+    auto* edit = new QLineEdit;
+    edit->setObjectName(name);
+    edit->setAccessibleName(name);
+    edit->setAlignment(Qt::AlignRight);
+    return edit;
+}
+
+// A number as typed, in either decimal point: '.' is what the file keeps,
+// ',' what a European keyboard offers.
+bool readNumber(const QString& text, double* value) {
+    bool ok = false;
+    const double v = QString(text).replace(',', '.').trimmed().toDouble(&ok);
+    if (ok && std::isfinite(v)) *value = v;
+    return ok && std::isfinite(v);
+}
+
+}  // namespace
+
+ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post_(std::move(post)) {
+    setObjectName("modesWindow");
+    setWindowTitle(tr("Modes"));
+    resize(980, 640);
+
+    outline_ = new QTreeWidget;
+    outline_->setObjectName("modesOutline");
+    outline_->setHeaderLabels({tr("Satellite / mode"), tr("Uplink"), tr("Downlink"), tr("Mode")});
+    outline_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    connect(outline_, &QTreeWidget::currentItemChanged, this, &ModesEditor::chosen);
+    connect(outline_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
+        // A channel renamed in place in the outline.
+        if (filling_ || column != 0 || item->parent() == nullptr) return;
+        channel_->setText(item->text(0));
+        channel_->textEdited(item->text(0));
+    });
+
+    // The chosen mode.
+    modeBox_ = new QGroupBox(tr("Mode"));
+    auto* modeForm = new QFormLayout(modeBox_);
+    channel_ = new QLineEdit;
+    channel_->setObjectName("channel");
+    channel_->setMaxLength(63);
+    modeForm->addRow(tr("Channel name:"), channel_);
+    const struct {
+        const char* name;
+        const char* label;
+        double ModeRec::*member;
+        int decimals;
+    } numbers[] = {
+        {"uplink", "Uplink (MHz):", &ModeRec::upFreq, 6},
+        {"downlink", "Downlink (MHz):", &ModeRec::downFreq, 6},
+        {"beacon", "Beacon (MHz):", &ModeRec::beaconFreq, 6},
+        {"txVrtrUp", "Uplink transverter offset (MHz):", &ModeRec::txVrtrUp, 6},
+        {"txVrtrDn", "Downlink transverter offset (MHz):", &ModeRec::txVrtrDn, 6},
+        {"beamUp", "Uplink beam width (°):", &ModeRec::beamUpWidthDegs, 2},
+        {"beamDown", "Downlink beam width (°):", &ModeRec::beamDwnWidthDegs, 2},
+    };
+    commMode_ = new QComboBox;
+    commMode_->setObjectName("commMode");
+    for (int m = 0; m <= kLastCommMode; ++m) {
+        char name[kModeNameSize];
+        ModeToStr(m, name);
+        commMode_->addItem(QString::fromLatin1(name), m);
+    }
+    for (const auto& n : numbers) {
+        Field field{numberEdit(n.name), n.member, n.decimals};
+        numbers_.push_back(field);
+        modeForm->addRow(tr(n.label), field.edit);
+        connect(field.edit, &QLineEdit::textEdited, this, [this, field] { numberEdited(field); });
+        if (n.member == &ModeRec::beaconFreq)
+            modeForm->addRow(tr("Communication mode:"), commMode_);
+    }
+    tone_ = new QSpinBox;
+    tone_->setObjectName("tone");
+    tone_->setRange(0, 99999);
+    cTone_ = new QSpinBox;
+    cTone_->setObjectName("ctcssTone");
+    cTone_->setRange(0, 99999);
+    modeForm->addRow(tr("Tone:"), tone_);
+    modeForm->addRow(tr("CTCSS tone:"), cTone_);
+    connect(channel_, &QLineEdit::textEdited, this, [this](const QString& text) {
+        ModeRec* mode = currentMode();
+        if (mode == nullptr) return;
+        remember();
+        std::snprintf(mode->channel, sizeof mode->channel, "%s", text.toUtf8().constData());
+        if (QTreeWidgetItem* item = outline_->currentItem(); item && item->parent()) {
+            filling_ = true;
+            item->setText(0, text);
+            filling_ = false;
+        }
+        changed();
+    });
+    connect(commMode_, &QComboBox::activated, this, [this](int index) {
+        if (ModeRec* mode = currentMode()) {
+            remember();
+            mode->commMode = static_cast<int16_t>(index);
+            if (QTreeWidgetItem* item = outline_->currentItem())
+                item->setText(3, commMode_->currentText());
+            changed();
+        }
+    });
+    for (QSpinBox* box : {tone_, cTone_})
+        connect(box, &QSpinBox::valueChanged, this, [this, box](int value) {
+            ModeRec* mode = currentMode();
+            if (filling_ || mode == nullptr) return;
+            remember();
+            (box == tone_ ? mode->gTone : mode->gCTone) = value;
+            changed();
+        });
+
+    // The satellite's own settings.
+    satBox_ = new QGroupBox(tr("Satellite"));
+    auto* satForm = new QFormLayout(satBox_);
+    speakName_ = new QLineEdit;
+    speakName_->setObjectName("speakName");
+    speakName_->setPlaceholderText(tr("as spoken; empty: the name"));
+    enabled_ = new QCheckBox(tr("Enabled"));
+    enabled_->setObjectName("enabled");
+    priority_ = new QSpinBox;
+    priority_->setObjectName("priority");
+    priority_->setRange(0, 99);
+    hasB_ = new QCheckBox(tr("Attitude known"));
+    hasB_->setObjectName("hasBVals");
+    bLat_ = numberEdit("bLat");
+    bLon_ = numberEdit("bLon");
+    startMA_ = new QSpinBox;
+    startMA_->setObjectName("startMA");
+    startMA_->setRange(0, 256);
+    endMA_ = new QSpinBox;
+    endMA_->setObjectName("endMA");
+    endMA_->setRange(0, 256);
+    auto* attitude = new QHBoxLayout;
+    attitude->addWidget(hasB_);
+    attitude->addWidget(new QLabel(tr("BLat")));
+    attitude->addWidget(bLat_);
+    attitude->addWidget(new QLabel(tr("BLon")));
+    attitude->addWidget(bLon_);
+    auto* window = new QHBoxLayout;
+    window->addWidget(startMA_);
+    window->addWidget(new QLabel(tr("to")));
+    window->addWidget(endMA_);
+    window->addWidget(new QLabel(tr("(256ths of an orbit; 0 and 0: always on)")));
+    window->addStretch();
+    auto* hours = new QGridLayout;
+    hours->setSpacing(2);
+    for (int h = 0; h < kHoursPerDay; ++h) {
+        auto* box = new QCheckBox(QString("%1").arg(h, 2, 10, QChar('0')));
+        box->setObjectName(QString("hour%1").arg(h));
+        hours_.push_back(box);
+        hours->addWidget(box, h / 12, h % 12);
+        connect(box, &QCheckBox::clicked, this, &ModesEditor::satelliteEdited);
+    }
+    satForm->addRow(tr("Speak name:"), speakName_);
+    satForm->addRow(QString(), enabled_);
+    satForm->addRow(tr("Priority:"), priority_);
+    satForm->addRow(tr("Antenna attitude:"), attitude);
+    satForm->addRow(tr("Mean anomaly window:"), window);
+    satForm->addRow(tr("Track hours (local):"), hours);
+    connect(speakName_, &QLineEdit::textEdited, this, &ModesEditor::satelliteEdited);
+    connect(enabled_, &QCheckBox::clicked, this, &ModesEditor::satelliteEdited);
+    connect(hasB_, &QCheckBox::clicked, this, &ModesEditor::satelliteEdited);
+    connect(bLat_, &QLineEdit::textEdited, this, &ModesEditor::satelliteEdited);
+    connect(bLon_, &QLineEdit::textEdited, this, &ModesEditor::satelliteEdited);
+    for (QSpinBox* box : {priority_, startMA_, endMA_})
+        connect(box, &QSpinBox::valueChanged, this, &ModesEditor::satelliteEdited);
+
+    // Mode buttons under the outline.
+    auto* buttons = new QHBoxLayout;
+    auto button = [&](const QString& text, const char* name, auto slot) {
+        auto* b = new QPushButton(text);
+        b->setObjectName(name);
+        connect(b, &QPushButton::clicked, this, slot);
+        buttons->addWidget(b);
+        return b;
+    };
+    button(tr("Add Mode"), "addMode", &ModesEditor::addMode);
+    button(tr("Duplicate"), "duplicateMode", &ModesEditor::duplicateMode);
+    button(tr("Delete"), "deleteMode", &ModesEditor::deleteMode);
+    button(tr("Up"), "modeUp", [this] { moveMode(-1); });
+    button(tr("Down"), "modeDown", [this] { moveMode(1); });
+    buttons->addStretch();
+
+    auto* left = new QWidget;
+    auto* leftLayout = new QVBoxLayout(left);
+    leftLayout->setContentsMargins(0, 0, 0, 0);
+    leftLayout->addWidget(outline_);
+    leftLayout->addLayout(buttons);
+    auto* right = new QWidget;
+    auto* rightLayout = new QVBoxLayout(right);
+    rightLayout->setContentsMargins(0, 0, 0, 0);
+    rightLayout->addWidget(modeBox_);
+    rightLayout->addWidget(satBox_);
+    rightLayout->addStretch();
+    auto* split = new QSplitter;
+    split->addWidget(left);
+    split->addWidget(right);
+    split->setStretchFactor(0, 1);
+
+    status_ = new QLabel;
+    status_->setObjectName("modesStatus");
+    auto* box = new QDialogButtonBox;
+    undoButton_ = box->addButton(tr("Undo"), QDialogButtonBox::ResetRole);
+    undoButton_->setObjectName("undo");
+    undoButton_->setShortcut(QKeySequence::Undo);
+    save_ = box->addButton(QDialogButtonBox::Save);
+    save_->setObjectName("saveModes");
+    box->addButton(QDialogButtonBox::Close);
+    connect(undoButton_, &QPushButton::clicked, this, &ModesEditor::undo);
+    connect(save_, &QPushButton::clicked, this, &ModesEditor::save);
+    connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* bottom = new QHBoxLayout;
+    bottom->addWidget(status_, 1);
+    bottom->addWidget(box);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(split, 1);
+    layout->addLayout(bottom);
+    changed();
+}
+
+void ModesEditor::open() {
+    post_([](CoreSide& s) { s.ui->showModesForEditing(s.app->modesForEditing()); });
+    QDialog::open();
+}
+
+void ModesEditor::showRecords(std::shared_ptr<const std::vector<SatRec>> records) {
+    // The pseudo-records first: they drive the radio outside every pass.
+    records_.clear();
+    const size_t n = records->size();
+    if (n >= 2) {
+        records_.push_back((*records)[n - 2]);
+        records_.push_back((*records)[n - 1]);
+    }
+    records_.insert(records_.end(), records->begin(),
+                    records->begin() + static_cast<long>(n >= 2 ? n - 2 : n));
+    dirty_.assign(records_.size(), false);
+    undo_.clear();
+    status_->clear();
+    rebuildOutline(0, -1);
+    changed();
+}
+
+void ModesEditor::rebuildOutline(int satellite, int mode) {
+    filling_ = true;
+    outline_->clear();
+    QTreeWidgetItem* current = nullptr;
+    for (size_t i = 0; i < records_.size(); ++i) {
+        const SatRec& sat = records_[i];
+        auto* top = new QTreeWidgetItem(outline_, {title(sat)});
+        top->setData(0, Qt::UserRole, static_cast<int>(i));
+        if (i < 2) {
+            QFont bold = top->font(0);
+            bold.setItalic(true);
+            top->setFont(0, bold);
+        }
+        if (static_cast<int>(i) == satellite && mode < 0) current = top;
+        for (int m = 0; m < sat.numberOfActiveChannels && m < kMaxModes; ++m) {
+            const ModeRec& rec = sat.modes[m];
+            char name[kModeNameSize];
+            ModeToStr(rec.commMode, name);
+            auto* child = new QTreeWidgetItem(
+                top, {QString::fromUtf8(rec.channel), QString::number(rec.upFreq, 'f', 6),
+                      QString::number(rec.downFreq, 'f', 6), QString::fromLatin1(name)});
+            child->setFlags(child->flags() | Qt::ItemIsEditable);
+            child->setData(0, Qt::UserRole, m);
+            if (static_cast<int>(i) == satellite && m == mode) current = child;
+        }
+    }
+    filling_ = false;
+    if (current != nullptr) {
+        if (current->parent()) current->parent()->setExpanded(true);
+        outline_->setCurrentItem(current);
+    }
+    chosen();
+}
+
+void ModesEditor::chosen() {
+    QTreeWidgetItem* item = outline_->currentItem();
+    if (item == nullptr) {
+        satellite_ = mode_ = -1;
+    } else if (item->parent() == nullptr) {
+        satellite_ = item->data(0, Qt::UserRole).toInt();
+        mode_ = -1;
+    } else {
+        satellite_ = item->parent()->data(0, Qt::UserRole).toInt();
+        mode_ = item->data(0, Qt::UserRole).toInt();
+    }
+    showFields();
+}
+
+SatRec* ModesEditor::currentSatellite() {
+    return satellite_ >= 0 && satellite_ < static_cast<int>(records_.size()) ? &records_[satellite_]
+                                                                             : nullptr;
+}
+
+ModeRec* ModesEditor::currentMode() {
+    SatRec* sat = currentSatellite();
+    return sat != nullptr && mode_ >= 0 && mode_ < sat->numberOfActiveChannels ? &sat->modes[mode_]
+                                                                               : nullptr;
+}
+
+void ModesEditor::showFields() {
+    filling_ = true;
+    const SatRec* sat = currentSatellite();
+    const ModeRec* mode = currentMode();
+    modeBox_->setEnabled(mode != nullptr);
+    satBox_->setEnabled(sat != nullptr);
+    const ModeRec empty{};
+    const ModeRec& m = mode ? *mode : empty;
+    channel_->setText(QString::fromUtf8(m.channel));
+    for (const Field& f : numbers_) {
+        f.edit->setText(QString::number(m.*(f.member), 'f', f.decimals));
+        f.edit->setStyleSheet("");
+    }
+    commMode_->setCurrentIndex(m.commMode >= 0 && m.commMode <= kLastCommMode ? m.commMode : 0);
+    tone_->setValue(m.gTone);
+    cTone_->setValue(m.gCTone);
+    if (sat != nullptr) {
+        speakName_->setText(QString::fromUtf8(sat->speakName));
+        enabled_->setChecked(sat->enabled != 0);
+        priority_->setValue(sat->priority);
+        hasB_->setChecked(sat->hasBVals != 0);
+        bLat_->setText(QString::number(sat->bLatDegs, 'f', 6));
+        bLon_->setText(QString::number(sat->bLonDegs, 'f', 6));
+        startMA_->setValue(sat->startMA);
+        endMA_->setValue(sat->endMA);
+        for (int h = 0; h < kHoursPerDay; ++h)
+            hours_[h]->setChecked(h < static_cast<int>(std::strlen(sat->trackHours)) &&
+                                  sat->trackHours[h] == '1');
+    }
+    filling_ = false;
+}
+
+void ModesEditor::numberEdited(const Field& field) {
+    ModeRec* mode = currentMode();
+    if (mode == nullptr) return;
+    double value = 0;
+    if (!readNumber(field.edit->text(), &value) || value < 0) {
+        // Marked, never stored: the record keeps the last good number.
+        field.edit->setStyleSheet("color: red");
+        status_->setText(tr("\"%1\" is not a number.").arg(field.edit->text()));
+        return;
+    }
+    field.edit->setStyleSheet("");
+    status_->clear();
+    remember();
+    mode->*(field.member) = value;
+    if (QTreeWidgetItem* item = outline_->currentItem()) {
+        if (field.member == &ModeRec::upFreq) item->setText(1, QString::number(value, 'f', 6));
+        if (field.member == &ModeRec::downFreq) item->setText(2, QString::number(value, 'f', 6));
+    }
+    changed();
+}
+
+void ModesEditor::satelliteEdited() {
+    SatRec* sat = currentSatellite();
+    if (filling_ || sat == nullptr) return;
+    remember();
+    std::snprintf(sat->speakName, sizeof sat->speakName, "%s",
+                  speakName_->text().trimmed().toUtf8().constData());
+    sat->enabled = enabled_->isChecked() ? 1 : 0;
+    sat->priority = static_cast<int16_t>(priority_->value());
+    sat->hasBVals = hasB_->isChecked() ? 1 : 0;
+    bool good = true;
+    for (auto [edit, member] :
+         {std::pair{bLat_, &SatRec::bLatDegs}, std::pair{bLon_, &SatRec::bLonDegs}}) {
+        double value = 0;
+        const bool ok = readNumber(edit->text(), &value);
+        edit->setStyleSheet(ok ? "" : "color: red");
+        if (ok) sat->*member = value;
+        good = good && ok;
+    }
+    status_->setText(good ? QString() : tr("The attitude must be a number of degrees."));
+    sat->startMA = startMA_->value();
+    sat->endMA = endMA_->value();
+    for (int h = 0; h < kHoursPerDay; ++h) sat->trackHours[h] = hours_[h]->isChecked() ? '1' : '0';
+    sat->trackHours[kHoursPerDay] = '\0';
+    changed();
+}
+
+void ModesEditor::remember() {
+    if (satellite_ < 0) return;
+    undo_.emplace_back(satellite_, records_[satellite_]);
+    dirty_[satellite_] = true;
+}
+
+void ModesEditor::changed() {
+    undoButton_->setEnabled(!undo_.empty());
+    bool any = false;
+    for (bool d : dirty_) any = any || d;
+    save_->setEnabled(any);
+}
+
+void ModesEditor::undo() {
+    if (undo_.empty()) return;
+    const auto [index, before] = undo_.back();
+    undo_.pop_back();
+    records_[index] = before;
+    rebuildOutline(index, std::min<int>(mode_, before.numberOfActiveChannels - 1));
+    changed();
+}
+
+void ModesEditor::addMode() {
+    SatRec* sat = currentSatellite();
+    if (sat == nullptr || sat->numberOfActiveChannels >= kMaxModes) return;
+    remember();
+    ModeRec& mode = sat->modes[sat->numberOfActiveChannels];
+    mode = ModeRec{};
+    std::snprintf(mode.channel, sizeof mode.channel, "%s", tr("New mode").toUtf8().constData());
+    ++sat->numberOfActiveChannels;
+    rebuildOutline(satellite_, sat->numberOfActiveChannels - 1);
+    changed();
+}
+
+void ModesEditor::duplicateMode() {
+    SatRec* sat = currentSatellite();
+    const ModeRec* mode = currentMode();
+    if (mode == nullptr || sat->numberOfActiveChannels >= kMaxModes) return;
+    remember();
+    const int at = mode_ + 1;
+    std::copy_backward(sat->modes + at, sat->modes + sat->numberOfActiveChannels,
+                       sat->modes + sat->numberOfActiveChannels + 1);
+    sat->modes[at] = sat->modes[mode_];
+    ++sat->numberOfActiveChannels;
+    rebuildOutline(satellite_, at);
+    changed();
+}
+
+void ModesEditor::deleteMode() {
+    SatRec* sat = currentSatellite();
+    if (currentMode() == nullptr) return;
+    remember();
+    std::copy(sat->modes + mode_ + 1, sat->modes + sat->numberOfActiveChannels, sat->modes + mode_);
+    --sat->numberOfActiveChannels;
+    rebuildOutline(satellite_, std::min<int>(mode_, sat->numberOfActiveChannels - 1));
+    changed();
+}
+
+void ModesEditor::moveMode(int step) {
+    SatRec* sat = currentSatellite();
+    const int to = mode_ + step;
+    if (currentMode() == nullptr || to < 0 || to >= sat->numberOfActiveChannels) return;
+    remember();
+    std::swap(sat->modes[mode_], sat->modes[to]);
+    rebuildOutline(satellite_, to);
+    changed();
+}
+
+void ModesEditor::save() {
+    auto edited = std::make_shared<std::vector<SatRec>>();
+    for (size_t i = 0; i < records_.size(); ++i)
+        if (dirty_[i]) edited->push_back(records_[i]);
+    if (edited->empty()) return;
+    post_([edited](CoreSide& s) {
+        if (s.app->saveEditedModes(edited->data(), static_cast<int>(edited->size())))
+            s.ui->showModesForEditing(s.app->modesForEditing());
+    });
+    status_->setText(tr("Saving…"));
+}
+
+}  // namespace veloran
