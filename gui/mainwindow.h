@@ -31,6 +31,9 @@ class MapWidget;
 class HorizonWidget;
 class TrackListWidget;
 class PassesWindow;
+class LogbookLink;
+class LogbookWindow;
+class LogStrip;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -53,6 +56,9 @@ class MainWindow : public QMainWindow {
     // Opens the passes window (Ctrl+Shift+P); made on first use.
     void showPasses();
     PassesWindow* passesWindow() const { return passesWindow_; }
+    // Opens the logbook window (Ctrl+L); made on first use.
+    void showLogbook();
+    LogbookWindow* logbookWindow() const { return logbookWindow_; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -85,6 +91,9 @@ class MainWindow : public QMainWindow {
     QWidget *topBar_, *lowerPanel_, *statusBlock_;
     PlaceSheet* placeSheet_;
     PassesWindow* passesWindow_ = nullptr;
+    LogbookLink* logbook_;
+    LogStrip* logStrip_;
+    LogbookWindow* logbookWindow_ = nullptr;
     QMenu* radioMenu_;
     QActionGroup* radioGroup_;
     QAction *fullScreenAction_, *nightAction_, *windowAction_;
