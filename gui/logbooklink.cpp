@@ -120,7 +120,7 @@ void LogbookLink::save(const ContactEntry& entry, const QString& name, const QSt
         QString duplicate;
         if (CheckDuplicate(&core->store, &contact, contact.startUTC - kPassLookBackSeconds,
                            &earlier) == 1)
-            duplicate = Q(earlier.call + " already worked on " + earlier.satellite + " this pass");
+            duplicate = Q(earlier.call) + " worked this pass";
         if (!AddContact(&core->store, &contact)) {
             emit feed->failed(Q("Not logged: " + core->store.error));
             return;

@@ -25,7 +25,7 @@ LogbookWindow::LogbookWindow(LogbookLink* link, QWidget* parent)
     : QWidget(parent, Qt::Window), link_(link), model_(new LogbookModel(this)) {
     setObjectName("logbookWindow");
     setWindowTitle(tr("Logbook"));
-    resize(1180, 520);
+    resize(1320, 520);
 
     proxy_ = new QSortFilterProxyModel(this);
     proxy_->setSourceModel(model_);
@@ -40,6 +40,8 @@ LogbookWindow::LogbookWindow(LogbookLink* link, QWidget* parent)
     connect(filter_, &QLineEdit::textChanged, proxy_, &QSortFilterProxyModel::setFilterFixedString);
     count_ = new QLabel;
     count_->setObjectName("logbookCount");
+    count_->setMinimumWidth(count_->fontMetrics().horizontalAdvance("99999 of 99999 contacts"));
+    count_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     auto* remove = new QPushButton(tr("Delete"));
     remove->setObjectName("logbookDelete");

@@ -100,15 +100,18 @@ LogStrip::LogStrip(LogbookLink* link, QWidget* parent)
             });
     connect(feed, &LogbookFeed::contactSaved, this,
             [this](const ContactRec& c, const QString& duplicate) {
+                // Short, so it fits beside the fields: the operator reads it
+                // between two contacts.
                 QString line = tr("Logged %1 %2 %3")
-                                   .arg(Clock(c.startUTC), QString::fromStdString(c.call),
-                                        QString::fromStdString(c.satellite));
+                                   .arg(QString::fromStdString(c.call),
+                                        QString::fromStdString(c.satellite), Clock(c.startUTC));
                 if (!duplicate.isEmpty()) {
                     status_->setStyleSheet("color: #c0392b; font-weight: bold;");
-                    line += tr(" \u2014 DUPLICATE: ") + duplicate;
+                    line = tr("DUPE %1: %2").arg(QString::fromStdString(c.call), duplicate);
                 } else {
                     status_->setStyleSheet({});
                 }
+                status_->setToolTip(line);
                 status_->setText(line);
             });
     connect(feed, &LogbookFeed::failed, this, [this](const QString& message) {
