@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QRegularExpressionValidator>
+#include <QStyle>
 #include <QTimeZone>
 #include <QTimer>
 
@@ -35,6 +36,13 @@ QString Clock(uint32_t utc1904) {
         .toString("HH:mm:ss");
 }
 
+void ShowCountry(QLabel* label, const QString& country) {
+    label->setProperty("empty", country.isEmpty());
+    label->setText(country.isEmpty() ? QObject::tr("country") : country);
+    label->style()->unpolish(label);
+    label->style()->polish(label);
+}
+
 }  // namespace
 
 LogStrip::LogStrip(LogbookLink* link, QWidget* parent)
@@ -56,7 +64,11 @@ LogStrip::LogStrip(LogbookLink* link, QWidget* parent)
     grid_->setMaximumWidth(80);
     country_ = new QLabel;
     country_->setObjectName("logCountry");
-    country_->setMinimumWidth(140);
+    country_->setMinimumWidth(160);
+    // The country's place stays marked while no call is typed, so the
+    // fields do not jump when it appears.
+    country_->setStyleSheet("QLabel[empty=\"true\"] { color: palette(mid); font-style: italic; }");
+    ShowCountry(country_, {});
     status_ = new QLabel;
     status_->setObjectName("logStatus");
     status_->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -83,7 +95,7 @@ LogStrip::LogStrip(LogbookLink* link, QWidget* parent)
 
     LogbookFeed* feed = link_->feed();
     connect(feed, &LogbookFeed::countryFound, this, [this](const QString& call, const QString& c) {
-        if (call == call_->text().toUpper()) country_->setText(c);
+        if (call == call_->text().toUpper()) ShowCountry(country_, c);
     });
     connect(feed, &LogbookFeed::callbookAnswered, this,
             [this](const QString& call, const QString& name, const QString& qth,
@@ -127,7 +139,7 @@ void LogStrip::callEdited(const QString& text) {
         call_->setText(call);
         call_->setCursorPosition(at);
     }
-    country_->clear();
+    ShowCountry(country_, {});
     if (!call.isEmpty()) link_->findCountry(call);
     lookupPause_->start();
 }
@@ -152,7 +164,7 @@ void LogStrip::clearEntry() {
     // The reports stay: most contacts of a pass get the same ones.
     lookupPause_->stop();
     for (QLineEdit* f : {call_, grid_, name_, qth_, comment_}) f->clear();
-    country_->clear();
+    ShowCountry(country_, {});
     call_->setFocus();
 }
 
