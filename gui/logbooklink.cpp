@@ -8,6 +8,7 @@
 
 #include "app/appcontroller.h"
 #include "data/files.h"
+#include "engine/timebase.h"
 #include "gui/uibridge.h"
 #include "logbook/adif.h"
 #include "logbook/callbook.h"
@@ -28,7 +29,8 @@ struct LogbookCore {
     bool haveDxcc = false;
     SatNameTable names;
     std::string dataDir;
-    QPointer<QtCallbook> callbook;  // a child of the bridge, so it dies on the core thread
+    QPointer<QtCallbook> callbook;      // a child of the bridge, so it dies on the core thread
+    CallbookSettings callbookSettings;  // what it was made with
 
     ~LogbookCore() { CloseLogStore(&store); }
 };
@@ -144,10 +146,18 @@ void LogbookLink::lookUp(const QString& call) {
         CallbookSettings settings;
         ReadCallbookSettings(*s.defaults, &settings);
         if (!settings.enabled || settings.user.empty()) return;
+        // Changed settings (a new password) take a fresh client.
+        const CallbookSettings& was = core->callbookSettings;
+        if (!core->callbook.isNull() &&
+            (was.user != settings.user || was.password != settings.password ||
+             was.url != settings.url)) {
+            core->callbook->deleteLater();
+            core->callbook = nullptr;
+        }
         if (core->callbook.isNull()) {
-            Ready(core.get(), s, feed.get());
             core->callbook =
                 new QtCallbook(settings, s.app->paths().dataDir + "/callbook-answer.xml", s.ui);
+            core->callbookSettings = settings;
         }
         // One lookup at a time: a call typed while another is under way waits
         // for the operator's next pause.
@@ -243,7 +253,7 @@ void LogbookLink::exportAdif(const QString& path) {
             emit feed->failed(Q("The logbook cannot be read: " + core->store.error));
             return;
         }
-        const std::string text = FormatAdif(contacts, &core->names, s.app->timeBaseSecs());
+        const std::string text = FormatAdif(contacts, &core->names, QFGetDateTimeUTC());
         if (!WriteText(path.toStdString(), text))
             emit feed->failed("Cannot write " + path);
         else

@@ -21,6 +21,8 @@
 #include <QSortFilterProxyModel>
 #include <QTabWidget>
 #include <QTableView>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimeZone>
@@ -40,6 +42,7 @@
 #include "gui/passeswindow.h"
 #include "gui/skywidget.h"
 #include "gui/uibridge.h"
+#include "logbook/callbook.h"
 #include "platform/numericlocale.h"
 #include "platform/qtuserdefaults.h"
 #include "radio/drivers.h"
@@ -423,6 +426,46 @@ TEST_F(Window, ContactLoggedDuringAPassCarriesThatMomentAndExportsForLotw) {
     book->close();
     Find<QPushButton>("realTimeButton")->click();
     Sync();
+}
+
+// A callsign service on loopback: any login opens a session, any call is
+// found (answers shaped as HamQTH's XML).
+TEST_F(Window, CallbookFillsNameQthAndGridOnceTheCallIsTyped) {
+    QTcpServer service;
+    ASSERT_TRUE(service.listen(QHostAddress::LocalHost, 0));
+    QObject::connect(&service, &QTcpServer::newConnection, [&service] {
+        QTcpSocket* socket = service.nextPendingConnection();
+        QObject::connect(socket, &QTcpSocket::readyRead, [socket] {
+            const QByteArray request = socket->readAll();
+            const QByteArray body =
+                "<?xml version=\"1.0\"?><HamQTH version=\"2.8\">" +
+                QByteArray(request.contains("u=")
+                               ? "<session><session_id>S1</session_id></session>"
+                               : "<search><callsign>ok7an</callsign><nick>Petr</nick>"
+                                 "<qth>Neratovice</qth><grid>JO70GG</grid></search>") +
+                "</HamQTH>";
+            socket->write(
+                "HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nConnection: close\r\n"
+                "Content-Length: " +
+                QByteArray::number(body.size()) + "\r\n\r\n" + body);
+            socket->disconnectFromHost();
+        });
+    });
+    const std::string url = "http://127.0.0.1:" + std::to_string(service.serverPort()) + "/xml.php";
+    OnCore([url](CoreSide& s) {
+        s.defaults->setBool(callbookkeys::kEnabled, true);
+        s.defaults->setString(callbookkeys::kUser, "test");
+        s.defaults->setString(callbookkeys::kPassword, "pw");
+        s.defaults->setString(callbookkeys::kUrl, url);
+    });
+    auto* call = Find<QLineEdit>("logCall");
+    QTest::keyClicks(call, "OK7AN");
+    ASSERT_TRUE(WaitFor([&] { return !Find<QLineEdit>("logName")->text().isEmpty(); }));
+    EXPECT_EQ(Find<QLineEdit>("logName")->text(), "Petr");
+    EXPECT_EQ(Find<QLineEdit>("logQth")->text(), "Neratovice");
+    EXPECT_EQ(Find<QLineEdit>("logGrid")->text(), "JO70GG");
+    OnCore([](CoreSide& s) { s.defaults->setBool(callbookkeys::kEnabled, false); });
+    for (const char* f : {"logCall", "logName", "logQth", "logGrid"}) Find<QLineEdit>(f)->clear();
 }
 
 // Last: quitting ends the core.
