@@ -39,6 +39,9 @@
 #include "data/settings.h"
 #include "engine/units.h"
 #include "gui/horizonwidget.h"
+#include "gui/logbooklink.h"
+#include "gui/logbookwindow.h"
+#include "gui/logstrip.h"
 #include "gui/mapwidget.h"
 #include "gui/modeseditor.h"
 #include "gui/passeswindow.h"
@@ -108,6 +111,9 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     layout->addWidget(buildMapArea(), 1);
     lowerPanel_ = buildLowerPanel();
     layout->addWidget(lowerPanel_);
+    logbook_ = new LogbookLink(post_, this);
+    logStrip_ = new LogStrip(logbook_);
+    layout->addWidget(logStrip_);
     setCentralWidget(central);
     // The status bar: the station's messages first, where the eye finds
     // them, then the version line and the element sets' date.
@@ -510,6 +516,11 @@ void MainWindow::buildMenus() {
     passes->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P));
     connect(passes, &QAction::triggered, this, &MainWindow::showPasses);
     addAction(passes);  // the shortcut works while the menu bar is hidden
+    QAction* logbook = window->addAction(tr("&Logbook"));
+    logbook->setObjectName("logbookAction");
+    logbook->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
+    connect(logbook, &QAction::triggered, this, &MainWindow::showLogbook);
+    addAction(logbook);
     windowAction_ = window->addAction(tr("Veloran"));
     windowAction_->setObjectName("openNewWindowAction");
     connect(windowAction_, &QAction::triggered, this, &MainWindow::showAgain);
@@ -690,6 +701,13 @@ void MainWindow::slideTime(int minutes) {
         pending->store(false);
         s.app->timeSlid(wanted->load());
     });
+}
+
+void MainWindow::showLogbook() {
+    if (logbookWindow_ == nullptr) logbookWindow_ = new LogbookWindow(logbook_, this);
+    logbookWindow_->show();
+    logbookWindow_->raise();
+    logbookWindow_->activateWindow();
 }
 
 void MainWindow::showPasses() {

@@ -35,6 +35,9 @@ class MapWidget;
 class HorizonWidget;
 class TrackListWidget;
 class PassesWindow;
+class LogbookLink;
+class LogbookWindow;
+class LogStrip;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -59,6 +62,9 @@ class MainWindow : public QMainWindow {
     // Opens the passes window (Ctrl+Shift+P); made on first use.
     void showPasses();
     PassesWindow* passesWindow() const { return passesWindow_; }
+    // Opens the logbook window (Ctrl+L); made on first use.
+    void showLogbook();
+    LogbookWindow* logbookWindow() const { return logbookWindow_; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -100,6 +106,9 @@ class MainWindow : public QMainWindow {
     // The "Simulated" devices of the port lists serve for the window's life.
     std::unique_ptr<SimulatedDevices> sims_;
     QAction* speechAction_;
+    LogbookLink* logbook_;
+    LogStrip* logStrip_;
+    LogbookWindow* logbookWindow_ = nullptr;
     QMenu* radioMenu_;
     QActionGroup* radioGroup_;
     QAction *fullScreenAction_, *nightAction_, *windowAction_;

@@ -23,18 +23,25 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimeZone>
 #include <QToolButton>
 #include <QTreeWidget>
+#include <QtTest/QTest>
 #include <atomic>
+#include <cmath>
 #include <functional>
 #include <memory>
 
 #include "app/appcontroller.h"
 #include "data/modes.h"
+#include "engine/satrec.h"
 #include "gui/corethread.h"
+#include "gui/logbookmodel.h"
+#include "gui/logbookwindow.h"
 #include "gui/mainwindow.h"
 #include "gui/modeseditor.h"
 #include "gui/passeswindow.h"
@@ -43,6 +50,7 @@
 #include "gui/simulateddevices.h"
 #include "gui/skywidget.h"
 #include "gui/uibridge.h"
+#include "logbook/callbook.h"
 #include "platform/numericlocale.h"
 #include "platform/qtuserdefaults.h"
 #include "radio/drivers.h"
@@ -486,6 +494,144 @@ TEST_F(Window, PlacesEditorRewritesTheFileAndRefusesABadLatitude) {
     EXPECT_TRUE(text.contains("Newville\tON\tCanada\t46.25")) << text.toStdString();
     EXPECT_FALSE(text.contains("Testville"));
     EXPECT_GE(Find<QComboBox>("locationComboBox")->findText("Newville ON Canada"), 0);
+}
+
+TEST_F(Window, ContactLoggedDuringAPassCarriesThatMomentAndExportsForLotw) {
+    // The ISS's FM repeater, the time slider moved to a minute before the
+    // highest point of its next good pass.
+    auto* satellites = Find<QComboBox>("satellitePopUp");
+    emit satellites->activated(satellites->findText("ISS"));
+    window->showPasses();
+    PassesWindow* passes = window->passesWindow();
+    passes->findChild<QComboBox*>("passesScope")->setCurrentIndex(PassesWindow::kAll);
+    ASSERT_TRUE(WaitFor([&] { return !passes->searching() && passes->model()->rowCount() > 0; }));
+    uint32_t highest = 0;
+    for (const PassRow& row : passes->model()->rows())
+        if (row.satellite == "ISS" && row.pass.maxElevationDegs > 20 && highest == 0)
+            highest = row.max;
+    passes->close();
+    ASSERT_NE(highest, 0u) << "the ISS passes the test site within a day";
+    const qint64 now = QDateTime::currentSecsSinceEpoch() + 2082844800;
+    Find<QSlider>("timeSlider")->setValue(static_cast<int>((highest - now) / 60));
+    Sync();
+    Tick();
+    uint32_t virtualNow = 0;
+    double radioDown = 0;
+    OnCore([&](CoreSide& s) {
+        virtualNow = s.app->timeBaseSecs();
+        radioDown = s.app->vfo().down;
+    });
+
+    auto* call = Find<QLineEdit>("logCall");
+    QTest::keyClicks(call, "dl1abc");
+    EXPECT_EQ(call->text(), "DL1ABC");
+    ASSERT_TRUE(WaitFor([&] { return Text("logCountry") != "country"; }));
+    EXPECT_EQ(Text("logCountry"), "Federal Republic of Germany");
+    Find<QLineEdit>("logGrid")->setText("jo62qm");
+    Find<QLineEdit>("logComment")->setText("first contact");
+    Shot(Find<QWidget>("logStrip"), "logstrip");
+    QTest::keyClick(call, Qt::Key_Return);
+    ASSERT_TRUE(WaitFor([&] { return Text("logStatus").startsWith("Logged"); }));
+    EXPECT_FALSE(Text("logStatus").startsWith("DUPE"));
+    EXPECT_TRUE(call->text().isEmpty());
+
+    // The same station again on this pass: warned in the strip, still logged.
+    QTest::keyClicks(call, "DL1ABC/P");
+    QTest::keyClick(call, Qt::Key_Return);
+    ASSERT_TRUE(WaitFor([&] { return Text("logStatus").startsWith("DUPE"); }));
+    Shot(window, "logstrip-window");
+
+    window->showLogbook();
+    LogbookWindow* book = window->logbookWindow();
+    ASSERT_NE(book, nullptr);
+    EXPECT_EQ(book->windowTitle(), "Logbook");
+    ASSERT_TRUE(WaitFor([&] { return book->model()->rowCount() == 2; }));
+    const ContactRec* first = nullptr;
+    for (int r = 0; r < 2; ++r)
+        if (book->model()->contact(r).call == "DL1ABC") first = &book->model()->contact(r);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->satellite, "ISS");
+    EXPECT_EQ(first->transponder, "FM Rptr");
+    EXPECT_EQ(first->mode, "FM");
+    EXPECT_EQ(first->startUTC, virtualNow);
+    EXPECT_EQ(first->grid, "JO62QM");
+    EXPECT_EQ(first->country, "Federal Republic of Germany");
+    // The repeater's frequencies as the ISS sees them (mode.dat), not the
+    // Doppler-shifted ones the radio was on (up to 10 kHz off at 70 cm);
+    // what is left is the radio's tuning step.
+    EXPECT_NEAR(first->uplinkMHz, 145.990, 2e-4);
+    EXPECT_NEAR(first->downlinkMHz, 437.800, 2e-4);
+    EXPECT_GT(std::fabs(radioDown - 437.800), 1e-4) << "mid-pass the radio is Doppler-shifted";
+
+    auto* filter = book->findChild<QLineEdit*>("logbookFilter");
+    filter->setText("/p");
+    EXPECT_EQ(book->proxy()->rowCount(), 1);
+    filter->setText("germany");
+    EXPECT_EQ(book->proxy()->rowCount(), 2);
+    filter->setText("W1AW");
+    EXPECT_EQ(book->proxy()->rowCount(), 0);
+    filter->clear();
+    Shot(book, "logbook");
+
+    // Corrected in place, saved through the core, listed again.
+    const QModelIndex name = book->model()->index(0, LogbookModel::kName);
+    ASSERT_TRUE(book->model()->setData(name, "Hans", Qt::EditRole));
+    ASSERT_TRUE(WaitFor([&] { return book->model()->contact(0).name == "Hans"; }));
+
+    const QString adif = folders->path() + "/export.adi";
+    book->exportAdifTo(adif);
+    ASSERT_TRUE(WaitFor([&] { return QFile::exists(adif); }));
+    QFile file(adif);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(file.readAll());
+    for (const char* field :
+         {"<PROP_MODE:3>SAT", "<SAT_NAME:5>ARISS", "<CALL:6>DL1ABC", "<FREQ:10>145.9",
+          "<FREQ_RX:10>437.8", "<MY_GRIDSQUARE:6>", "<BAND:2>2m", "<BAND_RX:4>70cm", "<MODE:2>FM",
+          "<GRIDSQUARE:6>JO62QM"})
+        EXPECT_TRUE(text.contains(field)) << field << "\n" << text.toStdString();
+    book->close();
+    Find<QPushButton>("realTimeButton")->click();
+    Sync();
+}
+
+// A callsign service on loopback: any login opens a session, any call is
+// found (answers shaped as HamQTH's XML).
+TEST_F(Window, CallbookFillsNameQthAndGridOnceTheCallIsTyped) {
+    QTcpServer service;
+    ASSERT_TRUE(service.listen(QHostAddress::LocalHost, 0));
+    QObject::connect(&service, &QTcpServer::newConnection, [&service] {
+        QTcpSocket* socket = service.nextPendingConnection();
+        QObject::connect(socket, &QTcpSocket::readyRead, [socket] {
+            const QByteArray request = socket->readAll();
+            const QByteArray body =
+                "<?xml version=\"1.0\"?><HamQTH version=\"2.8\">" +
+                QByteArray(request.contains("u=")
+                               ? "<session><session_id>S1</session_id></session>"
+                               : "<search><callsign>ok7an</callsign><nick>Petr</nick>"
+                                 "<qth>Neratovice</qth><grid>JO70GG</grid></search>") +
+                "</HamQTH>";
+            socket->write(
+                "HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nConnection: close\r\n"
+                "Content-Length: " +
+                QByteArray::number(body.size()) + "\r\n\r\n" + body);
+            socket->disconnectFromHost();
+        });
+    });
+    const std::string url = "http://127.0.0.1:" + std::to_string(service.serverPort()) + "/xml.php";
+    OnCore([url](CoreSide& s) {
+        s.defaults->setBool(callbookkeys::kEnabled, true);
+        s.defaults->setString(callbookkeys::kUser, "test");
+        s.defaults->setString(callbookkeys::kPassword, "pw");
+        s.defaults->setString(callbookkeys::kUrl, url);
+    });
+    auto* call = Find<QLineEdit>("logCall");
+    QTest::keyClicks(call, "OK7AN");
+    ASSERT_TRUE(WaitFor([&] { return !Find<QLineEdit>("logName")->text().isEmpty(); }));
+    EXPECT_EQ(Find<QLineEdit>("logName")->text(), "Petr");
+    EXPECT_EQ(Find<QLineEdit>("logQth")->text(), "Neratovice");
+    EXPECT_EQ(Find<QLineEdit>("logGrid")->text(), "JO70GG");
+    OnCore([](CoreSide& s) { s.defaults->setBool(callbookkeys::kEnabled, false); });
+    for (const char* f : {"logCall", "logName", "logQth", "logGrid"}) Find<QLineEdit>(f)->clear();
 }
 
 // Last: quitting ends the core.
