@@ -29,7 +29,10 @@ void VisitPrefs(Visitor& v, SiteRec* s, ViewPrefs* p) {
     v.real32("commandDelay", &s->commandDelay);
     v.boolean("s_meter_enabled", &s->s_meter_enabled);
     v.boolean("dial_tracking_enabled", &s->dial_tracking_enabled);
+    v.integer("hamlibRadioModel", &s->hamlibRadioModel);
+    v.integer("fmRetuneHz", &s->fmRetuneHz);
     v.integer("rotor", &s->rotor);
+    v.integer("hamlibRotorModel", &s->hamlibRotorModel);
     v.integer("rotorport", &s->rotorPort);
     v.integer("rotorbaud", &s->rotorBaud);
     v.boolean(prefkeys::kRotorEnabled, &s->rotor_enabled);
@@ -143,6 +146,9 @@ void SetSiteDefaults(SiteRec* site) {
     site->displayTrackList = 1;
     site->deadSpotState = 1;
     site->s_meter_enabled = 0;
+    site->fmRetuneHz = 500;      // far inside an FM channel; FM receivers click on every retune
+    site->hamlibRadioModel = 1;  // Hamlib's dummy rig until one is chosen
+    site->hamlibRotorModel = 1;
     std::snprintf(site->siteName, sizeof site->siteName, "Quillfern");
     site->locationName[0] = '\0';
     // A zeroed descriptor would be standard input; closed is -1.
