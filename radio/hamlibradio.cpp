@@ -151,6 +151,10 @@ void setUp(Connection* c, int commMode, int gTone, int gCTone, bool uplink) {
     const rig_caps* caps = rig->caps;
     if (c->satMode) rig_set_func(rig, RIG_VFO_CURR, RIG_FUNC_SATMODE, uplink ? 1 : 0);
     if (c->split && uplink) rig_set_split_vfo(rig, RIG_VFO_A, RIG_SPLIT_ON, RIG_VFO_B);
+    // Some full-duplex backends (the FT-847's) enter the radio's satellite
+    // mode through split between main and sub.
+    if (c->mainSub && !c->satMode && caps->set_split_vfo)
+        rig_set_split_vfo(rig, RIG_VFO_MAIN, uplink ? RIG_SPLIT_ON : RIG_SPLIT_OFF, RIG_VFO_SUB);
     const ModePair modes = modesFor(commMode);
     if (caps->set_mode && canSet(rig, modes.down)) {
         rig_set_mode(rig, target(c, c->rxVfo), modes.down, RIG_PASSBAND_NOCHANGE);
@@ -300,7 +304,15 @@ int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::stri
     c->satMode = c->mainSub && rig_has_set_func(rig, RIG_FUNC_SATMODE);
     c->split = !c->mainSub && rig->caps->set_split_vfo != nullptr &&
                (vfos & (RIG_VFO_A | RIG_VFO_B)) == (RIG_VFO_A | RIG_VFO_B);
-    if (c->mainSub) {
+    const vfo_t bandsA = RIG_VFO_MAIN_A | RIG_VFO_SUB_A;
+    if (c->mainSub && model != kHamlibNetModel && (vfos & bandsA) == bandsA) {
+        // Hamlib takes a plain "sub" on radios that also have VFOs A and B
+        // as the main band's VFO B unless it believes satellite mode is on.
+        // (Through rigctld the names travel as they are, and rigctld's
+        // dummy keeps "MainA" apart from "Main".)
+        c->rxVfo = RIG_VFO_MAIN_A;
+        c->txVfo = RIG_VFO_SUB_A;
+    } else if (c->mainSub) {
         c->rxVfo = RIG_VFO_MAIN;
         c->txVfo = RIG_VFO_SUB;
     } else if (c->split) {
@@ -308,7 +320,8 @@ int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::stri
         c->txVfo = RIG_VFO_B;
     }
     c->selectFirst = model == kHamlibNetModel && !rig->state.vfo_opt;
-    if (c->mainSub && !c->satMode) sayOnce(c.get(), kSaidNoSatMode, "no satellite mode switch");
+    if (c->mainSub && !c->satMode && !rig->caps->set_split_vfo)
+        sayOnce(c.get(), kSaidNoSatMode, "no satellite mode switch");
     gConnections[token] = std::move(c);
     return token;
 }
