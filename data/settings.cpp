@@ -29,10 +29,7 @@ void VisitPrefs(Visitor& v, SiteRec* s, ViewPrefs* p) {
     v.real32("commandDelay", &s->commandDelay);
     v.boolean("s_meter_enabled", &s->s_meter_enabled);
     v.boolean("dial_tracking_enabled", &s->dial_tracking_enabled);
-    v.integer("hamlibRadioModel", &s->hamlibRadioModel);
-    v.integer("fmRetuneHz", &s->fmRetuneHz);
     v.integer("rotor", &s->rotor);
-    v.integer("hamlibRotorModel", &s->hamlibRotorModel);
     v.integer("rotorport", &s->rotorPort);
     v.integer("rotorbaud", &s->rotorBaud);
     v.boolean(prefkeys::kRotorEnabled, &s->rotor_enabled);
@@ -73,6 +70,10 @@ void VisitPrefs(Visitor& v, SiteRec* s, ViewPrefs* p) {
     v.boolean("qshowGroundTrack", &s->showGroundTrack);
     v.boolean("qshowOrbitalPlane", &s->showOrbitalPlane);
     v.boolean("qshowCityLights", &s->cityLights);
+    // Ours, after the classic keys: Hamlib models and the FM retune threshold.
+    v.integer("hamlibRadioModel", &s->hamlibRadioModel);
+    v.integer("hamlibRotorModel", &s->hamlibRotorModel);
+    v.integer("fmRetuneHz", &s->fmRetuneHz);
 }
 
 struct KeyLister {
