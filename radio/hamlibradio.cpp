@@ -178,8 +178,15 @@ void setUp(Connection* c, int commMode, int gTone, int gCTone, bool uplink) {
         sayOnce(c, kSaidNoTone, "cannot send a CTCSS tone");
 }
 
+// Hamlib's error text, first line only: later lines are its debug history.
+std::string errorText(int status) {
+    const std::string text = rigerror(status);
+    return text.substr(0, text.find('\n'));
+}
+
 int fail(Connection* c, int status) {
-    c->error = rigerror(status);
+    c->error = errorText(status);
+    c->last = {};  // not sent after all: the next call sends again
     return 0;
 }
 
@@ -254,12 +261,6 @@ const RadioDriver* HamlibRadioDriver() {
     return &kHamlibRow;
 }
 
-void SetHamlibDebug(bool debug) {
-    std::lock_guard<std::mutex> lock(gMutex);
-    gDebug = debug;
-    applyDebug();
-}
-
 int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::string* error) {
     std::lock_guard<std::mutex> lock(gMutex);
     gDebug = debug;
@@ -285,7 +286,7 @@ int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::stri
     rig->state.rigport.retry = 0;
     const int status = rig_open(rig);
     if (status != RIG_OK) {
-        if (error) *error = rigerror(status);
+        if (error) *error = errorText(status);
         rig_cleanup(rig);
         return -1;
     }

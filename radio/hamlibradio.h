@@ -28,7 +28,8 @@ const RadioDriver* HamlibRadioDriver();
 // 2); `baud` in bit/s, 0 for the model's default. Returns the connection's
 // descriptor, or -1 with the reason in *error ("no answer", Hamlib's error
 // text, or an unknown model). A host that does not answer costs at most
-// about a second.
+// about a second. Hamlib's own diagnostics go to standard error (our traffic
+// log) when `debug` is on and are silenced otherwise.
 int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::string* error);
 // Closes a connection made by OpenHamlibRadio; ignores any other descriptor.
 void CloseHamlibRadio(int fd);
@@ -37,10 +38,6 @@ int IsHamlibRadio(int fd);
 
 // Why the last failed call on `fd` failed (empty when none did).
 std::string HamlibRadioError(int fd);
-
-// Routes Hamlib's own diagnostics to standard error (our traffic log) when
-// `debug` is on, and silences them otherwise.
-void SetHamlibDebug(bool debug);
 
 // A model Hamlib knows, for --list-radios, --list-rotors and the model list.
 struct HamlibModel {

@@ -56,7 +56,11 @@ int OpenHamlibRotor(int model, const char* port, int baud, bool debug, std::stri
     rot->state.rotport.retry = 0;
     const int status = rot_open(rot);
     if (status != RIG_OK) {
-        if (error) *error = rigerror(status);
+        if (error) {
+            // The first line only: later lines are Hamlib's debug history.
+            *error = rigerror(status);
+            *error = error->substr(0, error->find('\n'));
+        }
         rot_cleanup(rot);
         return -1;
     }
