@@ -33,6 +33,8 @@ namespace {
 
 constexpr int kReplyTimeoutMs = 500;  // Hamlib's wait for each reply
 constexpr int kConnectTimeoutMs = 1000;
+// Asks rigctld whether it takes a VFO with each command; it always answers.
+constexpr const char* kRigctldQuery = "\\chk_vfo\n";
 constexpr int kSMeterZeroDb = 54;  // Hamlib reports strength in dB relative to S9; S0 is -54 dB
 
 enum Said : unsigned {
@@ -268,7 +270,7 @@ int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::stri
     const std::string path = port ? port : "";
     if (model == kHamlibNetModel) {
         // Hamlib's own connect blocks for as long as the system keeps trying.
-        if (!ProbeNetworkDevice(path, kConnectTimeoutMs, error)) return -1;
+        if (!ProbeNetworkDevice(path, kConnectTimeoutMs, error, kRigctldQuery)) return -1;
         // A rigctld that goes away mid-write must not end the program.
         signal(SIGPIPE, SIG_IGN);
     }

@@ -22,6 +22,8 @@ namespace {
 
 constexpr int kReplyTimeoutMs = 500;
 constexpr int kConnectTimeoutMs = 1000;
+// Asks rotctld where the rotator points; it always answers.
+constexpr const char* kRotctldQuery = "p\n";
 constexpr int kHamlibNetRotor = 2;
 
 std::mutex gMutex;
@@ -40,7 +42,7 @@ int OpenHamlibRotor(int model, const char* port, int baud, bool debug, std::stri
     const std::string path = port ? port : "";
     if (model == kHamlibNetRotor) {
         // Hamlib's own connect blocks for as long as the system keeps trying.
-        if (!ProbeNetworkDevice(path, kConnectTimeoutMs, error)) return -1;
+        if (!ProbeNetworkDevice(path, kConnectTimeoutMs, error, kRotctldQuery)) return -1;
         signal(SIGPIPE, SIG_IGN);  // a rotctld that goes away mid-write must not end us
     }
     ROT* rot = rot_init(static_cast<rot_model_t>(model));

@@ -35,7 +35,31 @@ int SplitHostPort(const std::string& address, std::string* host, std::string* po
     return 1;
 }
 
-int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error) {
+namespace {
+
+// Waits up to timeoutMs for `events` on s; 1 when they came.
+int waitFor(int s, short events, int timeoutMs) {
+    pollfd p{s, events, 0};
+    int n;
+    do {
+        n = poll(&p, 1, timeoutMs);
+    } while (n == -1 && errno == EINTR);
+    return n == 1 ? 1 : 0;
+}
+
+// 1 when the device sends anything back after `query`.
+int answers(int s, const char* query, int timeoutMs) {
+    const size_t length = std::strlen(query);
+    if (send(s, query, length, MSG_NOSIGNAL) != static_cast<ssize_t>(length)) return 0;
+    if (!waitFor(s, POLLIN, timeoutMs)) return 0;
+    char byte;
+    return recv(s, &byte, 1, 0) == 1 ? 1 : 0;
+}
+
+}  // namespace
+
+int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
+                       const char* query) {
     std::string host, port;
     if (!SplitHostPort(address, &host, &port)) {
         if (error) *error = "not HOST:PORT";
@@ -63,12 +87,7 @@ int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* e
         } else if (errno != EINPROGRESS) {
             why = std::strerror(errno);
         } else {
-            pollfd p{s, POLLOUT, 0};
-            int n;
-            do {
-                n = poll(&p, 1, timeoutMs);
-            } while (n == -1 && errno == EINTR);
-            if (n == 1) {
+            if (waitFor(s, POLLOUT, timeoutMs)) {
                 int soError = 0;
                 socklen_t len = sizeof soError;
                 getsockopt(s, SOL_SOCKET, SO_ERROR, &soError, &len);
@@ -77,6 +96,10 @@ int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* e
                 else
                     why = std::strerror(soError);
             }
+        }
+        if (ok && query && !answers(s, query, timeoutMs)) {
+            ok = 0;
+            why = "no answer";
         }
         close(s);
     }

@@ -11,9 +11,13 @@ namespace veloran {
 // are split out.
 int SplitHostPort(const std::string& address, std::string* host, std::string* port);
 
-// 1 when a TCP connection to `address` is accepted within `timeoutMs`; 0 with
-// the reason in *error otherwise ("no answer", or the system's error text
-// such as "Connection refused"). The connection is closed again at once.
-int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error);
+// 1 when a TCP connection to `address` is accepted within `timeoutMs` and,
+// given a `query`, the device answers it within `timeoutMs` more; 0 with the
+// reason in *error otherwise ("no answer", or the system's error text such
+// as "Connection refused"). A daemon whose machine is alive but which itself
+// hangs accepts connections all the same, hence the query. The connection is
+// closed again at once.
+int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
+                       const char* query = nullptr);
 
 }  // namespace veloran

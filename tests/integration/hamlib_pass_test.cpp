@@ -110,10 +110,20 @@ TEST_P(HamlibPass, DummyRadioBehindRigctldFollowsTheDopplerUntilRigctldDies) {
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutVfoOption, HamlibPass, ::testing::Bool());
 
 TEST(HamlibRadio, ASilentOrAbsentRigctldIsRefusedWithAReason) {
+    // A hung daemon: the system takes the connection, nothing ever answers.
+    const int silent = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in a{};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof a;
+    ASSERT_EQ(bind(silent, reinterpret_cast<sockaddr*>(&a), sizeof a), 0);
+    ASSERT_EQ(listen(silent, 4), 0);
+    ASSERT_EQ(getsockname(silent, reinterpret_cast<sockaddr*>(&a), &len), 0);
     struct Row {
         std::string address;
         const char* reason;
     } rows[] = {
+        {"127.0.0.1:" + std::to_string(ntohs(a.sin_port)), "no answer"},
         {"127.0.0.1:" + std::to_string(testing::FreeLoopbackPort()), "Connection refused"},
         {"not-an-address", "not HOST:PORT"},
     };
@@ -122,6 +132,7 @@ TEST(HamlibRadio, ASilentOrAbsentRigctldIsRefusedWithAReason) {
         EXPECT_EQ(OpenHamlibRadio(kHamlibNetModel, row.address.c_str(), 0, false, &why), -1);
         EXPECT_EQ(why, row.reason) << row.address;
     }
+    close(silent);
 }
 
 TEST(HamlibRotor, DummyRotatorReachesTheTargetInProcessAndBehindRotctld) {
