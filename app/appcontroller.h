@@ -12,6 +12,7 @@
 #include "app/announcements.h"
 #include "app/interfaces.h"
 #include "data/files.h"
+#include "data/kepssources.h"
 #include "data/locations.h"
 #include "data/settings.h"
 #include "engine/satrec.h"
@@ -25,9 +26,12 @@ namespace veloran {
 
 class ModesFile;
 
-// The element-set bulletin fetched by startDownloadingURL.
-constexpr const char* kKeplerDownloadURL = "https://www.amsat.org/amsat/ftp/keps/current/nasa.all";
+// The element-set bulletin fetched by startDownloadingURL unless the user
+// chose another source.
+constexpr const char* kKeplerDownloadURL = kAmsatKepsURL;
 constexpr double kDownloadTimeoutSeconds = 60.0;
+// How often a device that is wanted but off is tried again, seconds.
+constexpr uint32_t kDeviceRetrySeconds = 5;
 
 // What the controller uses of the outside world. ui, defaults and clock are
 // required; without files, downloader or announcer the actions that need
@@ -92,10 +96,12 @@ class AppController {
     // main one; 1 when one was found. The last entry is never visited.
     int nextSatelliteInDB();
 
-    // Menu action: pick an element-set file and make it the current one.
-    void importKeps();
-    // Menu action: fetch the element-set bulletin.
-    void startDownloadingURL();
+    // Menu action: pick an element-set file (two-line sets, OMM CSV, JSON or
+    // XML) and make it the current one, or merge it into the current one.
+    void importKeps(bool merge = false);
+    // Menu action: fetch the chosen source (the AMSAT bulletin by default),
+    // within the download rules; a periodic update asks as Automatic.
+    void startDownloadingURL(DownloadTrigger trigger = DownloadTrigger::User);
     // Completion of the download.
     void downloadDidFinish();
     void downloadDidFail(const std::string& description, const std::string& failingURL);
@@ -233,6 +239,21 @@ class AppController {
     void openCloseRotor(bool checked);
     void updateRotorPanel();
 
+    // --- Devices lost and found (devices.cpp) ---
+
+    // Once a tick: a port whose device went away (hang-up, EIO, the node
+    // gone) is closed and said once; a device the user switched on that is
+    // off now (lost, silent, missing at start) is tried again every
+    // kDeviceRetrySeconds while the "reopenDevices" setting is on, and when it
+    // is back the radio is tuned with force or the rotor pointed again, its
+    // box ticked and that said.
+    void superviseDevices();
+    // The user's wish, apart from the check box: set when the device is
+    // switched on, cleared only when it is switched off.
+    bool radioWanted() const { return mDevices[kRadioDevice].wanted; }
+    bool rotorWanted() const { return mDevices[kRotorDevice].wanted; }
+    bool gatewayWanted() const { return mDevices[kGatewayDevice].wanted; }
+
     // --- State ---
 
     int32_t mainSatNum() const { return mMainSatNum; }
@@ -263,6 +284,29 @@ class AppController {
         void storeBool(const char* key, bool value) override;
     };
 
+    enum DeviceIndex { kRadioDevice = 0, kRotorDevice = 1, kGatewayDevice = 2 };
+    struct DeviceWatch {
+        bool wanted = false;
+        uint32_t nextTry = 0;  // clock seconds of the next attempt to reopen
+        std::string said;      // the last message, so that a repeat is not said again
+    };
+    // "radio IC-910 on /dev/ttyUSB0", "rotor GS-232 on ...", "gateway on ...".
+    std::string deviceName(int device) const;
+    int& deviceFd(int device);
+    bool deviceEnabled(int device) const;
+    // Puts the text on the status line and in the log, unless it is the
+    // last thing said about this device.
+    void sayDevice(int device, const std::string& text);
+    // The port went away: closed, box unticked, said once.
+    void deviceLost(int device, int error);
+    // A wanted device that is off: try again.
+    void retryDevice(int device);
+    // After a failed tune: says why, and closes a port whose device is gone.
+    void radioFailed();
+    // Saved port paths: read over the index keys at start, written at quit.
+    void readPortPaths();
+    void savePortPaths();
+
     // The queue announcements go to: the test's recorder or our own.
     Announcer* announcer();
     void queue(const std::string& text, int32_t sound, bool transmit, bool waitForCOR);
@@ -286,7 +330,9 @@ class AppController {
     void reloadModes(int32_t mainSatNum);
     // Replaces the element-set file with `candidate` when it holds at least
     // one element set; otherwise tells the user and keeps the current one.
-    bool installElementFile(const std::string& candidate, bool moveIntoPlace);
+    // Converts from any format the converter reads, merging when asked.
+    bool installElementFile(const std::string& candidate, const std::string& label,
+                            bool merge = false);
 
     Services services_;
     DataPaths paths_;
@@ -298,6 +344,7 @@ class AppController {
     std::unique_ptr<SatRec> BPSatRec;  // modes applied between passes
     std::unique_ptr<SatRec> EXITSatRec;  // modes applied when the program exits
     int32_t mCycleSatNum = 1;
+    std::string mDownloadURL;  // the source of the download under way
     int32_t mMainSatNum = 1;
     bool mRefreshModes = true;
     std::string mModesSource;  // the modes file of the last load, empty when none was read
@@ -324,6 +371,9 @@ class AppController {
     double lastPosition = 0;    // the VFO slider's last position
     double mUplinkStepper = 0;  // the trim steppers' last values, MHz
     double mDownlinkStepper = 0;
+
+    DeviceWatch mDevices[3];
+    bool mReopenDevices = true;
 
     AnnouncementQueue mAnnouncements;
     AnnouncementSettings mAnnouncementSettings;

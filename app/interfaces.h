@@ -115,6 +115,10 @@ class UserInterface {
     virtual void setGatewayChecked(bool /*on*/) {}
     virtual void setRotorChecked(bool /*on*/) {}
     virtual void setSMeter(int /*level*/) {}
+    // What happened to a device, on the status line: "radio IC-910 on
+    // /dev/ttyUSB0: no answer", "... is back". The core also writes it to its
+    // log (standard error).
+    virtual void setDeviceMessage(const std::string& /*text*/) {}
     virtual void setElevationControl(int /*value*/) {}
     virtual void setRotorPanel(const std::string& /*azimuth*/, const std::string& /*elevation*/) {}
     // The debug and speech check boxes (and the speech menu item).
@@ -159,6 +163,9 @@ class Downloader {
     // download cannot be created.
     virtual bool start(const std::string& url, const std::string& destination,
                        double timeoutSeconds) = 0;
+    // The HTTP status of the last download's answer; 0 when there was none
+    // (no connection, a time-out) or nothing has been fetched.
+    virtual int lastStatus() const { return 0; }
 };
 
 // Wall-clock time in the time base of the engine (seconds since 1904).

@@ -7,6 +7,7 @@
 
 #include "app/appcontroller.h"
 #include "data/elementfile.h"
+#include "data/kepsimport.h"
 #include "data/modes.h"
 #include "engine/sunmoon.h"
 #include "engine/timebase.h"
@@ -16,6 +17,8 @@ namespace veloran {
 namespace {
 
 constexpr double kRadiansToDegrees = 1.0 / kDegreesToRadians;
+// Seconds from 1904-01-01 (the time base) to 1970-01-01.
+constexpr int64_t kUnixEpochIn1904 = 2082844800;
 
 // Names are cut to fit the record's field.
 void CopyName(char* to, const char* from) {
@@ -134,53 +137,55 @@ void AppController::appendBody(SatRec* body, ModesFile* modes) {
     ++mTotalSats;
 }
 
-bool AppController::installElementFile(const std::string& candidate, bool moveIntoPlace) {
-    const int sets = CountElementSets(candidate, 1);
-    if (sets < 1) {
-        services_.ui->alert(
-            "The element sets were not replaced.",
-            candidate +
-                (sets < 0 ? " cannot be read: " + std::string(std::strerror(errno))
-                          : " holds no element set this program can read (a name line "
-                            "of 2 to 9 characters, then lines 1 and 2)") +
-                ". The current element sets are kept.",
-            "OK");
+bool AppController::installElementFile(const std::string& candidate, const std::string& label,
+                                       bool merge) {
+    const KepsInstall request =
+        PrepareKepsInstall(paths_, services_.defaults, candidate, label, merge);
+    KepsInstallResult result;
+    if (!InstallElementSets(request, &result)) {
+        services_.ui->alert("The element sets were not replaced.", result.message, "OK");
         return false;
     }
-    const bool ok = moveIntoPlace ? std::rename(candidate.c_str(), paths_.keplerFile.c_str()) == 0
-                                  : CopyFileAtomically(candidate, paths_.keplerFile);
-    if (!ok) {
-        services_.ui->alert("The element sets were not replaced.",
-                            "Cannot write " + paths_.keplerFile + ": " + std::strerror(errno) +
-                                ". The current element sets are kept.",
-                            "OK");
-    }
-    return ok;
+    // Never a silent cut: sets left out or unreadable are told.
+    if (result.leftOut > 0 || result.skipped > 0)
+        services_.ui->alert("Not every element set was installed.", result.message, "OK");
+    return true;
 }
 
-void AppController::importKeps() {
+void AppController::importKeps(bool merge) {
     std::string chosen;
     if (services_.files == nullptr || !services_.files->chooseFileToOpen(&chosen)) return;
-    if (FileExists(chosen) && !installElementFile(chosen, false)) return;
+    if (FileExists(chosen) && !installElementFile(chosen, chosen, merge)) return;
     loadKepsAndModes();
 }
 
-void AppController::startDownloadingURL() {
+void AppController::startDownloadingURL(DownloadTrigger trigger) {
+    const std::string url = ChosenKepsURL(services_.defaults);
+    const int64_t unixNow = static_cast<int64_t>(services_.clock->dateTimeUTC()) - kUnixEpochIn1904;
+    std::string why;
+    if (!MayDownload(services_.defaults, url, unixNow, trigger, &why)) {
+        debugLog("Download refused: %s\n", why.c_str());
+        if (trigger != DownloadTrigger::Automatic)
+            services_.ui->alert("The element sets were not downloaded.", why + ".", "OK");
+        return;
+    }
     if (services_.downloader == nullptr ||
-        !services_.downloader->start(kKeplerDownloadURL, paths_.downloadFile,
-                                     kDownloadTimeoutSeconds)) {
+        !services_.downloader->start(url, paths_.downloadFile, kDownloadTimeoutSeconds)) {
         debugLog("Download connection failed!");
         announce("keplerian element download connection failed.");
+        return;
     }
+    mDownloadURL = url;
+    RecordDownloadStarted(services_.defaults, url, unixNow);
 }
 
 void AppController::downloadDidFinish() {
     debugLog("kepler.dat downloadDidFinish");
     const std::string downloaded = paths_.downloadFile;
-    if (!installElementFile(downloaded, true)) {
-        std::remove(downloaded.c_str());
-        return;
-    }
+    const bool installed =
+        installElementFile(downloaded, mDownloadURL.empty() ? kKeplerDownloadURL : mDownloadURL);
+    std::remove(downloaded.c_str());
+    if (!installed) return;
     announce("keplerian elements downloaded from the internet.");
     loadKepsAndModes();
     mCycleSatNum = 1;
@@ -190,6 +195,9 @@ void AppController::downloadDidFail(const std::string& description, const std::s
     debugLog("Download failed! Error - %s %s", description.c_str(), failingURL.c_str());
     announce("keplerian element download failed.");
     std::remove(paths_.downloadFile.c_str());
+    if (services_.downloader != nullptr)
+        RecordDownloadAnswer(services_.defaults, failingURL, services_.downloader->lastStatus(),
+                             description);
 }
 
 }  // namespace veloran

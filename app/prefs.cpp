@@ -11,11 +11,13 @@ void AppController::setSiteDefaults() {
 void AppController::savePrefs() {
     mViewPrefs.mainSatNum = mMainSatNum;
     SavePrefs(mSite, mViewPrefs, services_.defaults);
+    savePortPaths();
 }
 
 void AppController::setUIStateFromPrefs() {
     mViewPrefs.mainSatNum = mMainSatNum;
     ReadPrefs(*services_.defaults, &mSite, &mViewPrefs);
+    readPortPaths();
     mMainSatNum = mViewPrefs.mainSatNum;
     services_.ui->showSettings(mSite);
 }

@@ -7,6 +7,7 @@
 #include "app/appcontroller.h"
 #include "radio/portswitch.h"
 #include "radio/tuning.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -27,17 +28,31 @@ void AppController::RadioOutlets::storeBool(const char* key, bool value) {
 }
 
 void AppController::openCloseRadio(bool checked) {
+    mDevices[kRadioDevice].wanted = checked;
+    mDevices[kRadioDevice].said.clear();
+    int error = 0;
     // At start-up the first tick tunes the radio for the main satellite, once
     // the options have chosen it and every port is open; tuning here too
     // would tune (and announce) a satellite that may not be the one worked.
     if (switchRadioPort(&mSite, checked, mPortNames.get(), services_.versionString.c_str(),
-                        &mRadioUi) == 1 &&
-        !mFirstTimeMainTimerTask)
-        HandleNewSatellite();
+                        &mRadioUi, &error) == 1) {
+        if (!mFirstTimeMainTimerTask) HandleNewSatellite();
+    } else if (checked) {
+        sayDevice(kRadioDevice, deviceName(kRadioDevice) + ": " +
+                                    (error ? serialErrorText(error) : "no serial port"));
+        mDevices[kRadioDevice].nextTry = services_.clock->dateTimeUTC() + kDeviceRetrySeconds;
+    }
 }
 
 void AppController::openCloseGateway(bool checked) {
-    switchGatewayPort(&mSite, checked, mPortNames.get(), &mRadioUi);
+    mDevices[kGatewayDevice].wanted = checked;
+    mDevices[kGatewayDevice].said.clear();
+    int error = 0;
+    if (switchGatewayPort(&mSite, checked, mPortNames.get(), &mRadioUi, &error) != 1 && checked) {
+        sayDevice(kGatewayDevice, deviceName(kGatewayDevice) + ": " +
+                                      (error ? serialErrorText(error) : "no serial port"));
+        mDevices[kGatewayDevice].nextTry = services_.clock->dateTimeUTC() + kDeviceRetrySeconds;
+    }
     publishAnnouncementSettings();
 }
 
@@ -53,7 +68,9 @@ int AppController::addTypedPort(const char* path) {
 }
 
 void AppController::updateVFO(int force) {
-    veloran::updateVFO(&mVFO, &mSite, mainSatellite(), BPSatRec.get(), force != 0, &mRadioUi);
+    if (veloran::updateVFO(&mVFO, &mSite, mainSatellite(), BPSatRec.get(), force != 0, &mRadioUi) ==
+        0)
+        radioFailed();
 }
 
 void AppController::displaySatName() {

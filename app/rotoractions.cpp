@@ -3,6 +3,7 @@
 
 #include "app/appcontroller.h"
 #include "rotor/steering.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -33,7 +34,14 @@ void AppController::az_el_Moved(bool manualSwitchOn, int azimuth, int elevation)
 }
 
 void AppController::openCloseRotor(bool checked) {
-    switchRotorPort(&mSite, checked, mPortNames.get(), &mRotorUi);
+    mDevices[kRotorDevice].wanted = checked;
+    mDevices[kRotorDevice].said.clear();
+    int error = 0;
+    if (switchRotorPort(&mSite, checked, mPortNames.get(), &mRotorUi, &error) != 1 && checked) {
+        sayDevice(kRotorDevice, deviceName(kRotorDevice) + ": " +
+                                    (error ? serialErrorText(error) : "no serial port"));
+        mDevices[kRotorDevice].nextTry = services_.clock->dateTimeUTC() + kDeviceRetrySeconds;
+    }
 }
 
 void AppController::updateRotorPanel() {

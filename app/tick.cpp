@@ -123,6 +123,7 @@ void AppController::mainTimerTasks() {
     mTimeBaseSecs = services_.clock->dateTimeUTC() + static_cast<uint32_t>(60 * mTimeSliderMinutes);
     const double epoch = EpochTime(mTimeBaseSecs);
     SiteCalculations(&mSite);
+    superviseDevices();
 
     if (windowIsOpen) {
         ui->setVfoSlider(0.0);

@@ -12,5 +12,7 @@ int RunRotor(int argc, char** argv);
 int RunRadio(int argc, char** argv);
 int RunGrid(int argc, char** argv);
 int RunLog(int argc, char** argv);
+int RunKeps(int argc, char** argv);
+int RunModes(int argc, char** argv);
 
 }  // namespace veloran::cli

@@ -43,6 +43,16 @@ class HeadlessUi : public SilentUserInterface, public TrackListUi {
     void setRadioChecked(bool on) override { Report("radio", on); }
     void setRotorChecked(bool on) override { Report("rotor", on); }
     void setGatewayChecked(bool on) override { Report("gateway", on); }
+    // The core has already written it to standard error; the status lines
+    // carry it once more, so that someone reading only those sees it.
+    void setDeviceMessage(const std::string& text) override {
+        deviceMessages_ += (deviceMessages_.empty() ? "" : "\n") + text;
+    }
+    std::string takeDeviceMessages() {
+        std::string text;
+        text.swap(deviceMessages_);
+        return text;
+    }
 
   private:
     static void Report(const char* device, bool on) {
@@ -50,6 +60,7 @@ class HeadlessUi : public SilentUserInterface, public TrackListUi {
     }
     std::vector<std::string> channels_;
     int selected_ = 0;
+    std::string deviceMessages_;
 };
 
 // "2026/11/21 18:30:05 UTC  AO-7  Az 123.4  El  12.3  LOS in 0:05:12  Up 435.12345  Down
@@ -118,9 +129,11 @@ int RunHeadless(int argc, char** argv) {
     frontEnd.ui = &ui;
     frontEnd.trackListUi = &ui;
     bool first = true;
-    frontEnd.afterTick = [&first](Station& station) {
+    frontEnd.afterTick = [&first, &ui](Station& station) {
         if (first) std::printf("%s\n", StationSummary(station).c_str());
         first = false;
+        const std::string said = ui.takeDeviceMessages();
+        if (!said.empty()) std::printf("%s\n", said.c_str());
         PrintStatusLine(*station.controller());
     };
     frontEnd.notice = [](const std::string& text) {

@@ -8,6 +8,7 @@
 #include "cli/viewexport.h"
 #include "views/horizonview.h"
 #include "views/svgwriter.h"
+#include "views/tickdrawing.h"
 
 namespace veloran::cli {
 
@@ -29,12 +30,10 @@ int RunHorizon(int argc, char** argv) {
     horizon_view view;
     initWithFrame(&view, RectF{0, 0, kHorizonDefaultWidth, kHorizonDefaultHeight}, &measure);
     // --sat shows that satellite alone, as in look and passes.
-    const bool onlyMain = args.has("--sat");
-    for (size_t i = 0; i < scene.sats.size(); ++i) {
-        const bool shown =
-            onlyMain ? static_cast<int>(i) == scene.main : scene.sats[i].tracked != 0;
-        if (shown) drawSat(&view, &scene.sats[i], scene.site.siteMinElevDegs);
-    }
+    if (args.has("--sat"))
+        for (size_t i = 0; i < scene.sats.size(); ++i)
+            scene.sats[i].tracked = static_cast<int>(i) == scene.main;
+    DrawHorizonTick(&view, scene.sats.data(), static_cast<int32_t>(scene.sats.size()), &scene.site);
     DisplayList list;
     drawRect(&view, &list);
     return WriteOutput(args, WriteSvg(list, nullptr));

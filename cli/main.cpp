@@ -42,6 +42,17 @@ const Command kCommands[] = {
      "radio --type INDEX --port PATH [--baud INDEX] [--icom-address HEX] [--delay MS]\n"
      "      --up MHZ --down MHZ --mode NAME [--tone N] [--ctone N] [--force] [--debug]\n"
      "      one tuning update of the radio, as the tracker sends it each second"},
+    {"keps", veloran::cli::RunKeps,
+     "keps import FILE [--merge] | keps download [URL] [--merge] [--force] | keps sources\n"
+     "      replaces the user's element sets from FILE (two-line sets with short or long\n"
+     "      names, or OMM as CSV, JSON or XML) or from a download (https; the chosen source,\n"
+     "      by default the AMSAT bulletin; the same address at most once every 2 hours\n"
+     "      unless --force); --merge keeps the sets not in the new file, the newer epoch\n"
+     "      winning; sources lists the download sources"},
+    {"modes", veloran::cli::RunModes,
+     "modes import-satnogs TRANSMITTERS.json\n"
+     "      adds the satellites and channels of a SatNOGS DB transmitters list that the\n"
+     "      user's modes file lacks; the user's own channels and edits are never changed"},
     {"grid", veloran::cli::RunGrid,
      "grid LAT LON | grid LOCATOR\n"
      "      the six-character Maidenhead locator of a position (longitude east positive),\n"

@@ -13,6 +13,7 @@
 #include "engine/timebase.h"
 #include "views/map2dview.h"
 #include "views/svgwriter.h"
+#include "views/tickdrawing.h"
 
 namespace veloran::cli {
 
@@ -71,20 +72,13 @@ int RunMap(int argc, char** argv) {
     // The footprints use the site height of the previous tick; here there
     // is no previous tick, so start from the site given.
     view.mSite = scene.site;
-    // The order of the program's tick: other satellites, the main one, its
-    // track, the site.
-    const double epoch = EpochTime(scene.now);
-    for (size_t i = 0; i < scene.sats.size(); ++i) {
-        const SatRec& s = scene.sats[i];
-        if (s.tracked && s.enabled && static_cast<int>(i) != scene.main)
-            drawSatPath(&view, &s, false);
-    }
-    const SatRec* mainSat = scene.main >= 0 ? &scene.sats[scene.main] : nullptr;
-    drawSatPath(&view, mainSat, true);
-    drawGroundTrack(&view, epoch, mainSat, &scene.site, true);
+    // The export draws every tracked satellite, as the window does with the
+    // track list shown, and never scrolls.
+    scene.site.displayTrackList = 1;
+    scene.site.followSat_enabled = 0;
     // No rotor here, so it never works flipped.
-    drawSiteCross(&view, scene.site.siteLatRads, scene.site.siteLongRads, scene.site.deadSpotState,
-                  false);
+    DrawMapTick(&view, EpochTime(scene.now), scene.sats.data(),
+                static_cast<int32_t>(scene.sats.size()), scene.main, &scene.site, false);
 
     // The export pictures the chosen instant, so the Sun and the night
     // follow --time as well.

@@ -86,6 +86,8 @@ DataPaths DataPaths::InFolders(const std::string& resourceDir, const std::string
     p.userModesFile = configDir + "/org.veloran.Veloran.mode.txt";
     p.defaultModesFile = resourceDir + "/mode.dat";
     p.settingsFile = configDir + "/Veloran.conf";
+    p.userNamesFile = configDir + "/satnames.txt";
+    p.defaultNamesFile = resourceDir + "/satnames.dat";
     return p;
 }
 

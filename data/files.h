@@ -22,6 +22,8 @@ struct DataPaths {
     std::string userModesFile;     // the user's modes, rewritten on every change
     std::string defaultModesFile;  // read when the user has no modes file
     std::string settingsFile;      // the user-defaults store
+    std::string userNamesFile;     // the user's short names by catalogue number (wins)
+    std::string defaultNamesFile;  // the bundled short names
 
     static DataPaths InFolders(const std::string& resourceDir, const std::string& dataDir,
                                const std::string& configDir);

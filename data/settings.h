@@ -33,6 +33,13 @@ constexpr const char* kTrackListEnabled =
     "trackListEnabled";  // automatic selection from the track list
 constexpr const char* kTrackListString =
     "trackList_string";  // "NAME NAME " of the track list's rows
+// The device path of each port (a /dev/serial/by-id link when one points at
+// it), written beside the index keys and read in preference to them.
+constexpr const char* kRadioPortPath = "radioPortPath";
+constexpr const char* kRotorPortPath = "rotorPortPath";
+constexpr const char* kGatewayPortPath = "gatewayPortPath";
+// Whether a device that went away is opened again by itself (default on).
+constexpr const char* kReopenDevices = "reopenDevices";
 }  // namespace prefkeys
 
 // Settings that live in the controller and the controls rather than in the

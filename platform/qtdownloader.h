@@ -3,16 +3,20 @@
 
 #include <QNetworkAccessManager>
 #include <QObject>
+#include <QUrl>
 #include <functional>
 #include <string>
 
 #include "app/interfaces.h"
 
+class QNetworkReply;
+
 namespace veloran {
 
-// Fetches a URL into a file over HTTP or HTTPS, following redirects that do
-// not lower the security, and gives up after the time-out. Lives on the core
-// thread, where its completion is called.
+// Fetches a URL into a file within the download rules: https only (plain
+// http only on the loopback host), redirects followed only to addresses that
+// pass the same test, only a 200 answer taken, at most 32 MB, and the
+// time-out. Lives on the core thread, where its completion is called.
 class QtDownloader : public QObject, public Downloader {
     Q_OBJECT
   public:
@@ -22,14 +26,25 @@ class QtDownloader : public QObject, public Downloader {
 
     explicit QtDownloader(Completion done, QObject* parent = nullptr);
 
-    // False when a download is already under way or the URL is not valid.
+    // False when a download is already under way or the URL is not one the
+    // rules allow.
     bool start(const std::string& url, const std::string& destination,
                double timeoutSeconds) override;
+    int lastStatus() const override { return lastStatus_; }
 
   private:
+    void fetch(const QUrl& address);
+    void finished(QNetworkReply* reply);
+    void fail(const std::string& why);
+
     QNetworkAccessManager manager_;
     Completion done_;
     bool busy_ = false;
+    int lastStatus_ = 0;
+    int redirects_ = 0;
+    int timeoutMs_ = 60000;
+    std::string url_;
+    std::string destination_;
 };
 
 }  // namespace veloran

@@ -123,20 +123,31 @@ int SendIcomRadioCommand(int fd, const unsigned char* bytes, int count, bool deb
     flushRadioInput(fd, debug);
     // The CI-V bus is one wire: every byte we send comes straight back to us,
     // so each echo is read before the next byte goes out. Once the echoed end
-    // of message is seen the echo is complete; a missing echo costs its
-    // time-out per byte.
+    // of message is seen the echo is complete. Some interfaces have the echo
+    // switched off: when the first byte's echo of a freshly opened line does
+    // not come, the line is taken to have none and no echo is waited for
+    // again until the port is reopened (a missing echo would otherwise cost
+    // its time-out on every frame). Once the line has echoed, a missing echo
+    // ends the echo reading of that frame only.
     unsigned char echo[256];
     int echoed = 0;
-    bool echoDone = false;
+    bool readEcho = lineEchoes(fd) != 0;
     int written = 0;
     for (int i = 0; i < count; ++i) {
-        written += writeOneByte(fd, bytes[i]);
+        // A byte the line refused means the interface is gone: the rest of
+        // the frame, and its echo, would only cost time.
+        if (writeOneByte(fd, bytes[i]) != 1) break;
+        ++written;
         MicrosecondDelay(kCivByteMicroseconds, 1);
-        if (echoDone) continue;
+        if (!readEcho) continue;
         unsigned char byte[2];
-        if (readRadioResponse(fd, byte, 1, kCivEchoTicks, false) == 1) {
+        if (readLineEcho(fd, byte, 1, kCivEchoTicks) == 1) {
             if (echoed < static_cast<int>(sizeof echo)) echo[echoed++] = byte[0];
-            if (byte[0] == kCivEndOfMessage) echoDone = true;
+            if (byte[0] == kCivEndOfMessage) readEcho = false;
+            setLineEchoes(fd, 1);
+        } else {
+            if (lineEchoes(fd) == -1) setLineEchoes(fd, 0);
+            readEcho = false;
         }
     }
     MicrosecondDelay(kCivFrameMicroseconds, 1);

@@ -2,6 +2,7 @@
 
 #include "radio/portswitch.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <string>
 
@@ -47,7 +48,8 @@ const PortNameRecord* portAt(const PortNameRecord* ports, int index) {
 }  // namespace
 
 int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
-                    const char* versionString, RadioUi* ui) {
+                    const char* versionString, RadioUi* ui, int* openError) {
+    if (openError) *openError = 0;
     if (!site) return 0;
     const bool debug = site->debug != 0;
     if (debug) std::fprintf(stderr, "connectToRadio, state : %d\n", checked ? 1 : 0);
@@ -71,6 +73,7 @@ int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
             if (ui) ui->setRadioChecked(false);
         } else {
             site->radioPortFileDescriptor = openRadio(site, port->bsdPath, debug);
+            if (site->radioPortFileDescriptor == -1 && openError) *openError = errno;
             if (site->radioPortFileDescriptor != -1) {
                 if (debug)
                     std::fprintf(stderr, "Radio serial port %s open. v%s.\n", port->userName,
@@ -92,7 +95,9 @@ int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
     return open;
 }
 
-int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, RadioUi* ui) {
+int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, RadioUi* ui,
+                      int* openError) {
+    if (openError) *openError = 0;
     if (!site) return 0;
     const bool debug = site->debug != 0;
     if (debug) std::fprintf(stderr, "connectToGateway, state : %d\n", checked ? 1 : 0);
@@ -116,6 +121,7 @@ int switchGatewayPort(SiteRec* site, bool checked, const PortNameRecord* ports, 
         } else {
             site->gatewayPortFileDescriptor =
                 openSerialPort(port->bsdPath, site->gatewayBaud, site->radio, debug);
+            if (site->gatewayPortFileDescriptor == -1 && openError) *openError = errno;
             if (site->gatewayPortFileDescriptor != -1) {
                 if (debug) std::fprintf(stderr, "Serial port %s open.\n", port->userName);
                 site->gateway_enabled = 1;

@@ -86,10 +86,12 @@ int SetVFO(int radio, int fd, int icomAddress, double upMHz, double downMHz, int
     if (radio == kDisconnectedRadio) return 0;
     const RadioDriver* driver = RadioDriverFor(radio);
     if (!driver || !driver->setFrequencies) return 0;
-    return driver->setFrequencies(fd, icomAddress, upMHz, downMHz, commMode, gTone, gCTone, force,
-                                  debug)
-               ? 1
-               : 0;
+    beginDeviceCall(fd);
+    const int done = driver->setFrequencies(fd, icomAddress, upMHz, downMHz, commMode, gTone,
+                                            gCTone, force, debug);
+    // The drivers ignore some acknowledgements; a radio that answered nothing
+    // at all, or a line that refused the bytes, still fails the call.
+    return done && deviceCallStatus(fd).fault == LineFault::kNone ? 1 : 0;
 }
 
 int Band(double mhz) {
@@ -169,12 +171,14 @@ int updateVFO(VFORec* vfo, SiteRec* site, SatRec* mainSat, const SatRec* bpSat, 
 void startRadioDriver(const SiteRec* site) {
     if (!site || !site->vfo_enabled) return;
     SetCommandDelay(site->commandDelay);
+    beginDeviceCall(site->radioPortFileDescriptor);
     const RadioDriver* driver = RadioDriverFor(site->radio);
     if (driver && driver->start) driver->start(site->radioPortFileDescriptor, site->debug != 0);
 }
 
 void stopRadioDriver(const SiteRec* site) {
     if (!site || !site->vfo_enabled) return;
+    beginDeviceCall(site->radioPortFileDescriptor);
     const RadioDriver* driver = RadioDriverFor(site->radio);
     if (driver && driver->stop) driver->stop(site->radioPortFileDescriptor, site->debug != 0);
 }
@@ -184,6 +188,7 @@ int checkTuningDial(const VFORec* vfo, const SiteRec* site, ModeRec* mode) {
     const RadioDriver* driver = RadioDriverFor(site->radio);
     if (!driver || !driver->downlinkChanged) return 0;
     int32_t changeHz = 0;
+    beginDeviceCall(site->radioPortFileDescriptor);
     if (!driver->downlinkChanged(site->radioPortFileDescriptor, site->icomAddress, &changeHz,
                                  site->debug != 0)) {
         return 0;
@@ -203,6 +208,7 @@ void checkSquelch(VFORec* vfo, const SiteRec* site, RadioUi* ui) {
     if (!vfo || !site || !site->vfo_enabled || !site->s_meter_enabled) return;
     const RadioDriver* driver = RadioDriverFor(site->radio);
     if (!driver || !driver->squelched) return;
+    beginDeviceCall(site->radioPortFileDescriptor);
     const int closed = driver->squelched(site->radioPortFileDescriptor, vfo, site->debug != 0);
     vfo->squelched = closed ? 1 : 0;
     if (!ui) return;

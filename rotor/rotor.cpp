@@ -9,6 +9,7 @@
 
 #include "rotor/hamlibrotor.h"
 #include "rotor/protocols.h"
+#include "serial/serial.h"
 
 namespace veloran {
 
@@ -100,6 +101,7 @@ int SendAzEl(int index, int fd, double azimuth, double elevation, bool debug) {
     const int clampedEl = std::clamp(el, 0, 180);
     const RotorRow* row = rowFor(index);
     if (!row) return 0;
+    beginDeviceCall(fd);
     if (row->precise) return row->precise(fd, azimuth, elevation, debug);
     const int sentAz = row->translateAzimuth ? translate5500Azimuth(clampedAz) : clampedAz;
     return row->position(fd, sentAz, clampedEl, debug);
@@ -114,16 +116,19 @@ void ResetRotorSendState() {
 int GetAzEl(int index, int fd, double* azimuth, double* elevation, bool debug) {
     const RotorRow* row = rowFor(index);
     if (!row || !row->readBack) return 0;
+    beginDeviceCall(fd);
     return row->readBack(fd, azimuth, elevation, debug);
 }
 
 void startRotorDriver(int index, int fd, bool debug) {
     const RotorRow* row = rowFor(index);
+    beginDeviceCall(fd);
     if (row && row->start) row->start(fd, debug);
 }
 
 void stopRotorDriver(int index, int fd, bool debug) {
     const RotorRow* row = rowFor(index);
+    beginDeviceCall(fd);
     if (row && row->stop) row->stop(fd, debug);
 }
 

@@ -3,6 +3,7 @@
 
 #include "rotor/steering.h"
 
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
@@ -123,7 +124,9 @@ int openRotor(SiteRec* site, const char* path, bool debug) {
     return fd;
 }
 
-int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, RotorUi* ui) {
+int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, RotorUi* ui,
+                    int* openError) {
+    if (openError) *openError = 0;
     if (!site) return 0;
     const bool debug = site->debug != 0;
     if (debug) std::fprintf(stderr, "connectToRotor, state : %d\n", checked ? 1 : 0);
@@ -146,6 +149,7 @@ int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, Ro
             if (ui) ui->setRotorChecked(false);
         } else {
             site->rotorPortFileDescriptor = openRotor(site, port->bsdPath, debug);
+            if (site->rotorPortFileDescriptor == -1 && openError) *openError = errno;
             if (site->rotorPortFileDescriptor != -1) {
                 if (debug) std::fprintf(stderr, "Serial port %s open.\n", port->userName);
                 site->rotor_enabled = 1;

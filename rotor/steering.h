@@ -50,8 +50,10 @@ void moveRotorByHand(SiteRec* site, bool manual, int azimuthControl, int elevati
 // driver and closes the port. On: closes a port already open, then opens the
 // one at rotorPort with rotorBaud and starts the driver; no port or a failed
 // open beeps and unticks the check box. Stores "rotor_enabled". 1 when the
-// rotor port is now open.
-int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, RotorUi* ui);
+// rotor port is now open. When the port cannot be opened, *openError (if
+// given) gets the errno; else it is 0.
+int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, RotorUi* ui,
+                    int* openError = nullptr);
 
 // "Azimuth: %0.2f" and "Elevation: %0.2f" of rotor_az and rotor_el, with '.'
 // as the decimal point.

@@ -96,4 +96,44 @@ int addTypedPort(PortNameRecord* ports, const char* path) {
     return -1;
 }
 
+namespace {
+
+// The device a path leads to, or the path itself when it does not resolve.
+std::string deviceOf(const char* path) {
+    std::error_code ec;
+    const fs::path target = fs::canonical(path, ec);
+    return ec ? std::string(path) : target.string();
+}
+
+}  // namespace
+
+std::string stablePortPath(const char* path, const char* root) {
+    if (!path || path[0] == 0) return std::string();
+    const std::string device = deviceOf(path);
+    for (const fs::path& link : sortedEntries(fs::path(root) / "serial" / "by-id", nullptr)) {
+        std::error_code ec;
+        const fs::path target = fs::canonical(link, ec);
+        if (!ec && target.string() == device) return link.string();
+    }
+    return path;
+}
+
+int findPortByPath(const PortNameRecord* ports, const char* path) {
+    if (!ports || !path || path[0] == 0) return -1;
+    for (int i = 0; i < kMaxSerialPorts; ++i) {
+        if (std::strcmp(ports[i].bsdPath, path) == 0) return i;
+    }
+    const std::string device = deviceOf(path);
+    for (int i = 0; i < kMaxSerialPorts; ++i) {
+        if (ports[i].bsdPath[0] != 0 && deviceOf(ports[i].bsdPath) == device) return i;
+    }
+    return -1;
+}
+
+int addMissingPort(PortNameRecord* ports, const char* path) {
+    const int index = addTypedPort(ports, path);
+    if (index >= 0) copyBounded(ports[index].userName, std::string(path) + " (missing)");
+    return index;
+}
+
 }  // namespace veloran

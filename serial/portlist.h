@@ -1,6 +1,8 @@
 // The serial ports found on the machine: the items of the port pop-ups.
 #pragma once
 
+#include <string>
+
 namespace veloran {
 
 constexpr int kMaxSerialPorts = 64;
@@ -38,5 +40,19 @@ int countSerialPorts(SerialPortList* list, PortNameRecord* ports, bool debug);
 // already listed, else it takes the first free record. -1 when the table is
 // full or the path is empty or too long.
 int addTypedPort(PortNameRecord* ports, const char* path);
+
+// The path to save for `path`: a /dev/serial/by-id link (under `root`) that
+// points at the same device when there is one, since ttyUSB numbers change
+// with the order of plugging in; else `path` itself.
+std::string stablePortPath(const char* path, const char* root = "/dev");
+
+// The index of the record for `path`: the same path, or another path of the
+// same device (a link and its target). -1 when none is listed.
+int findPortByPath(const PortNameRecord* ports, const char* path);
+
+// A saved path that is not there now: it takes a record of its own (shown as
+// "PATH (missing)"), never the place of another port, so that the device is
+// opened by that path once it is plugged in. Its index, -1 when full.
+int addMissingPort(PortNameRecord* ports, const char* path);
 
 }  // namespace veloran

@@ -3,7 +3,9 @@
 #include "serial/serial.h"
 
 #include <fcntl.h>
-#include <sched.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cctype>
@@ -57,9 +59,26 @@ void realIdle(double microseconds) {
     std::this_thread::sleep_for(std::chrono::microseconds(static_cast<long>(microseconds)));
 }
 
+// TIOCEXCL keeps other programs from opening the port, but not root; the
+// flock keeps out every program that asks for it, root or not (rigctld and
+// minicom both take one).
+int realClaim(int fd) {
+    if (::flock(fd, LOCK_EX | LOCK_NB) == -1) {
+        if (errno == EWOULDBLOCK) errno = EBUSY;
+        return -1;
+    }
+    ::ioctl(fd, TIOCEXCL);  // not every device is a terminal; the lock is what counts
+    return 0;
+}
+
+bool realHungUp(int fd) {
+    struct pollfd p = {fd, 0, 0};
+    return ::poll(&p, 1, 0) == 1 && (p.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
 const SerialSystem kRealSystem = {
-    realOpen,  realSetFileStatus, realGetAttributes, realSetAttributes, realDrain,
-    realClose, realWrite,         realRead,          realMicroseconds,  realIdle};
+    realOpen,  realSetFileStatus, realGetAttributes, realSetAttributes, realDrain, realClose,
+    realWrite, realRead,          realMicroseconds,  realIdle,          realClaim, realHungUp};
 
 const SerialSystem* gSystem = &kRealSystem;
 
@@ -93,6 +112,38 @@ void logClosedPort() {
     char stamp[32];
     dateStamp(stamp);
     std::fprintf(stderr, "%s Serial Port port closed.\n", stamp);
+}
+
+// Per-port bookkeeping of the current driver call, indexed by descriptor.
+// Each port has one user thread at a time (the radio and rotor the core
+// thread, the gateway the announcement thread), so slots need no lock.
+struct LineRecord {
+    bool waitsCut;  // a reply time-out passed in silence during this call
+    bool lost;      // the device went away; stays until the port is reopened
+    int answers;    // bytes the device sent during this call (echo excluded)
+    int silences;   // reads that timed out with nothing
+    int writeError;
+    int readError;
+    int echoes;  // 0 not known yet, 1 no echo, 2 echoes (zero-filled slots start unknown)
+};
+constexpr int kTrackedDescriptors = 1024;
+LineRecord gLines[kTrackedDescriptors];
+
+LineRecord* lineOf(int fd) {
+    return fd >= 0 && fd < kTrackedDescriptors ? &gLines[fd] : nullptr;
+}
+
+// The errors with which a read or write tells that the device is gone, as
+// opposed to a line that merely refused one byte.
+bool meansGone(int error) {
+    return error == EIO || error == ENXIO || error == ENODEV || error == EBADF || error == EPIPE;
+}
+
+void noteWriteError(int fd, int error) {
+    if (LineRecord* line = lineOf(fd)) {
+        line->writeError = error;
+        if (meansGone(error)) line->lost = true;
+    }
 }
 
 int bitsPerSecondOf(speed_t speed) {
@@ -130,18 +181,31 @@ int openSerialPort(const char* path, int baudIndex, int radio, bool debug) {
     if (!path) return -1;
     // Non-blocking so that a port without carrier cannot hang the open; no
     // controlling terminal so that a pseudo-terminal never becomes ours.
-    const int fd = gSystem->openPort(path, O_RDWR | O_NOCTTY | O_NONBLOCK);
+    // Close-on-exec, so a download helper or speech engine started later
+    // does not inherit the radio.
+    const int fd = gSystem->openPort(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd == -1) {
         if (debug)
             std::fprintf(stderr, "Error opening serial port %s - %s(%d).\n", path,
                          std::strerror(errno), errno);
         return -1;
     }
+    if (gSystem->claimPort && gSystem->claimPort(fd) == -1) {
+        const int error = errno;
+        if (debug)
+            std::fprintf(stderr, "Error opening serial port %s - %s(%d).\n", path,
+                         serialErrorText(error), error);
+        gSystem->closePort(fd);
+        errno = error;
+        return -1;
+    }
     if (gSystem->setFileStatus(fd, 0) == -1) {
         if (debug)
             std::fprintf(stderr, "Error clearing O_NONBLOCK %s - %s(%d).\n", path,
                          std::strerror(errno), errno);
+        const int error = errno;
         gSystem->closePort(fd);
+        errno = error;
         return -1;
     }
     if (gSystem->getAttributes(fd, &gOriginalTTYAttrs) == -1) {
@@ -149,7 +213,9 @@ int openSerialPort(const char* path, int baudIndex, int radio, bool debug) {
             std::fprintf(stderr, "Error getting tty attributes %s - %s(%d).\n", path,
                          std::strerror(errno), errno);
         }
+        const int error = errno;
         gSystem->closePort(fd);
+        errno = error;
         return -1;
     }
     struct termios options = gOriginalTTYAttrs;
@@ -177,9 +243,12 @@ int openSerialPort(const char* path, int baudIndex, int radio, bool debug) {
             std::fprintf(stderr, "Error setting tty attributes %s - %s(%d).\n", path,
                          std::strerror(errno), errno);
         }
+        const int error = errno;
         gSystem->closePort(fd);
+        errno = error;
         return -1;
     }
+    if (LineRecord* line = lineOf(fd)) *line = LineRecord{};
     if (debug) {
         std::fprintf(stderr, "Port %s open. iBaud: %d, oBaud: %d Radio: %d c_cflag %x\n", path,
                      bitsPerSecondOf(cfgetispeed(&options)), bitsPerSecondOf(cfgetospeed(&options)),
@@ -191,7 +260,11 @@ int openSerialPort(const char* path, int baudIndex, int radio, bool debug) {
 void closeSerialPort(int fd, bool debug) {
     if (fd == -1) return;
     if (debug) std::fprintf(stderr, "Closing Serial Port\n");
-    if (gSystem->drain(fd) == -1 && debug) {
+    LineRecord* line = lineOf(fd);
+    // Output to a vanished device would never drain.
+    const bool lost = line && line->lost;
+    if (line) *line = LineRecord{};
+    if (!lost && gSystem->drain(fd) == -1 && debug) {
         std::fprintf(stderr, "Error waiting for drain - %s(%d).\n", std::strerror(errno), errno);
     }
     if (gSystem->setAttributes(fd, TCSANOW, &gOriginalTTYAttrs) == -1 && debug) {
@@ -208,10 +281,13 @@ float CommandDelay() {
     return smsdelay;
 }
 
-void MicrosecondDelay(double microseconds, int noYield) {
+void MicrosecondDelay(double microseconds, int) {
+    // Sleeping may overshoot by a scheduler slice; the pauses are minimum
+    // gaps a radio needs between bytes, so late is harmless and early is not.
     const double start = gSystem->microseconds();
-    while (gSystem->microseconds() - start < microseconds) {
-        if (noYield == 0) sched_yield();
+    for (double left = microseconds; left > 0;
+         left = microseconds - (gSystem->microseconds() - start)) {
+        gSystem->idle(left);
     }
 }
 
@@ -231,7 +307,10 @@ int sendRadioCommand(int fd, const unsigned char* bytes, int count, bool debug) 
         do {
             result = gSystem->writePort(fd, bytes + i, 1);
         } while (result < 0 && errno == EINTR);
-        if (result < 0) break;  // the device has gone; the rest would fail alike
+        if (result <= 0) {
+            noteWriteError(fd, result < 0 ? errno : EIO);
+            break;  // the device has gone or refuses; the rest would fail alike
+        }
         written += static_cast<int>(result);
         if (smsdelay > 0) MicrosecondDelay(smsdelay * 1000.0, 1);
     }
@@ -240,13 +319,15 @@ int sendRadioCommand(int fd, const unsigned char* bytes, int count, bool debug) 
     return written;
 }
 
-int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTicks, bool debug) {
-    if (!buffer) return 0;
-    if (fd == -1) {
-        if (debug) logClosedPort();
-        buffer[0] = 0;
-        return 0;
-    }
+namespace {
+
+// The polled read of readRadioResponse and readLineEcho; `echo` reads do not
+// count as the device answering and never cut the waits of the call.
+int pollRead(int fd, unsigned char* buffer, int maxCount, int timeoutTicks, bool echo, bool debug) {
+    LineRecord* line = lineOf(fd);
+    // Once the device has let a reply time-out pass in silence, the rest of
+    // the call only looks at what is already there.
+    if (!echo && line && line->waitsCut) timeoutTicks = 0;
     const unsigned long start = SerialTicks();
     const unsigned long deadline =
         start + static_cast<unsigned long>(timeoutTicks > 0 ? timeoutTicks : 0);
@@ -255,21 +336,130 @@ int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTi
         const ssize_t result =
             gSystem->readPort(fd, buffer + held, static_cast<size_t>(maxCount - held));
         if (result < 0 && errno != EINTR && errno != EAGAIN) {
+            const int error = errno;
+            if (line) {
+                line->readError = error;
+                if (meansGone(error)) line->lost = true;
+            }
             if (debug) {
                 char stamp[32];
                 dateStamp(stamp);
                 std::fprintf(stderr, "%s Error reading from Serial Port - %s(%d).\n", stamp,
-                             std::strerror(errno), errno);
+                             std::strerror(error), error);
             }
             break;
         }
         if (result > 0) held += static_cast<int>(result);
-        if (SerialTicks() >= deadline) break;
-        if (result <= 0) gSystem->idle(kPollIdleMicroseconds);
+        const unsigned long now = SerialTicks();
+        if (now >= deadline) break;
+        if (result > 0) continue;
+        if (gSystem != &kRealSystem) {
+            gSystem->idle(kPollIdleMicroseconds);
+            continue;
+        }
+        // On the real line the thread sleeps in poll until a byte comes or
+        // the time-out passes, so a long wait costs no CPU.
+        struct pollfd p = {fd, POLLIN, 0};
+        const int ms = static_cast<int>((deadline - now) * 1000 / 60) + 1;
+        if (::poll(&p, 1, ms) == 1 && (p.revents & POLLIN) == 0 &&
+            (p.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) {
+            if (line) {
+                line->lost = true;
+                if (!line->readError) line->readError = EIO;
+            }
+            break;  // hung up: nothing will ever come
+        }
+    }
+    if (line && !echo) {
+        if (held > 0) {
+            line->answers += held;
+            line->waitsCut = false;
+        } else if (timeoutTicks > 0) {
+            ++line->silences;
+            line->waitsCut = true;
+        }
     }
     buffer[held > 0 ? held : 0] = 0;
+    return held;
+}
+
+}  // namespace
+
+int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTicks, bool debug) {
+    if (!buffer) return 0;
+    if (fd == -1) {
+        if (debug) logClosedPort();
+        buffer[0] = 0;
+        return 0;
+    }
+    const int held = pollRead(fd, buffer, maxCount, timeoutTicks, false, debug);
     if (debug && held > 0) logTraffic("<-", buffer, held);
     return held;
+}
+
+int readLineEcho(int fd, unsigned char* buffer, int maxCount, int timeoutTicks) {
+    if (!buffer) return 0;
+    if (fd == -1) {
+        buffer[0] = 0;
+        return 0;
+    }
+    return pollRead(fd, buffer, maxCount, timeoutTicks, true, false);
+}
+
+void beginDeviceCall(int fd) {
+    if (LineRecord* line = lineOf(fd)) {
+        line->waitsCut = false;
+        line->answers = 0;
+        line->silences = 0;
+        line->writeError = 0;
+        line->readError = 0;
+    }
+}
+
+LineStatus deviceCallStatus(int fd) {
+    const LineRecord* line = lineOf(fd);
+    if (!line) return {LineFault::kNone, 0};
+    if (line->lost) {
+        const int error = line->writeError ? line->writeError : line->readError;
+        return {LineFault::kGone, error ? error : EIO};
+    }
+    if (line->writeError) return {LineFault::kWriteFailed, line->writeError};
+    if (line->silences > 0 && line->answers == 0) return {LineFault::kNoAnswer, 0};
+    return {LineFault::kNone, 0};
+}
+
+const char* serialErrorText(int error) {
+    if (error == EBUSY) return "in use by another program";
+    return std::strerror(error);
+}
+
+const char* lineFaultText(const LineStatus& status) {
+    if (status.fault == LineFault::kNoAnswer) return "no answer";
+    if (status.fault == LineFault::kNone) return "";
+    return serialErrorText(status.error);
+}
+
+bool serialPortLost(int fd) {
+    if (fd == -1) return false;
+    LineRecord* line = lineOf(fd);
+    if (line && line->lost) return true;
+    if (gSystem->hungUp && gSystem->hungUp(fd)) {
+        if (line) {
+            line->lost = true;
+            if (!line->readError && !line->writeError) line->readError = EIO;
+        }
+        return true;
+    }
+    return false;
+}
+
+int lineEchoes(int fd) {
+    const LineRecord* line = lineOf(fd);
+    return line ? line->echoes - 1 : -1;
+}
+
+void setLineEchoes(int fd, int echoes) {
+    if (LineRecord* line = lineOf(fd)) line->echoes = echoes < 0 ? 0 : (echoes ? 2 : 1);
 }
 
 void hexString(const unsigned char* bytes, char* text, int count) {

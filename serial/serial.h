@@ -23,7 +23,12 @@ struct SerialSystem {
     ssize_t (*writePort)(int fd, const void* bytes, size_t count);
     ssize_t (*readPort)(int fd, void* bytes, size_t count);
     double (*microseconds)();           // a steady microsecond clock
-    void (*idle)(double microseconds);  // pause between empty polls of a read
+    void (*idle)(double microseconds);  // sleeps; also the pause between empty polls of a read
+    // Optional (null skips them): the exclusive claim on a freshly opened
+    // port (TIOCEXCL and flock), 0 or -1 with errno; and whether the line has
+    // hung up (poll without waiting reports POLLHUP, POLLERR or POLLNVAL).
+    int (*claimPort)(int fd);
+    bool (*hungUp)(int fd);
 };
 
 // The real system calls on the steady clock.
@@ -49,7 +54,10 @@ extern struct termios gOriginalTTYAttrs;
 
 // Opens `path` read/write with the shared line discipline at baud index
 // `baudIndex` (an index outside the table keeps the port's own speed).
-// `radio` only appears in the debug log. Returns the descriptor or -1.
+// `radio` only appears in the debug log. The port is claimed for this process
+// alone (TIOCEXCL, and an exclusive flock that stops root too); a port another
+// program holds fails with errno EBUSY. Returns the descriptor or -1, with
+// errno telling why.
 int openSerialPort(const char* path, int baudIndex, int radio, bool debug);
 // Drains, restores gOriginalTTYAttrs and closes; -1 is ignored.
 void closeSerialPort(int fd, bool debug);
@@ -58,9 +66,10 @@ void closeSerialPort(int fd, bool debug);
 void SetCommandDelay(float milliseconds);
 float CommandDelay();
 
-// Busy-waits; with noYield 0 the thread yields on each pass.
+// Waits at least `microseconds` on the seam's clock. The thread sleeps rather
+// than spins, so a wait costs no CPU; `noYield` no longer changes anything.
 void MicrosecondDelay(double microseconds, int noYield);
-// Busy-waits milliseconds x 1000 microseconds without yielding; <= 0 returns.
+// Waits milliseconds x 1000 microseconds; <= 0 returns at once.
 void MillisecondDelay(double milliseconds);
 
 // Writes `count` bytes one write() each, waiting the command delay after each
@@ -82,6 +91,49 @@ int flushRadioInput(int fd, bool debug);
 // after the data, so it must hold maxCount + 1 bytes. Returns the count read;
 // a read error ends the wait with what was gathered.
 int readRadioResponse(int fd, unsigned char* buffer, int maxCount, int timeoutTicks, bool debug);
+
+// --- How a device behaved during one driver call ------------------------------
+//
+// A driver call (tune, poll, point the rotor, key the gateway) is bracketed by
+// beginDeviceCall and deviceCallStatus. Within it, the first read that times
+// out with nothing at all marks the device as not answering: later reads in
+// the same call look once at what is waiting and return without waiting, so
+// a radio that is switched off costs one reply time-out per call, not one per
+// command. A byte from the device lifts the mark.
+
+enum class LineFault {
+    kNone,
+    kNoAnswer,     // every read that waited for a reply timed out with nothing
+    kWriteFailed,  // the line refused a byte
+    kGone,         // the device went away: hang-up, EIO, ENXIO, ENODEV
+};
+struct LineStatus {
+    LineFault fault;
+    int error;  // errno of the failed call; 0 for kNoAnswer and kNone
+};
+
+// Starts a driver call on `fd`: waits are allowed again and the call's counts
+// start from zero. -1 is ignored.
+void beginDeviceCall(int fd);
+// What the device did since beginDeviceCall. A write or read error wins over
+// silence; a missing reply while other replies came is not a fault.
+LineStatus deviceCallStatus(int fd);
+// "no answer", or the system's text for the error ("in use by another
+// program" for EBUSY, which is how openSerialPort reports a held port).
+const char* lineFaultText(const LineStatus& status);
+const char* serialErrorText(int error);
+// True once the line has hung up or failed as a vanished device does, or when
+// the system reports the hang-up now (no traffic needed). -1 is never lost.
+bool serialPortLost(int fd);
+
+// Reads the bus echo of what was just sent (CI-V): like readRadioResponse,
+// but the bytes are not counted as an answer from the device and a time-out
+// does not mark it as silent. No traffic log.
+int readLineEcho(int fd, unsigned char* buffer, int maxCount, int timeoutTicks);
+// Whether the line echoes what is sent: -1 not known yet, 0 no, 1 yes. Known
+// per open port; forgotten when a port is opened.
+int lineEchoes(int fd);
+void setLineEchoes(int fd, int echoes);
 
 // "%02X " per byte into `text` (3 x count + 1 bytes). Null pointers: nothing.
 void hexString(const unsigned char* bytes, char* text, int count);

@@ -137,14 +137,18 @@ int Station::start(std::string* error) {
     // Typed paths follow the machine's own ports in the port table.
     PortNameRecord probe[kMaxSerialPorts]{};
     const int machinePorts = QtSerialPortList().findPorts(probe, kMaxSerialPorts);
-    const auto usePort = [&](const std::string& path, const char* portKey, const char* enabledKey) {
+    // The saved path would otherwise win over the typed port.
+    const auto usePort = [&](const std::string& path, const char* portKey, const char* pathKey,
+                             const char* enabledKey) {
         if (path.empty()) return;
         p.defaults.override(portKey, std::to_string(machinePorts + p.ports.add(path)));
+        p.defaults.override(pathKey, path);
         p.defaults.override(enabledKey, "true");
     };
-    usePort(options_.radioPort, "radioport", prefkeys::kVfoEnabled);
-    usePort(options_.rotorPort, "rotorport", prefkeys::kRotorEnabled);
-    usePort(options_.gatewayPort, "gatewayport", prefkeys::kGatewayEnabled);
+    usePort(options_.radioPort, "radioport", prefkeys::kRadioPortPath, prefkeys::kVfoEnabled);
+    usePort(options_.rotorPort, "rotorport", prefkeys::kRotorPortPath, prefkeys::kRotorEnabled);
+    usePort(options_.gatewayPort, "gatewayport", prefkeys::kGatewayPortPath,
+            prefkeys::kGatewayEnabled);
     if (options_.radio >= 0) p.defaults.override("radio", std::to_string(options_.radio));
     if (options_.rotor >= 0) p.defaults.override("rotor", std::to_string(options_.rotor));
     if (options_.hamlibRadioModel >= 0)
@@ -182,8 +186,10 @@ int Station::start(std::string* error) {
     services.defaults = &p.defaults;
     services.downloader = p.downloader.get();
     services.clock = &p.clock;
-    services.speech = &p.speech;
-    services.sounds = &p.sounds;
+    if (frontEnd_.withSpeech) {
+        services.speech = &p.speech;
+        services.sounds = &p.sounds;
+    }
     services.ports = &p.ports;
     services.versionString = frontEnd_.versionString;
     controller_ = std::make_unique<AppController>(services, paths_);
@@ -215,7 +221,7 @@ int Station::start(std::string* error) {
 
     p.timers = std::make_unique<CoreTimers>([this]() { tick(); },
                                             [this]() { controller_->sunCalcTask(); });
-    p.timers->start();
+    if (frontEnd_.startTimers) p.timers->start();
     if (options_.kepsUpdateHours > 0) {
         p.kepsUpdate = std::make_unique<QTimer>();
         p.kepsUpdate->setInterval(std::chrono::milliseconds(
@@ -242,6 +248,10 @@ void Station::tick() {
         }
     }
     if (frontEnd_.afterTick) frontEnd_.afterTick(*this);
+}
+
+UserDefaults* Station::defaults() {
+    return parts_ ? &parts_->defaults : nullptr;
 }
 
 int Station::findSatellite(const std::string& name, std::string* error) const {

@@ -42,6 +42,11 @@ struct StationFrontEnd {
     std::function<void(const std::string&)> notice;
     // Shown in the version line and in the radio's log lines.
     std::string versionString = "0.1";
+    // False leaves the 1 s and 15 s timers off: tests tick by hand.
+    bool startTimers = true;
+    // False makes no speech engine (tests; announcements are then queued
+    // and dropped).
+    bool withSpeech = true;
 };
 
 class Station {
@@ -69,6 +74,9 @@ class Station {
     // Core thread only; null before start.
     AppController* controller() { return controller_.get(); }
     SatelliteTableController* trackList() { return trackList_.get(); }
+    // The settings with this run's options over them, for the front end's
+    // own keys (tab selections, theme).
+    UserDefaults* defaults();
     const DataPaths& paths() const { return paths_; }
     const StationOptions& options() const { return options_; }
 

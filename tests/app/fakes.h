@@ -102,6 +102,8 @@ class FakeUserInterface : public UserInterface {
     }
     void setSerialPortItems(const std::vector<std::string>& names) override { portItems = names; }
     void setRadioChecked(bool on) override { radioChecked = on; }
+    std::vector<std::string> deviceMessages;
+    void setDeviceMessage(const std::string& text) override { deviceMessages.push_back(text); }
     void setGatewayChecked(bool on) override { gatewayChecked = on; }
     void setRotorChecked(bool on) override { rotorChecked = on; }
     void setZoomButtons(bool in, bool out) override {

@@ -98,5 +98,48 @@ TEST(RadioActions, StartUpListsThePortsFoundAndATypedOneJoinsThem) {
     EXPECT_NE(rig.logText().find("Running on OS 1049\n"), std::string::npos);
 }
 
+struct PathCase {
+    const char* savedPath;  // "" for settings written before paths were saved
+    int savedIndex;
+    int index;             // where the radio's port is found
+    const char* userName;  // the pop-up item of that port
+};
+
+class PortPaths : public ::testing::TestWithParam<PathCase> {};
+
+// Ports are renumbered when adapters are plugged in another order: the path
+// wins over the index, and a path that is not there is shown as missing
+// rather than standing for whatever port now has its number.
+TEST_P(PortPaths, SavedPathFindsItsPortOrShowsItMissing) {
+    const PathCase& c = GetParam();
+    ControllerRig rig;
+    TwoPorts ports;
+    const Services s{.ui = &rig.ui,
+                     .defaults = &rig.defaults,
+                     .clock = &rig.clock,
+                     .announcer = &rig.announcer,
+                     .log = rig.log,
+                     .ports = &ports};
+    AppController app(s, rig.paths);
+    if (c.savedPath[0] != 0) rig.defaults.setString(prefkeys::kRadioPortPath, c.savedPath);
+    rig.defaults.setInteger("radioport", c.savedIndex);
+    app.awakeFromNib();
+    SiteRec site;
+    app.GetSiteRec(&site);
+    ASSERT_EQ(site.radioPort, c.index);
+    EXPECT_STREQ(app.portNames()[c.index].userName, c.userName);
+
+    app.savePrefs();
+    EXPECT_EQ(rig.defaults.integerForKey("radioport"), c.index);
+    EXPECT_EQ(rig.defaults.stringForKey(prefkeys::kRadioPortPath),
+              app.portNames()[c.index].bsdPath);
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, PortPaths,
+                         ::testing::Values(PathCase{"/dev/ttyUSB1", 0, 1, "usb-FTDI-1"},
+                                           PathCase{"", 1, 1, "usb-FTDI-1"},
+                                           PathCase{"/dev/serial/by-id/usb-gone-if00", 1, 2,
+                                                    "/dev/serial/by-id/usb-gone-if00 (missing)"}));
+
 }  // namespace
 }  // namespace veloran

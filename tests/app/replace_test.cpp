@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "data/elementfile.h"
 #include "fakes.h"
 
 namespace veloran {
@@ -19,7 +20,8 @@ TEST(ImportKeps, AGoodFileReplacesTheElementSetsAndReloads) {
     WriteText(rig.dir.file("new.txt"), ElementSets(3));
     rig.files.answer = rig.dir.file("new.txt");
     rig.app->importKeps();
-    EXPECT_EQ(ReadText(rig.paths.keplerFile), ElementSets(3));
+    // Rewritten by the converter: the sets are there, under unique names.
+    EXPECT_EQ(CountElementSets(rig.paths.keplerFile, 100), 3);
     EXPECT_EQ(rig.app->GetTotalSats(), 5);
     EXPECT_TRUE(rig.ui.alerts.empty());
 }
@@ -68,7 +70,7 @@ TEST(Download, GoesToASideFileAndReplacesOnlyWhenItHoldsSets) {
     WriteText(rig.paths.downloadFile, ElementSets(4));
     rig.app->setCycleSatNum(7);
     rig.app->downloadDidFinish();
-    EXPECT_EQ(ReadText(rig.paths.keplerFile), ElementSets(4));
+    EXPECT_EQ(CountElementSets(rig.paths.keplerFile, 100), 4);
     EXPECT_FALSE(FileExists(rig.paths.downloadFile));
     EXPECT_EQ(rig.app->GetTotalSats(), 6);
     EXPECT_EQ(rig.app->cycleSatNum(), 1);
@@ -98,6 +100,33 @@ TEST(Download, FailuresAreSpokenAndLogged) {
     EXPECT_NE(log.find("Download failed! Error - The request timed out. https://www.amsat.org/"),
               std::string::npos);
     EXPECT_EQ(rig.app->GetTotalSats(), 0);
+}
+
+TEST(ImportKeps, MoreSetsThanTheTableHoldsAreFilteredAndTold) {
+    ControllerRig rig;
+    rig.defaults.setString(prefkeys::kTrackListString, "S1099 ");
+    WriteText(rig.dir.file("many.txt"), ElementSets(1100));
+    rig.files.answer = rig.dir.file("many.txt");
+    rig.app->importKeps();
+    EXPECT_EQ(rig.app->GetTotalSats(), 1023);  // 1021 sets, the Moon and the Sun
+    ASSERT_EQ(rig.ui.alerts.size(), 1u);
+    EXPECT_NE(rig.ui.alerts[0].find("79 sets were left out"), std::string::npos)
+        << rig.ui.alerts[0];
+    EXPECT_NE(ReadText(rig.paths.keplerFile).find("\nS1099\n"), std::string::npos)
+        << "the track list's satellite is kept";
+}
+
+TEST(Download, TheSameAddressWaitsTwoHoursUnlessForced) {
+    ControllerRig rig;
+    rig.app->startDownloadingURL();
+    EXPECT_EQ(rig.downloader.url, kKeplerDownloadURL);
+    rig.downloader.url.clear();
+    rig.app->startDownloadingURL();
+    EXPECT_TRUE(rig.downloader.url.empty());
+    ASSERT_EQ(rig.ui.alerts.size(), 1u);
+    EXPECT_NE(rig.ui.alerts[0].find("at most once every 2 hours"), std::string::npos);
+    rig.app->startDownloadingURL(DownloadTrigger::Forced);
+    EXPECT_EQ(rig.downloader.url, kKeplerDownloadURL);
 }
 
 }  // namespace

@@ -128,5 +128,39 @@ TEST(Cli, HostileElementFileDoesNotCrash) {
     EXPECT_EQ(run.status, 0) << run.out;
 }
 
+// A CelesTrak-style file with long names and an OMM JSON file leave element
+// sets that look shows alike; a bad file is refused and changes nothing.
+TEST(Cli, KepsImportOfLongNamesAndOmmLooksTheSame) {
+    const std::string samples = std::string(VELORAN_RESOURCE_DIR) + "/samples/";
+    const std::string base = ::testing::TempDir() + "cli_keps_";
+    std::string looks[2];
+    const char* files[] = {"samples-long.tle", "samples.json"};
+    for (int i = 0; i < 2; ++i) {
+        const std::string folders = " --data-dir " + base + std::to_string(i) + " --config-dir " +
+                                    base + "config" + std::to_string(i);
+        const CliRun import = Cli("keps import " + samples + files[i] + folders);
+        ASSERT_EQ(import.status, 0) << import.out;
+        EXPECT_NE(import.out.find("3 element sets installed"), std::string::npos) << import.out;
+        const CliRun look = Cli("look --time 2026-11-20T00:00:00Z" + folders);
+        ASSERT_EQ(look.status, 0) << look.out;
+        looks[i] = look.out;
+
+        const CliRun bad = Cli("keps import " + samples + "satnogs-transmitters.json" + folders);
+        EXPECT_EQ(bad.status, 2) << bad.out;
+        EXPECT_NE(bad.out.find("The current element sets are kept"), std::string::npos) << bad.out;
+        EXPECT_EQ(Cli("look --time 2026-11-20T00:00:00Z" + folders).out, looks[i]);
+    }
+    EXPECT_EQ(looks[0], looks[1]);
+    for (const char* name : {"\nVS-1 ", "\nSAMPLESAT ", "\nSAMPLE-3 "})
+        EXPECT_NE(looks[0].find(name), std::string::npos) << name << looks[0];
+
+    const std::string folders = " --data-dir " + base + "0 --config-dir " + base + "config0";
+    const CliRun satnogs =
+        Cli("modes import-satnogs " + samples + "satnogs-transmitters.json" + folders);
+    ASSERT_EQ(satnogs.status, 0) << satnogs.out;
+    const CliRun modes = Cli("look --modes --sat VS-1 --time 2026-11-20T00:00:00Z" + folders);
+    EXPECT_NE(modes.out.find("Telemetry 9k6"), std::string::npos) << modes.out;
+}
+
 }  // namespace
 }  // namespace veloran

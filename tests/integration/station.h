@@ -67,10 +67,10 @@ class FastSleeper : public TickSleeper {
     void sleepTicks(int) override { std::this_thread::sleep_for(std::chrono::microseconds(100)); }
 };
 
-// A serial clock that runs fast: every look at it moves it on 50 us, so the
-// one-second waits of the gateway protocol and the CI-V bus's pacing pass
-// in a few thousand loops instead of real seconds. Reads still wait for the
-// device in real pauses of 0.1 ms.
+// A serial clock that runs fast: every look at it moves it on 50 us and every
+// pause moves it on by the whole pause, so the one-second waits of the
+// gateway protocol and the CI-V bus's pacing pass at once. Each pause is
+// still a real 0.1 ms, so the simulated devices get their turn.
 class FastSerialClock {
   public:
     FastSerialClock() {
@@ -78,7 +78,10 @@ class FastSerialClock {
         system_.microseconds = [] {
             return RealSerialSystem()->microseconds() + (skipped() += 50.0);
         };
-        system_.idle = [](double) { RealSerialSystem()->idle(100.0); };
+        system_.idle = [](double us) {
+            RealSerialSystem()->idle(100.0);
+            skipped() += us;
+        };
         SetSerialSystem(&system_);
     }
     ~FastSerialClock() { SetSerialSystem(nullptr); }

@@ -16,6 +16,8 @@
 #include <string>
 
 #include "data/files.h"
+#include "data/kepsimport.h"
+#include "data/kepssources.h"
 #include "platform/numericlocale.h"
 #include "platform/qtdownloader.h"
 #include "platform/qtserialports.h"
@@ -187,6 +189,87 @@ TEST(Download, FollowsARedirect) {
     std::string written;
     ASSERT_TRUE(ReadWholeFile(target, &written));
     EXPECT_EQ(written, "keps\n");
+}
+
+// Every answer but a plain 200 within 32 MB is refused and leaves the
+// destination alone; the status is kept for the automatic-update rule.
+TEST(Download, RefusesWhatTheRulesDoNotAllow) {
+    const QByteArray huge(kMaxDownloadBytes + 1, 'x');
+    const struct {
+        const char* label;
+        QByteArray answer;
+        const char* says;
+        int status;
+    } cases[] = {
+        {"missing", "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n", "404", 404},
+        {"no content", "HTTP/1.1 204 No Content\r\n\r\n", "204", 204},
+        {"to plain http",
+         "HTTP/1.1 302 Found\r\nLocation: http://example.invalid/nasa.all\r\n"
+         "Content-Length: 0\r\n\r\n",
+         "https only", 302},
+        {"announced too big", "HTTP/1.1 200 OK\r\nContent-Length: 40000000\r\n\r\n",
+         "larger than 32 MB", 200},
+        {"too big", "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + huge, "larger than 32 MB",
+         200},
+    };
+    for (const auto& c : cases) {
+        QTemporaryDir dir;
+        const std::string target = dir.path().toStdString() + "/nasa.all";
+        QFile old(QString::fromStdString(target));
+        ASSERT_TRUE(old.open(QIODevice::WriteOnly));
+        old.write("old\n");
+        old.close();
+        TinyHttp server(c.answer);
+        bool done = false, ok = true;
+        std::string why;
+        QtDownloader downloader([&](bool good, const std::string& reason, const std::string&) {
+            done = true;
+            ok = good;
+            why = reason;
+        });
+        ASSERT_TRUE(downloader.start(server.url("/nasa.all"), target, 60.0)) << c.label;
+        ASSERT_TRUE(SpinUntil([&] { return done; })) << c.label;
+        EXPECT_FALSE(ok) << c.label;
+        EXPECT_NE(why.find(c.says), std::string::npos) << c.label << ": " << why;
+        EXPECT_EQ(downloader.lastStatus(), c.status) << c.label;
+        std::string written;
+        ASSERT_TRUE(ReadWholeFile(target, &written));
+        EXPECT_EQ(written, "old\n") << c.label;
+    }
+    QtDownloader downloader(nullptr);
+    EXPECT_FALSE(downloader.start("http://example.invalid/nasa.all", "/tmp/x", 60.0))
+        << "plain http off the loopback host";
+}
+
+// An empty 200 is a download, but not an element-set file: the install
+// refuses it and the current sets stay.
+TEST(Download, AnEmptyAnswerInstallsNothing) {
+    QTemporaryDir dir;
+    const std::string folder = dir.path().toStdString();
+    TinyHttp empty("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+    bool done = false, ok = false;
+    QtDownloader downloader([&](bool good, const std::string&, const std::string&) {
+        done = true;
+        ok = good;
+    });
+    ASSERT_TRUE(downloader.start(empty.url("/nasa.all"), folder + "/download", 60.0));
+    ASSERT_TRUE(SpinUntil([&] { return done; }));
+    ASSERT_TRUE(ok);
+    EXPECT_EQ(downloader.lastStatus(), 200);
+    QFile current(QString::fromStdString(folder + "/kepler.dat"));
+    ASSERT_TRUE(current.open(QIODevice::WriteOnly));
+    current.write("current\n");
+    current.close();
+    KepsInstall request;
+    request.source = folder + "/download";
+    request.sourceLabel = empty.url("/nasa.all");
+    request.keplerFile = folder + "/kepler.dat";
+    KepsInstallResult result;
+    EXPECT_FALSE(InstallElementSets(request, &result));
+    EXPECT_NE(result.message.find("holds no element set"), std::string::npos) << result.message;
+    std::string kept;
+    ASSERT_TRUE(ReadWholeFile(folder + "/kepler.dat", &kept));
+    EXPECT_EQ(kept, "current\n");
 }
 
 TEST(Speech, NeverLeavesTheAnnouncementThreadWaitingForever) {

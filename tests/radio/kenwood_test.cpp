@@ -30,6 +30,7 @@ class Ts2000 : public ::testing::Test {
     }
     int fd() const { return line_.fd(); }
     int set(int commMode, double up, double down, int gTone, int gCTone, bool force) {
+        beginDeviceCall(fd());
         const int result = SetTS2000VFO(fd(), up, down, commMode, gTone, gCTone, force, false);
         line_.Settle();
         return result;

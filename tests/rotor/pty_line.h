@@ -41,6 +41,12 @@ class PtyLine {
 
     int fd() const { return fd_; }
     const std::string& path() const { return path_; }
+    // Lets go of the device side, for a test that opens the port itself (a
+    // port is ours alone while it is open).
+    void releasePort() {
+        closeSerialPort(fd_, false);
+        fd_ = -1;
+    }
 
     // Everything the driver has written so far.
     std::string take() {

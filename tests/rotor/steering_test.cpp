@@ -253,6 +253,7 @@ TEST_F(RotorPort, PortThatWillNotOpenBeepsAndUnticks) {
 TEST_F(RotorPort, OpeningStartsAndClosingStopsTheController) {
     ASSERT_FALSE(line.path().empty());
     std::snprintf(ports[0].bsdPath, sizeof ports[0].bsdPath, "%s", line.path().c_str());
+    line.releasePort();
     site.rotor = 8;  // SatEL: "G" on start, "S" on stop
     ASSERT_EQ(switchRotorPort(&site, true, ports, &ui), 1);
     EXPECT_NE(site.rotorPortFileDescriptor, -1);

@@ -171,6 +171,8 @@ const SerialSystem kFake = {
     },
     [] { return gLine->now += gLine->clockStep; },
     [](double us) { gLine->now += us; },
+    nullptr,
+    nullptr,
 };
 
 class FakeSerial : public ::testing::Test {

@@ -1,0 +1,601 @@
+// The main window's layout, menus, full screen, tray and the wiring of its
+// controls to the core.
+
+#include "gui/mainwindow.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSlider>
+#include <QSpinBox>
+#include <QStatusBar>
+#include <QSystemTrayIcon>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "app/appcontroller.h"
+#include "app/tracklist.h"
+#include "data/settings.h"
+#include "gui/horizonwidget.h"
+#include "gui/mapwidget.h"
+#include "gui/placesheet.h"
+#include "gui/radiopanel.h"
+#include "gui/rotorpanel.h"
+#include "gui/theme.h"
+#include "gui/tracklistmodel.h"
+#include "gui/uibridge.h"
+
+// The window's icon is compiled into this library; Q_INIT_RESOURCE declares
+// its loader where it stands, so this stays outside any namespace.
+static void LoadGuiResources() {
+    Q_INIT_RESOURCE(resources);
+}
+
+namespace veloran {
+
+namespace {
+
+// The time slider reaches two weeks either way, in minutes.
+constexpr int kTimeSliderMinutes = 14 * 24 * 60;
+
+QLabel* Line(const char* name) {
+    auto* label = new QLabel;
+    label->setObjectName(name);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+QCheckBox* Box(const QString& text, const char* name) {
+    auto* box = new QCheckBox(text);
+    box->setObjectName(name);
+    box->setAccessibleName(text);
+    return box;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
+    : QMainWindow(parent),
+      bridge_(bridge),
+      post_(std::move(post)),
+      timeWanted_(std::make_shared<std::atomic<int>>(0)),
+      timePending_(std::make_shared<std::atomic<bool>>(false)) {
+    LoadGuiResources();
+    setObjectName("mainWindow");
+    setWindowTitle("Veloran");
+    setWindowIcon(QIcon(":/veloran.svg"));
+    placeSheet_ = new PlaceSheet(this);
+
+    auto* central = new QWidget;
+    auto* layout = new QVBoxLayout(central);
+    layout->setContentsMargins(6, 4, 6, 4);
+    layout->setSpacing(4);
+    topBar_ = buildTopBar();
+    layout->addWidget(topBar_);
+    layout->addWidget(buildMapArea(), 1);
+    lowerPanel_ = buildLowerPanel();
+    layout->addWidget(lowerPanel_);
+    setCentralWidget(central);
+    buildMenus();
+    connectBridge();
+    setMinimumSize(960, 600);
+    resize(1280, 800);
+}
+
+QWidget* MainWindow::buildTopBar() {
+    auto* bar = new QWidget;
+    auto* row = new QHBoxLayout(bar);
+    row->setContentsMargins(0, 0, 0, 0);
+    satellites_ = new QComboBox;
+    satellites_->setObjectName("satellitePopUp");
+    satellites_->setAccessibleName(tr("Add Satellite"));
+    satellites_->setMaxVisibleItems(30);
+    satellites_->setMinimumContentsLength(16);
+    connect(satellites_, &QComboBox::activated, this, [this](int index) {
+        // Item 0 is the pop-up's title; the choice adds a satellite and
+        // the pop-up shows its title again.
+        satellites_->setCurrentIndex(0);
+        if (index < 1) return;
+        post_([index](CoreSide& s) { s.trackList->addSatellite(index); });
+    });
+    locations_ = new QComboBox;
+    locations_->setObjectName("locationComboBox");
+    locations_->setAccessibleName(tr("Place"));
+    locations_->setMinimumContentsLength(24);
+    locations_->setMaxVisibleItems(30);
+    locations_->setPlaceholderText(tr("Choose a place"));
+    connect(locations_, &QComboBox::activated, this, [this](int index) {
+        post_([index](CoreSide& s) {
+            s.ui->controls().selectedLocation = index;
+            s.app->locationChosen();
+        });
+    });
+    auto* addPlace = new QToolButton;
+    addPlace->setObjectName("addPlaceButton");
+    addPlace->setText("+");
+    addPlace->setToolTip(tr("Add a place"));
+    connect(addPlace, &QToolButton::clicked, this, [this] {
+        placeSheet_->clearFields();
+        placeSheet_->show();
+        placeSheet_->raise();
+    });
+    auto* removePlace = new QToolButton;
+    removePlace->setObjectName("removePlaceButton");
+    removePlace->setText("−");
+    removePlace->setToolTip(tr("Remove the chosen place"));
+    connect(removePlace, &QToolButton::clicked, this, [this] {
+        const int index = locations_->currentIndex();
+        post_([index](CoreSide& s) {
+            s.ui->controls().selectedLocation = index;
+            s.app->removeLocation();
+        });
+    });
+    connect(placeSheet_, &PlaceSheet::placeEntered, this, [this] {
+        const std::string city = placeSheet_->city().toStdString();
+        const std::string state = placeSheet_->state().toStdString();
+        const std::string country = placeSheet_->country().toStdString();
+        const std::string latitude = placeSheet_->latitude().toStdString();
+        const std::string longitude = placeSheet_->longitude().toStdString();
+        post_([=](CoreSide& s) {
+            CoreControls& c = s.ui->controls();
+            c.city = city;
+            c.state = state;
+            c.country = country;
+            c.latitude = latitude;
+            c.longitude = longitude;
+            s.app->locationOK();
+        });
+    });
+    latitude_ = Line("siteLatitude");
+    longitude_ = Line("siteLongitude");
+    MakeDigits(latitude_, 10);
+    MakeDigits(longitude_, 10);
+    clock_ = Line("clockLine");
+    MakeDigits(clock_, 16, true);
+    clock_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    clock_->setMinimumWidth(clock_->fontMetrics().horizontalAdvance("0000:00:00 00:00:00 UTC+00") +
+                            8);
+    row->addWidget(satellites_);
+    row->addSpacing(12);
+    row->addWidget(new QLabel(tr("Place")));
+    row->addWidget(locations_);
+    row->addWidget(addPlace);
+    row->addWidget(removePlace);
+    row->addWidget(latitude_);
+    row->addWidget(longitude_);
+    row->addStretch(1);
+    row->addWidget(clock_);
+    return bar;
+}
+
+QWidget* MainWindow::buildMapArea() {
+    auto* area = new QWidget;
+    auto* column = new QVBoxLayout(area);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    mapTabs_ = new QTabWidget;
+    mapTabs_->setObjectName("mapTabs");
+    map_ = new MapWidget;
+    mapTabs_->addTab(map_, tr("World Map"));
+    connect(mapTabs_, &QTabWidget::currentChanged, this, [this](int index) {
+        post_([index](CoreSide& s) { s.ui->controls().mapTab = index; });
+    });
+    connect(map_, &MapWidget::zoomInClicked, this,
+            [this] { post_([](CoreSide& s) { s.app->zoomedin(); }); });
+    connect(map_, &MapWidget::zoomOutClicked, this,
+            [this] { post_([](CoreSide& s) { s.app->zoomedout(); }); });
+    connect(map_, &MapWidget::followToggled, this,
+            [this](bool on) { post_([on](CoreSide& s) { s.app->followSatChanged(on); }); });
+    connect(map_, &MapWidget::nightThemeToggled, this, [this](bool on) {
+        nightAction_->setChecked(on);
+        setNight(on);
+        post_([on](CoreSide& s) { s.defaults->setBool(kNightThemeKey, on); });
+    });
+    connect(map_, &MapWidget::visibleRectChanged, this, [this](QRectF rect, int) {
+        post_([rect](CoreSide& s) {
+            CoreControls& c = s.ui->controls();
+            c.hasMapRect = !rect.isEmpty();
+            c.mapRect[0] = rect.x();
+            c.mapRect[1] = rect.y();
+            c.mapRect[2] = rect.width();
+            c.mapRect[3] = rect.height();
+        });
+    });
+
+    auto* controls = new QHBoxLayout;
+    showTrackList_ = Box(tr("Track List Paths"), "displayTrackListCheckBox");
+    showTrackList_->setToolTip(tr("Draw the footprints of every satellite in the track list"));
+    connect(showTrackList_, &QCheckBox::clicked, this,
+            [this](bool on) { post_([on](CoreSide& s) { s.app->displayTrackListChanged(on); }); });
+    disclosure_ = new QToolButton;
+    disclosure_->setObjectName("disclosureButton");
+    disclosure_->setArrowType(Qt::DownArrow);
+    disclosure_->setCheckable(true);
+    disclosure_->setChecked(true);
+    disclosure_->setToolTip(tr("Show or hide the lower panel"));
+    connect(disclosure_, &QToolButton::toggled, this, &MainWindow::setLowerPanelShown);
+    mapStatus_ = Line("mapStatus");
+    MakeDigits(mapStatus_, 11, true);
+    figures_ = Line("satelliteFigures");
+    MakeDigits(figures_, 10);
+    controls->addWidget(disclosure_);
+    controls->addWidget(mapStatus_);
+    controls->addSpacing(16);
+    controls->addWidget(figures_, 1);
+    controls->addWidget(showTrackList_);
+
+    column->addWidget(mapTabs_, 1);
+    column->addLayout(controls);
+    return area;
+}
+
+QWidget* MainWindow::buildLowerPanel() {
+    auto* panel = new QWidget;
+    panel->setObjectName("lowerPanel");
+    auto* column = new QVBoxLayout(panel);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    auto* row = new QHBoxLayout;
+    radioTabs_ = new QTabWidget;
+    radioTabs_->setObjectName("radioTabs");
+    radioTabs_->addTab(new RadioPanel(bridge_, post_), tr("Radio"));
+    radioTabs_->addTab(new RotorPanel(bridge_, post_), tr("Rotor"));
+    radioTabs_->setMinimumWidth(520);
+    connect(radioTabs_, &QTabWidget::currentChanged, this, [this](int index) {
+        post_([index](CoreSide& s) { s.ui->controls().radioTab = index; });
+    });
+
+    listTabs_ = new QTabWidget;
+    listTabs_->setObjectName("listTabs");
+    trackList_ = new TrackListWidget;
+    horizon_ = new HorizonWidget;
+    listTabs_->addTab(trackList_, tr("Track List"));
+    listTabs_->addTab(horizon_, tr("Horizon"));
+    connect(listTabs_, &QTabWidget::currentChanged, this, [this](int index) {
+        post_([index](CoreSide& s) { s.ui->controls().listTab = index; });
+    });
+    connect(trackList_, &TrackListWidget::trackListToggled, this,
+            [this](bool on) { post_([on](CoreSide& s) { s.trackList->toggleTrackList(on); }); });
+    connect(trackList_, &TrackListWidget::addClicked, this, [this] { satellites_->showPopup(); });
+    connect(trackList_, &TrackListWidget::deleteClicked, this, [this](int coreRow) {
+        post_([coreRow](CoreSide& s) { s.trackList->deleteRow(coreRow); });
+    });
+    connect(trackList_, &TrackListWidget::singleClicked, this, [this](int coreRow, int checkbox) {
+        post_([coreRow, checkbox](CoreSide& s) { s.trackList->singleClick(coreRow, checkbox); });
+    });
+    connect(trackList_, &TrackListWidget::doubleClicked, this, [this](int coreRow) {
+        post_([coreRow](CoreSide& s) { s.trackList->doubleClick(coreRow); });
+    });
+    connect(horizon_, &HorizonWidget::heightAvailable, this, [this](int height) {
+        post_([height](CoreSide& s) {
+            s.ui->viewBuilder().setHorizonSize(kHorizonDefaultWidth, static_cast<float>(height));
+        });
+    });
+    row->addWidget(radioTabs_, 0);
+    row->addWidget(listTabs_, 1);
+    column->addLayout(row, 1);
+    column->addWidget(buildTimeBar());
+    panel->setMinimumHeight(250);
+    panel->setMaximumHeight(300);
+    return panel;
+}
+
+QWidget* MainWindow::buildTimeBar() {
+    auto* bar = new QWidget;
+    auto* grid = new QGridLayout(bar);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setVerticalSpacing(1);
+    timeSlider_ = new QSlider(Qt::Horizontal);
+    timeSlider_->setObjectName("timeSlider");
+    timeSlider_->setAccessibleName(tr("Time offset, minutes"));
+    timeSlider_->setRange(-kTimeSliderMinutes, kTimeSliderMinutes);
+    timeSlider_->setPageStep(60);
+    timeMinutes_ = new QSpinBox;
+    timeMinutes_->setObjectName("timeMinutes");
+    timeMinutes_->setRange(-kTimeSliderMinutes, kTimeSliderMinutes);
+    timeMinutes_->setSuffix(tr(" min"));
+    timeMinutes_->setAccelerated(true);
+    auto* now = new QPushButton(tr("Now"));
+    now->setObjectName("realTimeButton");
+    now->setToolTip(tr("Back to real time"));
+    connect(timeSlider_, &QSlider::valueChanged, this, &MainWindow::slideTime);
+    connect(timeMinutes_, &QSpinBox::valueChanged, timeSlider_, &QSlider::setValue);
+    connect(now, &QPushButton::clicked, this, [this] { timeSlider_->setValue(0); });
+    debug_ = Box(tr("Debug"), "debugCheckBox");
+    speech_ = Box(tr("Speech"), "speechCheckBox");
+    connect(speech_, &QCheckBox::clicked, this,
+            [this] { post_([](CoreSide& s) { s.app->speechChanged(); }); });
+    connect(debug_, &QCheckBox::clicked, this, [this](bool on) {
+        post_([on](CoreSide& s) {
+            auto site = std::make_unique<SiteRec>();
+            s.app->GetSiteRec(site.get());
+            site->debug = on;
+            s.app->SetSiteRec(site.get());
+            s.defaults->setBool(prefkeys::kDebug, on);
+        });
+    });
+    version_ = Line("versionLine");
+    kepsDate_ = Line("kepsDateLine");
+    message_ = Line("messageLine");
+    auto* timeLabel = new QLabel(tr("Time"));
+    grid->addWidget(timeLabel, 0, 0);
+    grid->addWidget(timeSlider_, 0, 1);
+    grid->addWidget(timeMinutes_, 0, 2);
+    grid->addWidget(now, 0, 3);
+    grid->addWidget(speech_, 0, 4);
+    grid->addWidget(debug_, 0, 5);
+    auto* lines = new QHBoxLayout;
+    lines->addWidget(version_);
+    lines->addSpacing(16);
+    lines->addWidget(kepsDate_);
+    lines->addSpacing(16);
+    lines->addWidget(message_, 1);
+    grid->addLayout(lines, 1, 0, 1, 6);
+    grid->setColumnStretch(1, 1);
+    return bar;
+}
+
+void MainWindow::buildMenus() {
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    QAction* quit = file->addAction(tr("&Quit"), qApp, &QApplication::quit);
+    quit->setObjectName("quitAction");
+    quit->setShortcut(QKeySequence::Quit);
+    quit->setShortcutContext(Qt::ApplicationShortcut);
+
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    fullScreenAction_ = view->addAction(tr("&Full Screen"));
+    fullScreenAction_->setObjectName("fullScreenAction");
+    fullScreenAction_->setShortcut(Qt::Key_F11);
+    fullScreenAction_->setCheckable(true);
+    connect(fullScreenAction_, &QAction::triggered, this, &MainWindow::setFullScreenView);
+    addAction(fullScreenAction_);  // F11 works while the menu bar is hidden
+    nightAction_ = view->addAction(tr("&Night Theme"));
+    nightAction_->setObjectName("nightThemeAction");
+    nightAction_->setCheckable(true);
+    connect(nightAction_, &QAction::triggered, this, [this](bool on) {
+        setNight(on);
+        post_([on](CoreSide& s) { s.defaults->setBool(kNightThemeKey, on); });
+    });
+
+    radioMenu_ = menuBar()->addMenu(tr("&Radio"));
+    radioMenu_->setObjectName("radioMenu");
+    radioGroup_ = new QActionGroup(this);
+
+    QMenu* window = menuBar()->addMenu(tr("&Window"));
+    windowAction_ = window->addAction(tr("Veloran"));
+    windowAction_->setObjectName("openNewWindowAction");
+    connect(windowAction_, &QAction::triggered, this, &MainWindow::showAgain);
+    // Enabled only while the main window is hidden, as the controller says.
+    connect(window, &QMenu::aboutToShow, this, [this] { windowAction_->setEnabled(!isVisible()); });
+}
+
+void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
+    for (QTabWidget* tabs : {mapTabs_, listTabs_, radioTabs_}) tabs->blockSignals(true);
+    mapTabs_->setCurrentIndex(prefs.mapTab);
+    listTabs_->setCurrentIndex(prefs.listTab);
+    radioTabs_->setCurrentIndex(prefs.radioTab);
+    for (QTabWidget* tabs : {mapTabs_, listTabs_, radioTabs_}) tabs->blockSignals(false);
+    {
+        const QSignalBlocker quietSlider(timeSlider_);
+        const QSignalBlocker quietMinutes(timeMinutes_);
+        timeSlider_->setValue(prefs.timeSliderMinutes);
+        timeMinutes_->setValue(prefs.timeSliderMinutes);
+    }
+    nightAction_->setChecked(prefs.night);
+    setNight(prefs.night);
+    if (!prefs.trackListColumns.isEmpty()) trackList_->restoreColumnLayout(prefs.trackListColumns);
+    radioMenu_->clear();
+    for (int i = 0; i < prefs.radioNames.size(); ++i) {
+        QAction* item = radioMenu_->addAction(prefs.radioNames[i]);
+        item->setCheckable(true);
+        item->setObjectName(QString("radioItem%1").arg(i));
+        item->setEnabled(i < prefs.radioItemEnabled.size() && prefs.radioItemEnabled[i]);
+        radioGroup_->addAction(item);
+        connect(item, &QAction::triggered, this,
+                [this, i] { post_([i](CoreSide& s) { s.app->radioDriverChanged(i); }); });
+    }
+}
+
+void MainWindow::connectBridge() {
+    UiBridge* b = bridge_;
+    connect(b, &UiBridge::windowPrefsShown, this, &MainWindow::applyWindowPrefs);
+    connect(b, &UiBridge::satelliteItemsCleared, satellites_, &QComboBox::clear);
+    connect(b, &UiBridge::satelliteItemAdded, this,
+            [this](const QString& name) { satellites_->addItem(name); });
+    connect(b, &UiBridge::kepsDateChanged, kepsDate_, &QLabel::setText);
+    connect(b, &UiBridge::alertRequested, this,
+            [this](const QString& title, const QString& text, const QString& button) {
+                // Window-modal but not blocking: the core has long moved on.
+                auto* box = new QMessageBox(QMessageBox::Warning, "Veloran", title,
+                                            QMessageBox::NoButton, this);
+                box->setInformativeText(text);
+                box->addButton(button.isEmpty() ? tr("OK") : button, QMessageBox::AcceptRole);
+                box->setAttribute(Qt::WA_DeleteOnClose);
+                box->open();
+            });
+    connect(b, &UiBridge::beepRequested, this, [] { QApplication::beep(); });
+    connect(b, &UiBridge::locationItemsCleared, locations_, &QComboBox::clear);
+    connect(b, &UiBridge::locationItemAdded, this,
+            [this](const QString& name) { locations_->addItem(name); });
+    connect(b, &UiBridge::locationShown, this,
+            [this](const QString& name, const QString& lat, const QString& lon) {
+                const int index = locations_->findText(name);
+                if (index >= 0) locations_->setCurrentIndex(index);
+                latitude_->setText(tr("Lat %1").arg(lat));
+                longitude_->setText(tr("Lon %1").arg(lon));
+            });
+    connect(b, &UiBridge::locationSheetClosed, placeSheet_, &QDialog::hide);
+    connect(b, &UiBridge::settingsShown, this, [this](const WindowSettings& settings) {
+        map_->setFollowChecked(settings.followSat);
+        showTrackList_->setChecked(settings.displayTrackList);
+        speech_->setChecked(settings.speech);
+        locations_->setCurrentIndex(locations_->findText(settings.locationName));
+        latitude_->setText(tr("Lat %1").arg(settings.latitude));
+        longitude_->setText(tr("Lon %1").arg(settings.longitude));
+        const QList<QAction*> items = radioGroup_->actions();
+        if (settings.radio >= 0 && settings.radio < items.size())
+            items[settings.radio]->setChecked(true);
+    });
+    connect(b, &UiBridge::clockLineChanged, this, [this](const QString& text, bool red) {
+        clock_->setText(text);
+        QPalette p = clock_->palette();
+        p.setColor(QPalette::WindowText,
+                   red ? VirtualTimeColour() : palette().color(QPalette::WindowText));
+        clock_->setPalette(p);
+        clock_->setProperty("virtualTime", red);
+    });
+    connect(b, &UiBridge::versionLineChanged, version_, &QLabel::setText);
+    connect(b, &UiBridge::mapStatusChanged, mapStatus_, &QLabel::setText);
+    // A radio, rotor or gateway lost, silent or back; stays until the next one.
+    connect(b, &UiBridge::deviceMessageChanged, this,
+            [this](const QString& text) { statusBar()->showMessage(text); });
+    connect(b, &UiBridge::satelliteFiguresChanged, this,
+            [this](const QString& alt, const QString& vel, const QString& maxe, const QString& r) {
+                figures_->setText(alt + "    " + vel + "    " + maxe + "    " + r);
+            });
+    connect(b, &UiBridge::debugCheckedChanged, debug_, &QCheckBox::setChecked);
+    connect(b, &UiBridge::speechCheckedChanged, speech_, &QCheckBox::setChecked);
+    connect(b, &UiBridge::zoomButtonsChanged, map_, &MapWidget::setZoomButtons);
+    connect(b, &UiBridge::mapZoomed, map_, &MapWidget::zoomMap);
+    connect(
+        b, &UiBridge::viewListsPublished, this,
+        [this](std::shared_ptr<const DisplayList> map, std::shared_ptr<const DisplayList> horizon) {
+            if (map) map_->setList(std::move(map));
+            if (horizon) horizon_->setList(std::move(horizon));
+        });
+    connect(b, &UiBridge::trackRowsChanged, trackList_, &TrackListWidget::setRows);
+    connect(b, &UiBridge::trackRowsDeselected, trackList_, &TrackListWidget::deselectAllRows);
+    connect(b, &UiBridge::mainWindowShown, this, [this](bool shown) {
+        if (shown && !isVisible()) show();
+        if (!shown && isVisible()) hide();
+    });
+    connect(b, &UiBridge::trackListCheckedChanged, trackList_,
+            &TrackListWidget::setTrackListChecked);
+    // Device messages (a port that would not open, a radio that stopped
+    // answering) arrive as beeps with the switch going off; the message line
+    // says which.
+    connect(b, &UiBridge::radioCheckedChanged, this, [this](bool on) {
+        if (!on) message_->setText(tr("Radio off"));
+    });
+    connect(b, &UiBridge::rotorCheckedChanged, this, [this](bool on) {
+        if (!on) message_->setText(tr("Rotor off"));
+    });
+}
+
+void MainWindow::slideTime(int minutes) {
+    {
+        const QSignalBlocker quiet(timeMinutes_);
+        timeMinutes_->setValue(minutes);
+    }
+    timeWanted_->store(minutes);
+    if (timePending_->exchange(true)) return;
+    auto wanted = timeWanted_;
+    auto pending = timePending_;
+    post_([wanted, pending](CoreSide& s) {
+        pending->store(false);
+        s.app->timeSlid(wanted->load());
+    });
+}
+
+void MainWindow::setLowerPanelShown(bool shown) {
+    disclosure_->setArrowType(shown ? Qt::DownArrow : Qt::RightArrow);
+    if (disclosure_->isChecked() != shown) {
+        const QSignalBlocker quiet(disclosure_);
+        disclosure_->setChecked(shown);
+    }
+    lowerPanel_->setVisible(shown);
+}
+
+void MainWindow::setFullScreenView(bool on) {
+    if (on == fullScreen_) return;
+    fullScreen_ = on;
+    fullScreenAction_->setChecked(on);
+    // The map fills the screen; everything else steps aside and comes back
+    // as it was, and tracking never stops.
+    topBar_->setVisible(!on);
+    menuBar()->setVisible(!on);
+    lowerPanel_->setVisible(!on && disclosure_->isChecked());
+    for (QWidget* w : {static_cast<QWidget*>(mapStatus_), static_cast<QWidget*>(figures_),
+                       static_cast<QWidget*>(showTrackList_), static_cast<QWidget*>(disclosure_)})
+        w->setVisible(!on);
+    mapTabs_->tabBar()->setVisible(!on);
+    mapTabs_->setCurrentIndex(0);
+    if (on) {
+        wasMaximized_ = isMaximized();
+        showFullScreen();
+    } else if (wasMaximized_) {
+        showMaximized();
+    } else {
+        showNormal();
+    }
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && fullScreen_) {
+        setFullScreenView(false);
+        return;
+    }
+    QMainWindow::keyPressEvent(event);
+}
+
+void MainWindow::setUpTray() {
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) return;
+    tray_ = new QSystemTrayIcon(windowIcon(), this);
+    tray_->setToolTip("Veloran");
+    auto* menu = new QMenu(this);
+    menu->addAction(tr("Show"), this, &MainWindow::showAgain);
+    menu->addAction(tr("Quit"), qApp, &QApplication::quit);
+    tray_->setContextMenu(menu);
+    connect(tray_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {
+        if (r == QSystemTrayIcon::Trigger) showAgain();
+    });
+    tray_->show();
+}
+
+void MainWindow::showAgain() {
+    show();
+    raise();
+    activateWindow();
+    post_([](CoreSide& s) {
+        if (!s.app->windowOpen()) s.app->openNewWindow();
+    });
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (tray_ == nullptr) {
+        // No tray to bring the window back from: closing quits.
+        event->accept();
+        QApplication::quit();
+        return;
+    }
+    event->ignore();
+    hide();
+    post_([](CoreSide& s) { s.app->windowShouldClose(); });
+}
+
+void MainWindow::setNight(bool on) {
+    ApplyTheme(qApp, on);
+    map_->setNightTheme(on);
+    horizon_->setNightTheme(on);
+    trackList_->setNightTheme(on);
+}
+
+void MainWindow::saveWindowState() {
+    const std::string columns = trackList_->saveColumnLayout().toBase64().toStdString();
+    post_([columns](CoreSide& s) { s.defaults->setString(kTrackListColumnsKey, columns); });
+}
+
+}  // namespace veloran

@@ -1,0 +1,95 @@
+// The main window: the map tabs on top, the satellite and place choosers and
+// the clock above them, the status lines under them, and the collapsible
+// lower panel with the radio/rotor tabs, the track-list/horizon tabs and the
+// time slider. It shows what the core publishes and posts every action.
+#pragma once
+
+#include <QMainWindow>
+#include <atomic>
+#include <memory>
+
+#include "gui/corethread.h"
+
+class QLabel;
+class QComboBox;
+class QTabWidget;
+class QSlider;
+class QSpinBox;
+class QCheckBox;
+class QToolButton;
+class QPushButton;
+class QMenu;
+class QActionGroup;
+class QSystemTrayIcon;
+
+namespace veloran {
+
+class UiBridge;
+struct WindowPrefs;
+class PlaceSheet;
+class MapWidget;
+class HorizonWidget;
+class TrackListWidget;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+  public:
+    MainWindow(UiBridge* bridge, CorePost post, QWidget* parent = nullptr);
+
+    // Where the desktop has a tray, closing hides the window and tracking
+    // goes on; without one, closing quits.
+    void setUpTray();
+    bool hasTray() const { return tray_ != nullptr; }
+
+    void setFullScreenView(bool on);
+    bool fullScreenView() const { return fullScreen_; }
+    void setLowerPanelShown(bool shown);
+    // Brings the window back (tray, Window menu, a second start).
+    void showAgain();
+    // Hands the window's own state (the table's column layout) to the core
+    // to be saved with the settings; call before stopping the core.
+    void saveWindowState();
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    QWidget* buildTopBar();
+    QWidget* buildMapArea();
+    QWidget* buildLowerPanel();
+    QWidget* buildTimeBar();
+    void buildMenus();
+    void connectBridge();
+    void applyWindowPrefs(const WindowPrefs& prefs);
+    void slideTime(int minutes);
+    void setNight(bool on);
+
+    UiBridge* bridge_;
+    CorePost post_;
+    QComboBox *satellites_, *locations_;
+    QLabel *latitude_, *longitude_, *clock_, *version_, *mapStatus_, *figures_, *kepsDate_;
+    QLabel* message_;
+    QTabWidget *mapTabs_, *listTabs_, *radioTabs_;
+    QToolButton* disclosure_;
+    QCheckBox *showTrackList_, *debug_, *speech_;
+    MapWidget* map_;
+    HorizonWidget* horizon_;
+    TrackListWidget* trackList_;
+    QSlider* timeSlider_;
+    QSpinBox* timeMinutes_;
+    QWidget *topBar_, *lowerPanel_, *statusBlock_;
+    PlaceSheet* placeSheet_;
+    QMenu* radioMenu_;
+    QActionGroup* radioGroup_;
+    QAction *fullScreenAction_, *nightAction_, *windowAction_;
+    QSystemTrayIcon* tray_ = nullptr;
+    bool fullScreen_ = false;
+    bool wasMaximized_ = false;
+    // The time slider posts at most one tick at a time; the tick reads the
+    // newest position when it runs.
+    std::shared_ptr<std::atomic<int>> timeWanted_;
+    std::shared_ptr<std::atomic<bool>> timePending_;
+};
+
+}  // namespace veloran

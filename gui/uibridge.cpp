@@ -1,0 +1,234 @@
+// The core thread's side of the window: outlet calls become queued signals.
+
+#include "gui/uibridge.h"
+
+#include <cstdio>
+#include <memory>
+
+#include "app/appcontroller.h"
+
+namespace veloran {
+
+namespace {
+
+QString Q(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+}  // namespace
+
+void RegisterBridgeTypes() {
+    qRegisterMetaType<WindowSettings>();
+    qRegisterMetaType<WindowPrefs>();
+    qRegisterMetaType<std::shared_ptr<const DisplayList>>();
+    qRegisterMetaType<std::vector<SatelliteSlot>>();
+    qRegisterMetaType<std::vector<RowColour>>();
+}
+
+UiBridge::UiBridge(QObject* parent) : QObject(parent) {}
+
+void UiBridge::removeAllSatelliteItems() {
+    emit satelliteItemsCleared();
+}
+void UiBridge::addSatelliteItem(const std::string& name) {
+    emit satelliteItemAdded(Q(name));
+}
+void UiBridge::setKepsDateText(const std::string& text) {
+    emit kepsDateChanged(Q(text));
+}
+void UiBridge::alert(const std::string& title, const std::string& message,
+                     const std::string& button) {
+    emit alertRequested(Q(title), Q(message), Q(button));
+}
+void UiBridge::beep() {
+    emit beepRequested();
+}
+
+void UiBridge::removeAllChannelItems() {
+    controls_.channelCount = 0;
+    controls_.selectedChannel = 0;
+    emit channelItemsCleared();
+}
+void UiBridge::addChannelItem(const std::string& name) {
+    ++controls_.channelCount;
+    emit channelItemAdded(Q(name));
+}
+int UiBridge::channelItemCount() const {
+    return controls_.channelCount;
+}
+void UiBridge::selectChannelItem(int index) {
+    if (index < 0 || index >= controls_.channelCount) return;
+    controls_.selectedChannel = index;
+    emit channelItemSelected(index);
+}
+int UiBridge::selectedChannelIndex() const {
+    return controls_.selectedChannel;
+}
+void UiBridge::setVfoSlider(double value) {
+    controls_.vfoSlider = value;
+    emit vfoSliderReset(value);
+}
+
+void UiBridge::removeAllLocationItems() {
+    controls_.selectedLocation = -1;
+    emit locationItemsCleared();
+}
+void UiBridge::addLocationItem(const std::string& name) {
+    emit locationItemAdded(Q(name));
+}
+int UiBridge::selectedLocationIndex() const {
+    return controls_.selectedLocation;
+}
+void UiBridge::showLocation(const std::string& name, const std::string& latitude,
+                            const std::string& longitude) {
+    emit locationShown(Q(name), Q(latitude), Q(longitude));
+}
+void UiBridge::readLocationSheet(std::string* city, std::string* state, std::string* country,
+                                 std::string* latitude, std::string* longitude) const {
+    if (city) *city = controls_.city;
+    if (state) *state = controls_.state;
+    if (country) *country = controls_.country;
+    if (latitude) *latitude = controls_.latitude;
+    if (longitude) *longitude = controls_.longitude;
+}
+void UiBridge::closeLocationSheet() {
+    emit locationSheetClosed();
+}
+
+void UiBridge::showSettings(const SiteRec& site) {
+    WindowSettings shown;
+    shown.followSat = site.followSat_enabled != 0;
+    shown.displayTrackList = site.displayTrackList != 0;
+    shown.speech = site.wants_speech != 0;
+    shown.rotorManual = site.rotor_manual != 0;
+    shown.fullDoppler = site.fullDopplerTuning != 0;
+    shown.beacon = site.listenForBeacon != 0;
+    shown.locked = site.vfo_locked != 0;
+    shown.radio = site.radio;
+    shown.radioOn = site.vfo_enabled != 0;
+    shown.rotorOn = site.rotor_enabled != 0;
+    shown.gatewayOn = site.gateway_enabled != 0;
+    shown.locationName = QString::fromUtf8(site.locationName);
+    // As the places combo box shows a chosen place; the site keeps west
+    // positive, the window east positive.
+    char text[32];
+    std::snprintf(text, sizeof text, "%01.4f", site.siteLatDegs);
+    shown.latitude = text;
+    std::snprintf(text, sizeof text, "%01.4f", -site.siteLongDegs);
+    shown.longitude = text;
+    emit settingsShown(shown);
+}
+
+void UiBridge::setClockLine(const std::string& text, bool red) {
+    emit clockLineChanged(Q(text), red);
+}
+void UiBridge::setVersionLine(const std::string& text) {
+    emit versionLineChanged(Q(text));
+}
+void UiBridge::setMapStatus(const std::string& text) {
+    emit mapStatusChanged(Q(text));
+}
+void UiBridge::setTransponderLine(const std::string& text, bool fullDopplerChecked,
+                                  bool fullDopplerEnabled) {
+    emit transponderLineChanged(Q(text), fullDopplerChecked, fullDopplerEnabled);
+}
+void UiBridge::setSatelliteFigures(const std::string& altitude, const std::string& velocity,
+                                   const std::string& maxElevation, const std::string& range) {
+    emit satelliteFiguresChanged(Q(altitude), Q(velocity), Q(maxElevation), Q(range));
+}
+void UiBridge::setFlipLine(const std::string& text) {
+    emit flipLineChanged(Q(text));
+}
+void UiBridge::setRadioPanelTitle(const std::string& text) {
+    emit radioPanelTitleChanged(Q(text));
+}
+void UiBridge::setVfoPanel(const std::string& uplink, const std::string& downlink,
+                           const std::string& uplinkTrim, const std::string& downlinkTrim,
+                           const std::string& uplinkLine, const std::string& downlinkLine) {
+    emit vfoPanelChanged(Q(uplink), Q(downlink), Q(uplinkTrim), Q(downlinkTrim), Q(uplinkLine),
+                         Q(downlinkLine));
+}
+void UiBridge::setTrimSteppers(double uplink, double downlink) {
+    emit trimSteppersChanged(uplink, downlink);
+}
+void UiBridge::setRadioPrefsControls(bool icomAddress, bool sMeter, bool dialTracking) {
+    emit radioPrefsControlsChanged(icomAddress, sMeter, dialTracking);
+}
+void UiBridge::setSerialPortItems(const std::vector<std::string>& names) {
+    QStringList list;
+    for (const std::string& name : names) list << Q(name);
+    emit serialPortItemsChanged(list);
+}
+void UiBridge::setDeviceMessage(const std::string& text) {
+    emit deviceMessageChanged(Q(text));
+}
+void UiBridge::setRadioChecked(bool on) {
+    emit radioCheckedChanged(on);
+}
+void UiBridge::setGatewayChecked(bool on) {
+    emit gatewayCheckedChanged(on);
+}
+void UiBridge::setRotorChecked(bool on) {
+    emit rotorCheckedChanged(on);
+}
+void UiBridge::setSMeter(int level) {
+    emit sMeterChanged(level);
+}
+void UiBridge::setElevationControl(int value) {
+    emit elevationControlChanged(value);
+}
+void UiBridge::setRotorPanel(const std::string& azimuth, const std::string& elevation) {
+    emit rotorPanelChanged(Q(azimuth), Q(elevation));
+}
+void UiBridge::setDebugChecked(bool on) {
+    emit debugCheckedChanged(on);
+}
+void UiBridge::setSpeechChecked(bool on) {
+    emit speechCheckedChanged(on);
+}
+void UiBridge::setZoomButtons(bool zoomInEnabled, bool zoomOutEnabled) {
+    emit zoomButtonsChanged(zoomInEnabled, zoomOutEnabled);
+}
+void UiBridge::zoomMap(int32_t width, double scale) {
+    // The map scales its visible area itself; keep the core's copy in step
+    // so a quit before the next report saves the right rectangle.
+    for (double& v : controls_.mapRect) v *= scale;
+    builder_.zoomMap(width);
+    emit mapZoomed(width, scale);
+}
+bool UiBridge::mapVisibleRect(double* rect4) const {
+    if (!controls_.hasMapRect || rect4 == nullptr) return false;
+    for (int i = 0; i < 4; ++i) rect4[i] = controls_.mapRect[i];
+    return true;
+}
+void UiBridge::showMainWindow(bool shown) {
+    emit mainWindowShown(shown);
+}
+void UiBridge::drawViews(const ViewFrame& frame) {
+    // Only the tabs in front are drawn: the world map (map tab 0) and the
+    // horizon (track-list tab 1); the indices stay fixed as tabs are added.
+    const ShownViews shown{controls_.mapTab == 0, controls_.listTab == 1};
+    const ViewLists lists = builder_.drawViews(frame, shown, clock_.dateTimeUTC());
+    emit viewListsPublished(lists.map, lists.horizon);
+}
+
+void UiBridge::reloadRows(const std::vector<SatelliteSlot>& rows) {
+    std::vector<RowColour> colours;
+    colours.reserve(rows.size());
+    auto sat = std::make_unique<SatRec>();
+    for (const SatelliteSlot& slot : rows) {
+        RowColour colour = RowColour::kBlack;
+        if (app_ != nullptr && app_->GetSatelliteRecordByIndex(slot.index, sat.get()))
+            colour = RowColourFor(*sat, slot.index == app_->selectedSatelliteIndex());
+        colours.push_back(colour);
+    }
+    emit trackRowsChanged(rows, colours);
+}
+void UiBridge::deselectAllRows() {
+    emit trackRowsDeselected();
+}
+void UiBridge::setTrackListChecked(bool on) {
+    emit trackListCheckedChanged(on);
+}
+
+}  // namespace veloran

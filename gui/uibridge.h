@@ -1,0 +1,203 @@
+// The window's outlets as the core thread sees them. The core calls the
+// UserInterface and TrackListUi methods on its own thread; each call becomes
+// a queued signal carrying value copies, so the GUI thread paints them when
+// it is free and the core never waits for a repaint. The getters the core
+// reads (the chosen mode, the chosen place, the add-place sheet, the map's
+// visible area) are answered from CoreControls, a core-side copy that the
+// GUI's actions keep current before they run.
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+#include <vector>
+
+#include "app/interfaces.h"
+#include "app/tracklist.h"
+#include "app/viewbuilder.h"
+
+namespace veloran {
+
+class AppController;
+
+// The controls the core reads, held on the core thread.
+struct CoreControls {
+    int channelCount = 0;
+    int selectedChannel = 0;
+    int selectedLocation = -1;                              // the places combo box, -1 for none
+    std::string city, state, country, latitude, longitude;  // the add-place sheet as typed
+    bool hasMapRect = false;
+    double mapRect[4] = {0, 0, 0, 0};  // x, y, width, height of the map's visible area
+    double vfoSlider = 0;              // where the core believes the tuning slider stands
+    // The tab selections: map/globe, track list/horizon, radio/rotor.
+    int mapTab = 0, listTab = 0, radioTab = 0;
+};
+
+// What the window restores from the settings at start-up, and which items
+// of the radio menu the controller enables.
+struct WindowPrefs {
+    int mapTab = 0, listTab = 0, radioTab = 0;
+    bool night = false;
+    QByteArray trackListColumns;  // the table's saved column layout
+    int timeSliderMinutes = 0;    // --time-offset starts the slider off zero
+    QStringList radioNames;
+    QVector<bool> radioItemEnabled;
+};
+
+// Settings keys of the window's own state.
+constexpr const char* kMapTabKey = "map_tab";
+constexpr const char* kListTabKey = "tracklist_tab";
+constexpr const char* kRadioTabKey = "radio_tab";
+
+// The settings the main window's own controls show.
+struct WindowSettings {
+    bool followSat = false;
+    bool displayTrackList = true;
+    bool speech = false;
+    bool rotorManual = false;
+    bool fullDoppler = false;
+    bool beacon = false;
+    bool locked = false;
+    int radio = 0;
+    bool radioOn = false, rotorOn = false, gatewayOn = false;  // the ports the settings open
+    QString locationName;
+    QString latitude, longitude;  // the site, degrees, north and east positive
+};
+
+class UiBridge : public QObject, public UserInterface, public TrackListUi {
+    Q_OBJECT
+  public:
+    explicit UiBridge(QObject* parent = nullptr);
+
+    // The controller whose records colour the track-list rows; core thread.
+    void setController(const AppController* app) { app_ = app; }
+    CoreControls& controls() { return controls_; }
+    // Builds the map and horizon pictures of each tick; core thread.
+    ViewBuilder& viewBuilder() { return builder_; }
+
+    void removeAllSatelliteItems() override;
+    void addSatelliteItem(const std::string& name) override;
+    void setKepsDateText(const std::string& text) override;
+    void alert(const std::string& title, const std::string& message,
+               const std::string& button) override;
+    void beep() override;
+    void removeAllChannelItems() override;
+    void addChannelItem(const std::string& name) override;
+    int channelItemCount() const override;
+    void selectChannelItem(int index) override;
+    int selectedChannelIndex() const override;
+    void setVfoSlider(double value) override;
+    void removeAllLocationItems() override;
+    void addLocationItem(const std::string& name) override;
+    int selectedLocationIndex() const override;
+    void showLocation(const std::string& name, const std::string& latitude,
+                      const std::string& longitude) override;
+    void readLocationSheet(std::string* city, std::string* state, std::string* country,
+                           std::string* latitude, std::string* longitude) const override;
+    void closeLocationSheet() override;
+    void showSettings(const SiteRec& site) override;
+    void setClockLine(const std::string& text, bool red) override;
+    void setVersionLine(const std::string& text) override;
+    void setMapStatus(const std::string& text) override;
+    void setTransponderLine(const std::string& text, bool fullDopplerChecked,
+                            bool fullDopplerEnabled) override;
+    void setSatelliteFigures(const std::string& altitude, const std::string& velocity,
+                             const std::string& maxElevation, const std::string& range) override;
+    void setFlipLine(const std::string& text) override;
+    void setRadioPanelTitle(const std::string& text) override;
+    void setVfoPanel(const std::string& uplink, const std::string& downlink,
+                     const std::string& uplinkTrim, const std::string& downlinkTrim,
+                     const std::string& uplinkLine, const std::string& downlinkLine) override;
+    void setTrimSteppers(double uplink, double downlink) override;
+    void setRadioPrefsControls(bool icomAddress, bool sMeter, bool dialTracking) override;
+    void setSerialPortItems(const std::vector<std::string>& names) override;
+    void setRadioChecked(bool on) override;
+    void setDeviceMessage(const std::string& text) override;
+    void setGatewayChecked(bool on) override;
+    void setRotorChecked(bool on) override;
+    void setSMeter(int level) override;
+    void setElevationControl(int value) override;
+    void setRotorPanel(const std::string& azimuth, const std::string& elevation) override;
+    void setDebugChecked(bool on) override;
+    void setSpeechChecked(bool on) override;
+    void setZoomButtons(bool zoomInEnabled, bool zoomOutEnabled) override;
+    void zoomMap(int32_t width, double scale) override;
+    bool mapVisibleRect(double* rect4) const override;
+    void showMainWindow(bool shown) override;
+    void drawViews(const ViewFrame& frame) override;
+
+    // TrackListUi
+    void reloadRows(const std::vector<SatelliteSlot>& rows) override;
+    void deselectAllRows() override;
+    void setTrackListChecked(bool on) override;
+
+    // Start-up: the window's stored state (not an outlet of the core).
+    void showWindowPrefs(const WindowPrefs& prefs) { emit windowPrefsShown(prefs); }
+
+  signals:
+    void windowPrefsShown(const veloran::WindowPrefs& prefs);
+    void satelliteItemsCleared();
+    void satelliteItemAdded(const QString& name);
+    void kepsDateChanged(const QString& text);
+    void alertRequested(const QString& title, const QString& message, const QString& button);
+    void beepRequested();
+    void channelItemsCleared();
+    void channelItemAdded(const QString& name);
+    void channelItemSelected(int index);
+    void vfoSliderReset(double value);
+    void locationItemsCleared();
+    void locationItemAdded(const QString& name);
+    void locationShown(const QString& name, const QString& latitude, const QString& longitude);
+    void locationSheetClosed();
+    void settingsShown(const veloran::WindowSettings& settings);
+    void clockLineChanged(const QString& text, bool red);
+    void versionLineChanged(const QString& text);
+    void mapStatusChanged(const QString& text);
+    void deviceMessageChanged(const QString& text);
+    void transponderLineChanged(const QString& text, bool fullDopplerChecked,
+                                bool fullDopplerEnabled);
+    void satelliteFiguresChanged(const QString& altitude, const QString& velocity,
+                                 const QString& maxElevation, const QString& range);
+    void flipLineChanged(const QString& text);
+    void radioPanelTitleChanged(const QString& text);
+    void vfoPanelChanged(const QString& uplink, const QString& downlink, const QString& uplinkTrim,
+                         const QString& downlinkTrim, const QString& uplinkLine,
+                         const QString& downlinkLine);
+    void trimSteppersChanged(double uplink, double downlink);
+    void radioPrefsControlsChanged(bool icomAddress, bool sMeter, bool dialTracking);
+    void serialPortItemsChanged(const QStringList& names);
+    void radioCheckedChanged(bool on);
+    void gatewayCheckedChanged(bool on);
+    void rotorCheckedChanged(bool on);
+    void sMeterChanged(int level);
+    void elevationControlChanged(int value);
+    void rotorPanelChanged(const QString& azimuth, const QString& elevation);
+    void debugCheckedChanged(bool on);
+    void speechCheckedChanged(bool on);
+    void zoomButtonsChanged(bool zoomInEnabled, bool zoomOutEnabled);
+    void mapZoomed(int width, double scale);
+    void mainWindowShown(bool shown);
+    // The tick's pictures; a null list means that view is not showing.
+    void viewListsPublished(std::shared_ptr<const veloran::DisplayList> map,
+                            std::shared_ptr<const veloran::DisplayList> horizon);
+    void trackRowsChanged(std::vector<veloran::SatelliteSlot> rows,
+                          std::vector<veloran::RowColour> colours);
+    void trackRowsDeselected();
+    void trackListCheckedChanged(bool on);
+
+  private:
+    CoreControls controls_;
+    ViewBuilder builder_;
+    SystemClock clock_;  // the Sun and the night follow the wall clock
+    const AppController* app_ = nullptr;
+};
+
+// Makes the value types above travel through queued connections.
+void RegisterBridgeTypes();
+
+}  // namespace veloran
+
+Q_DECLARE_METATYPE(veloran::WindowSettings)
+Q_DECLARE_METATYPE(veloran::WindowPrefs)
