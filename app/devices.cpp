@@ -9,8 +9,10 @@
 
 #include "app/appcontroller.h"
 #include "radio/drivers.h"
+#include "radio/hamlibradio.h"
 #include "radio/portswitch.h"
 #include "radio/tuning.h"
+#include "rotor/hamlibrotor.h"
 #include "rotor/rotor.h"
 #include "rotor/steering.h"
 #include "serial/serial.h"
@@ -67,7 +69,12 @@ void AppController::sayDevice(int device, const std::string& text) {
 
 void AppController::deviceLost(int device, int error) {
     int& fd = deviceFd(device);
-    closeSerialPort(fd, mSite.debug != 0);
+    if (IsHamlibRadio(fd))
+        CloseHamlibRadio(fd);
+    else if (IsHamlibRotor(fd))
+        CloseHamlibRotor(fd);
+    else
+        closeSerialPort(fd, mSite.debug != 0);
     fd = -1;
     UserInterface* ui = services_.ui;
     if (device == kRadioDevice) {

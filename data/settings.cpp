@@ -71,6 +71,10 @@ void VisitPrefs(Visitor& v, SiteRec* s, ViewPrefs* p) {
     v.boolean("qshowGroundTrack", &s->showGroundTrack);
     v.boolean("qshowOrbitalPlane", &s->showOrbitalPlane);
     v.boolean("qshowCityLights", &s->cityLights);
+    // Ours, after the classic keys: Hamlib models and the FM retune threshold.
+    v.integer(prefkeys::kHamlibRadioModel, &s->hamlibRadioModel);
+    v.integer(prefkeys::kHamlibRotorModel, &s->hamlibRotorModel);
+    v.integer(prefkeys::kFmRetuneHz, &s->fmRetuneHz);
 }
 
 struct KeyLister {
@@ -207,6 +211,9 @@ void SetSiteDefaults(SiteRec* site) {
     site->displayTrackList = 1;
     site->deadSpotState = 1;
     site->s_meter_enabled = 0;
+    site->fmRetuneHz = 500;      // far inside an FM channel; FM receivers click on every retune
+    site->hamlibRadioModel = 1;  // Hamlib's dummy rig until one is chosen
+    site->hamlibRotorModel = 1;
     std::snprintf(site->siteName, sizeof site->siteName, "Quillfern");
     site->locationName[0] = '\0';
     // A zeroed descriptor would be standard input; closed is -1.

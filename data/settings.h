@@ -55,6 +55,12 @@ constexpr const char* kRotorPortPath = "rotorPortPath";
 constexpr const char* kGatewayPortPath = "gatewayPortPath";
 // Whether a device that went away is opened again by itself (default on).
 constexpr const char* kReopenDevices = "reopenDevices";
+// A Hamlib rig or rotator model number, used when the radio or rotor is the
+// Hamlib entry of its table.
+constexpr const char* kHamlibRadioModel = "hamlibRadioModel";
+constexpr const char* kHamlibRotorModel = "hamlibRotorModel";
+// On FM, how far (Hz) the computed frequency must move before it is sent.
+constexpr const char* kFmRetuneHz = "fmRetuneHz";
 }  // namespace prefkeys
 
 // Settings that live in the controller and the controls rather than in the

@@ -67,6 +67,10 @@ struct SiteRec {
     Bool32 displayMapLabels;
     int16_t maxRezTex, cameraPOV;
     Point3F sitePosition;  // the site as a point of the 3D scene (unit sphere)
+    int32_t hamlibRadioModel, hamlibRotorModel;  // Hamlib model numbers, used when radio or rotor
+                                                 // is the Hamlib entry
+    int32_t
+        fmRetuneHz;  // FM transponders: retune only after a move of more than this, Hz; 0 always
 };
 
 }  // namespace veloran

@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "radio/aor.h"
+#include "radio/hamlibradio.h"
 #include "radio/icom.h"
 #include "radio/kenwood.h"
 #include "radio/pcr1000.h"
@@ -69,6 +70,7 @@ const RadioDriver kRadios[kRadioCount] = {
 }  // namespace
 
 const RadioDriver* RadioDriverFor(int index) {
+    if (index == kHamlibRadio) return HamlibRadioDriver();
     if (index < 0 || index >= kRadioCount) return nullptr;
     return &kRadios[index];
 }

@@ -40,7 +40,8 @@ struct RadioDriver {
 };
 
 constexpr int kRadioCount = 17;
-// The row for radio index `index`, or null outside 0..16.
+// The row for radio index `index`, or null outside 0..16 and the Hamlib
+// index (kHamlibRadio, radio/hamlibradio.h).
 const RadioDriver* RadioDriverFor(int index);
 
 // MHz as the wire takes it: 1000 MHz and more in tenths (microwave bands are

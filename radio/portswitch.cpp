@@ -4,14 +4,41 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <string>
 
 #include "data/settings.h"
+#include "radio/hamlibradio.h"
 #include "radio/tuning.h"
 #include "serial/serial.h"
 
 namespace veloran {
 
 namespace {
+
+// Closes whatever the radio descriptor stands for: a serial port or a
+// Hamlib connection.
+void closeRadio(SiteRec* site, bool debug) {
+    if (IsHamlibRadio(site->radioPortFileDescriptor))
+        CloseHamlibRadio(site->radioPortFileDescriptor);
+    else
+        closeSerialPort(site->radioPortFileDescriptor, debug);
+    site->radioPortFileDescriptor = -1;
+}
+
+int openRadio(SiteRec* site, const char* path, bool debug) {
+    if (site->radio != kHamlibRadio)
+        return openSerialPort(path, site->radioBaud, site->radio, debug);
+    const int baud = site->radioBaud >= 0 && site->radioBaud < kBaudTableSize
+                         ? kBaudTable[site->radioBaud].bitsPerSecond
+                         : 0;
+    std::string why;
+    const int fd = OpenHamlibRadio(site->hamlibRadioModel, path, baud, debug, &why);
+    // A radio Hamlib cannot reach is worth a line whether or not debug is on.
+    if (fd == -1)
+        std::fprintf(stderr, "radio Hamlib model %d on %s: %s\n", site->hamlibRadioModel, path,
+                     why.c_str());
+    return fd;
+}
 
 const PortNameRecord* portAt(const PortNameRecord* ports, int index) {
     if (!ports || index < 0 || index >= kMaxSerialPorts || ports[index].bsdPath[0] == 0)
@@ -31,14 +58,12 @@ int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
     int open = 0;
     if (!checked) {
         stopRadioDriver(site);
-        closeSerialPort(site->radioPortFileDescriptor, debug);
+        closeRadio(site, debug);
         site->vfo_enabled = 0;
-        site->radioPortFileDescriptor = -1;
     } else {
         if (site->radioPortFileDescriptor != -1) {
             stopRadioDriver(site);
-            closeSerialPort(site->radioPortFileDescriptor, debug);
-            site->radioPortFileDescriptor = -1;
+            closeRadio(site, debug);
         }
         const PortNameRecord* port = portAt(ports, site->radioPort);
         if (!port) {
@@ -48,8 +73,7 @@ int switchRadioPort(SiteRec* site, bool checked, const PortNameRecord* ports,
             site->radioPortFileDescriptor = -1;
             if (ui) ui->setRadioChecked(false);
         } else {
-            site->radioPortFileDescriptor =
-                openSerialPort(port->bsdPath, site->radioBaud, site->radio, debug);
+            site->radioPortFileDescriptor = openRadio(site, port->bsdPath, debug);
             if (site->radioPortFileDescriptor == -1 && openError) *openError = errno;
             if (site->radioPortFileDescriptor != -1) {
                 if (debug)

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "data/settings.h"
+#include "radio/hamlibradio.h"
 #include "serial/serial.h"
 
 namespace veloran {
@@ -41,6 +42,38 @@ constexpr RadioPrefsControls kPrefsControls[kRadioCount] = {
     {false, false, true},   // TS-50
     {false, true, false},   // AOR receiver
 };
+
+// FM transponder modes, whose receivers click on every retune.
+bool isFmMode(int commMode) {
+    switch (commMode) {
+        case CommMode::REPEATER:
+        case CommMode::J_FM:
+        case CommMode::SIMP_FM:
+        case CommMode::B_FM:
+        case CommMode::WIDE_FM:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The frequencies last handed to the radio, for the FM retune threshold.
+struct FmSent {
+    double up, down;  // MHz
+    int radio;
+    bool valid;
+};
+FmSent gFmSent{0, 0, -1, false};
+
+// True when an FM retune may be left out: the computed frequencies moved by
+// no more than the threshold since the last ones sent to the same radio.
+bool withinFmThreshold(const SiteRec* site, int commMode, double up, double down) {
+    if (site->fmRetuneHz <= 0 || !isFmMode(commMode) || !gFmSent.valid ||
+        gFmSent.radio != site->radio)
+        return false;
+    const double limit = site->fmRetuneHz / 1000000.0;
+    return std::fabs(up - gFmSent.up) <= limit && std::fabs(down - gFmSent.down) <= limit;
+}
 
 void storeSwitch(Bool32* field, const char* key, bool on, RadioUi* ui) {
     *field = on ? 1 : 0;
@@ -120,10 +153,16 @@ int updateVFO(VFORec* vfo, SiteRec* site, SatRec* mainSat, const SatRec* bpSat, 
         force = true;
     }
     if (!mode) return 1;
+    if (!force && withinFmThreshold(site, mode->commMode, vfo->up, vfo->down)) return 1;
     if (SetVFO(site->radio, site->radioPortFileDescriptor, site->icomAddress, vfo->up, vfo->down,
                mode->commMode, mode->gTone, mode->gCTone, force, site->debug != 0)) {
+        gFmSent = {vfo->up, vfo->down, site->radio, true};
         return 1;
     }
+    gFmSent.valid = false;
+    if (IsHamlibRadio(site->radioPortFileDescriptor))
+        std::fprintf(stderr, "radio Hamlib model %d: %s\n", site->hamlibRadioModel,
+                     HamlibRadioError(site->radioPortFileDescriptor).c_str());
     if (ui) ui->beep();
     site->vfo_enabled = 0;
     if (ui) ui->setRadioChecked(false);
@@ -226,6 +265,7 @@ void setVfoLocked(SiteRec* site, bool on, RadioUi* ui) {
 }
 
 RadioPrefsControls radioPrefsControls(int radio) {
+    if (radio == kHamlibRadio) return {false, true, true};
     if (radio < 0 || radio >= kRadioCount) return {false, false, false};
     return kPrefsControls[radio];
 }

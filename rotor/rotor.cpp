@@ -7,6 +7,7 @@
 #include <climits>
 #include <cmath>
 
+#include "rotor/hamlibrotor.h"
 #include "rotor/protocols.h"
 #include "serial/serial.h"
 
@@ -49,7 +50,12 @@ const RotorRow kRotors[kRotorCount] = {
     {"PT", true, false, AzElPT, nullptr, nullptr, nullptr, nullptr},
 };
 
+// Any Hamlib rotator; Hamlib knows which of them turn in elevation.
+const RotorRow kHamlibRow = {
+    "Hamlib", true, false, HamlibRotorPosition, nullptr, HamlibRotorReadBack, nullptr, nullptr};
+
 const RotorRow* rowFor(int index) {
+    if (index == kHamlibRotor) return &kHamlibRow;
     return (index >= 0 && index < kRotorCount) ? &kRotors[index] : nullptr;
 }
 

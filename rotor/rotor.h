@@ -25,7 +25,7 @@ enum RotorIndex : int {
 constexpr int kRotorCount = 12;
 
 // The name shown for rotor `index` in the preferences pop-up; null outside
-// 0..11.
+// 0..11 and the Hamlib index (kHamlibRotor, rotor/hamlibrotor.h).
 const char* rotorName(int index);
 
 // False for the azimuth-only controllers (7 and 9), true for every other

@@ -7,8 +7,10 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "data/settings.h"
+#include "rotor/hamlibrotor.h"
 #include "rotor/rotor.h"
 #include "serial/serial.h"
 
@@ -99,6 +101,30 @@ void moveRotorByHand(SiteRec* site, bool manual, int azimuthControl, int elevati
     }
 }
 
+// Closes whatever the rotor descriptor stands for: a serial port or a Hamlib
+// connection.
+void closeRotor(SiteRec* site, bool debug) {
+    if (IsHamlibRotor(site->rotorPortFileDescriptor))
+        CloseHamlibRotor(site->rotorPortFileDescriptor);
+    else
+        closeSerialPort(site->rotorPortFileDescriptor, debug);
+    site->rotorPortFileDescriptor = -1;
+}
+
+int openRotor(SiteRec* site, const char* path, bool debug) {
+    if (site->rotor != kHamlibRotor)
+        return openSerialPort(path, site->rotorBaud, site->radio, debug);
+    const int baud = site->rotorBaud >= 0 && site->rotorBaud < kBaudTableSize
+                         ? kBaudTable[site->rotorBaud].bitsPerSecond
+                         : 0;
+    std::string why;
+    const int fd = OpenHamlibRotor(site->hamlibRotorModel, path, baud, debug, &why);
+    if (fd == -1)
+        std::fprintf(stderr, "rotor Hamlib model %d on %s: %s\n", site->hamlibRotorModel, path,
+                     why.c_str());
+    return fd;
+}
+
 int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, RotorUi* ui,
                     int* openError) {
     if (openError) *openError = 0;
@@ -108,14 +134,12 @@ int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, Ro
     int open = 0;
     if (!checked) {
         stopRotorDriver(site->rotor, site->rotorPortFileDescriptor, debug);
-        closeSerialPort(site->rotorPortFileDescriptor, debug);
+        closeRotor(site, debug);
         site->rotor_enabled = 0;
-        site->rotorPortFileDescriptor = -1;
     } else {
         if (site->rotorPortFileDescriptor != -1) {
             stopRotorDriver(site->rotor, site->rotorPortFileDescriptor, debug);
-            closeSerialPort(site->rotorPortFileDescriptor, debug);
-            site->rotorPortFileDescriptor = -1;
+            closeRotor(site, debug);
         }
         const PortNameRecord* port = portAt(ports, site->rotorPort);
         if (!port) {
@@ -125,8 +149,7 @@ int switchRotorPort(SiteRec* site, bool checked, const PortNameRecord* ports, Ro
             site->rotorPortFileDescriptor = -1;
             if (ui) ui->setRotorChecked(false);
         } else {
-            site->rotorPortFileDescriptor =
-                openSerialPort(port->bsdPath, site->rotorBaud, site->radio, debug);
+            site->rotorPortFileDescriptor = openRotor(site, port->bsdPath, debug);
             if (site->rotorPortFileDescriptor == -1 && openError) *openError = errno;
             if (site->rotorPortFileDescriptor != -1) {
                 if (debug) std::fprintf(stderr, "Serial port %s open.\n", port->userName);

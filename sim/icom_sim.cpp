@@ -146,6 +146,13 @@ void IcomSimulator::handleFrame(const std::vector<uint8_t>& frame, std::vector<u
             reply->push_back(kEnd);
             return;
         }
+        case 0x04: {  // read the operating mode (and its filter)
+            header(address_, 0x04, reply);
+            reply->push_back(band().vfo[band().current].mode);
+            reply->push_back(0x01);
+            reply->push_back(kEnd);
+            return;
+        }
         case 0x05:
             if (n != 5) {
                 ok = false;
@@ -210,6 +217,15 @@ void IcomSimulator::handleFrame(const std::vector<uint8_t>& frame, std::vector<u
                 ok = false;
             break;
         case 0x1A:
+            if (t.satellite && n == 1 && (data[0] == 0x07 || data[0] == 0x09)) {
+                // Reading a switch: the radio answers with its state.
+                header(address_, 0x1A, reply);
+                reply->push_back(data[0]);
+                reply->push_back((data[0] == 0x07 ? state_.satelliteMode : state_.subBandOn) ? 1
+                                                                                             : 0);
+                reply->push_back(kEnd);
+                return;
+            }
             if (!t.satellite || n != 2 || data[1] > 1) {
                 ok = false;
                 break;

@@ -29,6 +29,8 @@
 #include "platform/qtspeech.h"
 #include "platform/qtuserdefaults.h"
 #include "radio/drivers.h"
+#include "radio/hamlibradio.h"
+#include "rotor/hamlibrotor.h"
 #include "rotor/rotor.h"
 #include "station/options.h"
 
@@ -156,6 +158,10 @@ int Station::start(std::string* error) {
             prefkeys::kGatewayEnabled);
     if (options_.radio >= 0) p.defaults.override(prefkeys::kRadio, std::to_string(options_.radio));
     if (options_.rotor >= 0) p.defaults.override(prefkeys::kRotor, std::to_string(options_.rotor));
+    if (options_.hamlibRadioModel >= 0)
+        p.defaults.override(prefkeys::kHamlibRadioModel, std::to_string(options_.hamlibRadioModel));
+    if (options_.hamlibRotorModel >= 0)
+        p.defaults.override(prefkeys::kHamlibRotorModel, std::to_string(options_.hamlibRotorModel));
     if (options_.hasTrack) {
         std::string list;
         for (const std::string& n : options_.track) list += n + " ";
@@ -301,10 +307,12 @@ std::string StationSummary(Station& station) {
     const RadioDriver* radio = RadioDriverFor(site.radio);
     line += "; radio ";
     line += radio != nullptr && radio->model != nullptr ? radio->model : "none";
+    if (site.radio == kHamlibRadio) line += " model " + std::to_string(site.hamlibRadioModel);
     line += site.vfo_enabled ? " on " + portName(site.radioPort) : std::string(" off");
     const char* rotor = rotorName(site.rotor);
     line += "; rotor ";
     line += rotor != nullptr ? rotor : "none";
+    if (site.rotor == kHamlibRotor) line += " model " + std::to_string(site.hamlibRotorModel);
     line += site.rotor_enabled ? " on " + portName(site.rotorPort) : std::string(" off");
     line += site.gateway_enabled ? "; gateway on " + portName(site.gatewayPort)
                                  : std::string("; gateway off");

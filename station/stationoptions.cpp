@@ -7,6 +7,8 @@
 #include <cstdlib>
 
 #include "radio/drivers.h"
+#include "radio/hamlibradio.h"
+#include "rotor/hamlibrotor.h"
 #include "rotor/rotor.h"
 #include "serial/serial.h"
 #include "station/options.h"
@@ -57,10 +59,12 @@ void PrintHelp(const char* usage) {
         "  --track NAME,NAME,...              the track list;  --auto  pick from it by AOS and "
         "priority\n"
         "  --radio INDEX --radio-port PATH    the radio (see --list-radios) and its port\n"
+        "  --radio hamlib:MODEL --radio-port PATH|HOST:PORT   a radio through Hamlib\n"
         "  --baud BPS  --icom-address ADDR    the radio's speed, and a CI-V address (0x60 or "
         "96)\n"
         "  --rotor INDEX --rotor-port PATH    the rotor controller (see --list-rotors) and its "
         "port\n"
+        "  --rotor hamlib:MODEL --rotor-port PATH|HOST:PORT   a rotator through Hamlib\n"
         "  --rotor-baud BPS                   the rotor controller's speed\n"
         "  --gateway-port PATH                the gateway board's port\n"
         "  --keps-update-hours N              fetch current element sets every N hours (off "
@@ -77,11 +81,35 @@ void ListRadios() {
         if (row != nullptr && row->model != nullptr && row->model[0] != '\0')
             std::printf("%2d  %s\n", i, row->model);
     }
+    for (const HamlibModel& m : HamlibRadioModels())
+        std::printf("hamlib:%d  %s %s\n", m.number, m.maker.c_str(), m.model.c_str());
 }
 
 void ListRotors() {
     for (int i = 0; i < kRotorCount; ++i)
         if (rotorName(i) != nullptr) std::printf("%2d  %s\n", i, rotorName(i));
+    for (const HamlibRotorModel& m : HamlibRotorModels())
+        std::printf("hamlib:%d  %s %s\n", m.number, m.maker.c_str(), m.model.c_str());
+}
+
+// "hamlib:MODEL" picks Hamlib's model MODEL: *index becomes the Hamlib entry.
+// 1 when the option holds such a choice, 0 when it holds an index, -1 after
+// a mistake (said).
+int ParseHamlibChoice(const Arguments& args, const char* name, int hamlibIndex, int* index,
+                      int* model) {
+    const std::string text = args.value(name);
+    if (text.rfind("hamlib:", 0) != 0) return 0;
+    const std::string number = text.substr(7);
+    char* end = nullptr;
+    const long value = number.empty() ? -1 : std::strtol(number.c_str(), &end, 10);
+    if (number.empty() || *end != '\0' || value < 1 || value > 999999) {
+        Fail(std::string(name) +
+             " wants hamlib: and a Hamlib model number, such as hamlib:2, not '" + text + "'");
+        return -1;
+    }
+    *index = hamlibIndex;
+    *model = static_cast<int>(value);
+    return 1;
 }
 
 // An index option within 0..count-1; `list` names the option that lists them.
@@ -176,10 +204,17 @@ int ParseStationOptions(const char* usage, int argc, char** argv, uint32_t now,
     }
     if (!args.positional.empty()) return Fail("the station takes no file: " + args.positional[0]);
     double offset = 0, hours = 0;
+    const int radioChoice =
+        ParseHamlibChoice(args, "--radio", kHamlibRadio, &out->radio, &out->hamlibRadioModel);
+    const int rotorChoice =
+        ParseHamlibChoice(args, "--rotor", kHamlibRotor, &out->rotor, &out->hamlibRotorModel);
+    if (radioChoice < 0 || rotorChoice < 0) return kUsageError;
     if (!ParseNumber(args, "--time-offset", 0, &offset) ||
         !ParseNumber(args, "--keps-update-hours", 0, &hours) ||
-        !ParseIndex(args, "--radio", kRadioCount, "--list-radios", &out->radio) ||
-        !ParseIndex(args, "--rotor", kRotorCount, "--list-rotors", &out->rotor) ||
+        (radioChoice == 0 &&
+         !ParseIndex(args, "--radio", kRadioCount, "--list-radios", &out->radio)) ||
+        (rotorChoice == 0 &&
+         !ParseIndex(args, "--rotor", kRotorCount, "--list-rotors", &out->rotor)) ||
         !ParseBaud(args, "--baud", &out->radioBaud) ||
         !ParseBaud(args, "--rotor-baud", &out->rotorBaud) ||
         !ParseIcomAddress(args, &out->icomAddress))

@@ -19,10 +19,12 @@ struct StationOptions {
     std::vector<std::string> track;  // --track NAME,NAME,...
     bool autoSelect = false;         // --auto: pick from the track list
     int radio = -1;                  // --radio: driver index, -1 for the saved one
+    int hamlibRadioModel = -1;       // --radio hamlib:MODEL: Hamlib's model number, -1 none
     std::string radioPort;           // --radio-port: device path, empty for the saved port
     int radioBaud = -1;              // --baud, as an index of the baud table; -1 saved
     int icomAddress = -1;            // --icom-address, 0..255; -1 saved
     int rotor = -1;                  // --rotor
+    int hamlibRotorModel = -1;       // --rotor hamlib:MODEL
     std::string rotorPort;           // --rotor-port
     int rotorBaud = -1;              // --rotor-baud, as a baud-table index
     std::string gatewayPort;         // --gateway-port

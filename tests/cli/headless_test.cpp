@@ -118,6 +118,7 @@ TEST(Headless, MistakesAreRefusedNamingTheChoices) {
         {{"--frobnicate"}, "veloran: unknown option --frobnicate"},
         {{"--radio", "17"}, "from 0 to 16 (--list-radios"},
         {{"--rotor", "-1"}, "from 0 to 11 (--list-rotors"},
+        {{"--radio", "hamlib:IC9700"}, "--radio wants hamlib: and a Hamlib model number"},
         {{"--baud", "1234"}, "one of 300, 600,"},
         {{"--icom-address", "0x100"}, "0x00 to 0xFF"},
         {{"--site", "95,0"}, "latitude must lie within"},
@@ -139,8 +140,11 @@ TEST(Headless, MistakesAreRefusedNamingTheChoices) {
 
 TEST(Headless, ListsTheModelIndices) {
     Child station({VELORAN, "--headless", "--list-radios", "--list-rotors"});
-    station.waitFor("11  PT", 1, 30);
+    station.waitFor("GS-232B azimuth", 1, 30);
     EXPECT_EQ(station.quit(0), 0);
+    // Hamlib's models follow the built-in ones, by number, maker and model.
+    EXPECT_NE(station.text.find("hamlib:3081  Icom IC-9700\n"), std::string::npos);
+    EXPECT_NE(station.text.find("hamlib:603  Yaesu GS-232B\n"), std::string::npos);
     EXPECT_NE(station.text.find(" 7  IC-910\n"), std::string::npos) << station.text;
     EXPECT_NE(station.text.find(" 0  Yaesu GS-232\n"), std::string::npos) << station.text;
 }

@@ -154,7 +154,10 @@ TEST(Prefs, WrittenInTheirOrder) {
                                                "qshowSkyTrack",
                                                "qshowGroundTrack",
                                                "qshowOrbitalPlane",
-                                               "qshowCityLights"};
+                                               "qshowCityLights",
+                                               "hamlibRadioModel",
+                                               "hamlibRotorModel",
+                                               "fmRetuneHz"};
     EXPECT_EQ(PrefKeys(), expected);
     SiteRec site;
     ViewPrefs view;

@@ -37,6 +37,7 @@ TEST(Unplugged, RadioLostMidPassIsSwitchedOffWhileTrackingGoesOn) {
         s->radioPort = port;
         s->radioBaud = 5;
         s->commandDelay = 0;
+        s->fmRetuneHz = 0;  // every change goes out, so the lost radio is met at once
     });
     station.app->openCloseRadio(true);
     ASSERT_EQ(station.site().vfo_enabled, 1);

@@ -175,7 +175,8 @@ TEST(RadioTable, SeventeenRowsWithNamesAndTheYaesuDriversInPlace) {
         EXPECT_NE(RadioDriverFor(i)->model, nullptr);
     }
     EXPECT_EQ(RadioDriverFor(-1), nullptr);
-    EXPECT_EQ(RadioDriverFor(17), nullptr);
+    EXPECT_STREQ(RadioDriverFor(17)->model, "Hamlib");  // any Hamlib rig, after the table
+    EXPECT_EQ(RadioDriverFor(18), nullptr);
     EXPECT_STREQ(RadioDriverFor(1)->model, "FT-847");
     EXPECT_STREQ(RadioDriverFor(13)->model, "TS-790");
     for (int i = 0; i <= 4; ++i) EXPECT_NE(RadioDriverFor(i)->setFrequencies, nullptr) << i;
