@@ -30,6 +30,7 @@ class PlaceSheet;
 class MapWidget;
 class HorizonWidget;
 class TrackListWidget;
+class GlobeTab;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -74,6 +75,7 @@ class MainWindow : public QMainWindow {
     QToolButton* disclosure_;
     QCheckBox *showTrackList_, *debug_, *speech_;
     MapWidget* map_;
+    GlobeTab* globeTab_;
     HorizonWidget* horizon_;
     TrackListWidget* trackList_;
     QSlider* timeSlider_;

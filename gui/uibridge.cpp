@@ -25,7 +25,8 @@ void RegisterBridgeTypes() {
     qRegisterMetaType<std::vector<RowColour>>();
 }
 
-UiBridge::UiBridge(QObject* parent) : QObject(parent) {}
+UiBridge::UiBridge(QObject* parent)
+    : QObject(parent), globe_(std::make_shared<GlobeSceneExchange>()) {}
 
 void UiBridge::removeAllSatelliteItems() {
     emit satelliteItemsCleared();
@@ -207,6 +208,26 @@ void UiBridge::drawViews(const ViewFrame& frame) {
     const ShownViews shown{controls_.mapTab == 0, controls_.listTab == 1};
     const ViewLists lists = builder_.drawViews(frame, shown, clock_.dateTimeUTC());
     emit viewListsPublished(lists.map, lists.horizon);
+    if (controls_.mapTab == 1) drawGlobe(frame);
+}
+
+void UiBridge::drawGlobe(const ViewFrame& frame) {
+    if (controls_.mapTab != 1) return;
+    GlobeInput in;
+    in.epoch = frame.epoch;
+    in.sats = frame.sats;
+    in.totalSats = frame.totalSats;
+    in.mainSatNum = frame.mainSatNum;
+    in.sunNum = frame.sunNum;
+    in.moonNum = frame.moonNum;
+    in.site = frame.site;
+    in.cityLights = frame.lightPoints;
+    in.cityLightCount = frame.lightPointCount;
+    in.flipped = frame.flipped;
+    in.options = frame.globe;
+    globeBuilder_.build(&in, globe_->back());
+    globe_->publish();
+    emit globeScenePublished();
 }
 
 void UiBridge::reloadRows(const std::vector<SatelliteSlot>& rows) {

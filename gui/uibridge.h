@@ -17,6 +17,7 @@
 #include "app/interfaces.h"
 #include "app/tracklist.h"
 #include "app/viewbuilder.h"
+#include "views/globeexchange.h"
 
 namespace veloran {
 
@@ -126,6 +127,10 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     bool mapVisibleRect(double* rect4) const override;
     void showMainWindow(bool shown) override;
     void drawViews(const ViewFrame& frame) override;
+    void drawGlobe(const ViewFrame& frame) override;
+    // The globe's scenes, built on the core thread while the globe's tab is
+    // in front; any thread may keep the pointer.
+    std::shared_ptr<GlobeSceneExchange> globeExchange() const { return globe_; }
 
     // TrackListUi
     void reloadRows(const std::vector<SatelliteSlot>& rows) override;
@@ -136,6 +141,7 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     void showWindowPrefs(const WindowPrefs& prefs) { emit windowPrefsShown(prefs); }
 
   signals:
+    void globeScenePublished();
     void windowPrefsShown(const veloran::WindowPrefs& prefs);
     void satelliteItemsCleared();
     void satelliteItemAdded(const QString& name);
@@ -190,6 +196,8 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi {
     ViewBuilder builder_;
     SystemClock clock_;  // the Sun and the night follow the wall clock
     const AppController* app_ = nullptr;
+    std::shared_ptr<GlobeSceneExchange> globe_;
+    GlobeSceneBuilder globeBuilder_;
 };
 
 // Makes the value types above travel through queued connections.
