@@ -203,14 +203,12 @@ void GlobeWidget::initializeGL() {
     // new context: everything is made again here.
     glReady_ = false;
     initializeOpenGLFunctions();
-    connect(
-        context(), &QOpenGLContext::aboutToBeDestroyed, this,
-        [this] {
-            makeCurrent();
-            releaseGl();
-            doneCurrent();
-        },
-        Qt::UniqueConnection);
+    // Each new context gets its own connection; an old one is gone with it.
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
+        makeCurrent();
+        releaseGl();
+        doneCurrent();
+    });
     earthProgram_ = new QOpenGLShaderProgram;
     earthProgram_->addShaderFromSourceCode(QOpenGLShader::Vertex, kEarthVertex);
     earthProgram_->addShaderFromSourceCode(QOpenGLShader::Fragment, kEarthFragment);
