@@ -127,6 +127,7 @@ GlobeWidget::GlobeWidget(std::shared_ptr<GlobeSceneExchange> exchange, QWidget* 
 }
 
 GlobeWidget::~GlobeWidget() {
+    QObject::disconnect(contextGone_);
     if (glReady_ && context() != nullptr) {
         makeCurrent();
         releaseGl();
@@ -203,8 +204,10 @@ void GlobeWidget::initializeGL() {
     // new context: everything is made again here.
     glReady_ = false;
     initializeOpenGLFunctions();
-    // Each new context gets its own connection; an old one is gone with it.
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
+    // Each new context gets its own connection; the destructor cuts it
+    // before QOpenGLWidget's own destructor destroys the context.
+    QObject::disconnect(contextGone_);
+    contextGone_ = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
         makeCurrent();
         releaseGl();
         doneCurrent();

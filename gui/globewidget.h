@@ -86,6 +86,7 @@ class GlobeWidget : public QOpenGLWidget, protected QOpenGLExtraFunctions {
     QPoint lastDrag_;
     QTimer throbTimer_;
     long frames_ = 0;
+    QMetaObject::Connection contextGone_;
     QMatrix4x4 mvp_;
     QVector3D eye_;
 };
