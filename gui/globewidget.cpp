@@ -23,8 +23,9 @@ namespace {
 constexpr int kSphereColumns = 96, kSphereRows = 48;
 constexpr float kFieldOfViewDegs = 40.0f;
 // Throb steps when more than 4 ticks of 1/60 s have passed: a repaint every
-// 100 ms moves the main satellite's brightness on each time.
-constexpr int kThrobIntervalMs = 100;
+// 200 ms moves the main satellite's brightness on each time, a pulse of
+// about three seconds, while the idle window stays near its CPU budget.
+constexpr int kThrobIntervalMs = 200;
 
 const char* kEarthVertex = R"(#version 330 core
 layout(location = 0) in vec3 position;
