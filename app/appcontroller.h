@@ -214,6 +214,14 @@ class AppController {
     // time slider's minutes).
     uint32_t timeBaseSecs() const { return mTimeBaseSecs; }
 
+    // --- The globe (globe.cpp) ---
+    // A display option of the globe changed (mapOptionsChanged:,
+    // resolutionChanged:): stores and saves the options, then draws one
+    // globe frame at once.
+    void globeOptionsChanged(const GlobeOptions& options);
+    // The picture of the tick's instant (mTimeBaseSecs) for the views.
+    ViewFrame viewFrame() const;
+
     // --- Selection (selection.cpp) ---
 
     // Automatic choice from the track list: the earliest AOS among tracked,

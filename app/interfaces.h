@@ -12,6 +12,8 @@
 #include "data/userdefaults.h"
 #include "engine/satrec.h"
 #include "engine/siterec.h"
+#include "engine/vector3.h"
+#include "views/globescene.h"
 
 namespace veloran {
 
@@ -31,6 +33,12 @@ struct ViewFrame {
     int32_t mapFrameWidth = 1024;
     bool hasStoredRect = false;
     double rect[4] = {0, 0, 0, 0};  // x, y, width, height
+    // The globe: the Sun's and the Moon's entries (1-based, 0 for none),
+    // the places' city-light points and the display options.
+    int32_t sunNum = 0, moonNum = 0;
+    const Point3F* lightPoints = nullptr;
+    int32_t lightPointCount = 0;
+    GlobeOptions globe;
 };
 
 // The main window's outlets: pop-ups, text fields, alerts, beeps. Every call
@@ -136,6 +144,8 @@ class UserInterface {
     // frame.flipped) or the globe when theirs does. The first frame also
     // carries the map width and the stored visible rectangle.
     virtual void drawViews(const ViewFrame& /*frame*/) {}
+    // One globe frame now, between ticks: a display option changed.
+    virtual void drawGlobe(const ViewFrame& /*frame*/) {}
 };
 
 // The open and save panels.

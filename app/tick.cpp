@@ -148,18 +148,7 @@ void AppController::mainTimerTasks() {
 
     showStatusTexts();
 
-    ViewFrame frame;
-    frame.epoch = epoch;
-    frame.timeBaseSecs = mTimeBaseSecs;
-    frame.sats = mAllSats.get();
-    frame.totalSats = mTotalSats;
-    frame.mainSatNum = mMainSatNum;
-    frame.site = &mSite;
-    frame.flipped = rotorFlipped(&mSite);
-    frame.firstTick = mFirstTimeMainTimerTask;
-    frame.mapFrameWidth = m2DMapFrameWidth;
-    frame.hasStoredRect = mViewPrefs.hasVisibleRect;
-    for (int i = 0; i < 4; ++i) frame.rect[i] = mViewPrefs.visibleRect[i];
+    ViewFrame frame = viewFrame();
     ui->drawViews(frame);
 
     if (mFirstTimeMainTimerTask) {

@@ -38,6 +38,7 @@
 #include "app/tracklist.h"
 #include "data/settings.h"
 #include "engine/units.h"
+#include "gui/globetab.h"
 #include "gui/horizonwidget.h"
 #include "gui/logbooklink.h"
 #include "gui/logbookwindow.h"
@@ -228,6 +229,9 @@ QWidget* MainWindow::buildMapArea() {
     mapTabs_->setObjectName("mapTabs");
     map_ = new MapWidget;
     mapTabs_->addTab(map_, tr("World Map"));
+    globeTab_ = new GlobeTab(bridge_->globeExchange(), post_);
+    mapTabs_->addTab(globeTab_, tr("3D Globe"));
+    connect(bridge_, &UiBridge::globeScenePublished, globeTab_, &GlobeTab::sceneReady);
     connect(mapTabs_, &QTabWidget::currentChanged, this, [this](int index) {
         post_([index](CoreSide& s) { s.app->controls().mapTab = index; });
     });
@@ -457,6 +461,13 @@ void MainWindow::buildMenus() {
     fullScreenAction_->setCheckable(true);
     connect(fullScreenAction_, &QAction::triggered, this, &MainWindow::setFullScreenView);
     addAction(fullScreenAction_);  // F11 works while the menu bar is hidden
+    QAction* showMap = view->addAction(tr("Map"), this, [this] { mapTabs_->setCurrentIndex(0); });
+    showMap->setObjectName("showMapAction");
+    showMap->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_1));
+    QAction* showGlobe =
+        view->addAction(tr("Globe"), this, [this] { mapTabs_->setCurrentIndex(1); });
+    showGlobe->setObjectName("showGlobeAction");
+    showGlobe->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_2));
     nightAction_ = view->addAction(tr("&Night Theme"));
     nightAction_->setObjectName("nightThemeAction");
     nightAction_->setCheckable(true);

@@ -38,6 +38,7 @@ class PassesWindow;
 class LogbookLink;
 class LogbookWindow;
 class LogStrip;
+class GlobeTab;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -93,6 +94,7 @@ class MainWindow : public QMainWindow {
     QToolButton* disclosure_;
     QCheckBox *showTrackList_, *debug_, *speech_;
     MapWidget* map_;
+    GlobeTab* globeTab_;
     HorizonWidget* horizon_;
     TrackListWidget* trackList_;
     QSlider* timeSlider_;

@@ -28,7 +28,8 @@ void RegisterBridgeTypes() {
     qRegisterMetaType<std::shared_ptr<const std::vector<SatRec>>>();
 }
 
-UiBridge::UiBridge(QObject* parent) : QObject(parent) {}
+UiBridge::UiBridge(QObject* parent)
+    : QObject(parent), globe_(std::make_shared<GlobeSceneExchange>()) {}
 
 void UiBridge::removeAllSatelliteItems() {
     emit satelliteItemsCleared();
@@ -198,10 +199,31 @@ void UiBridge::showMainWindow(bool shown) {
 void UiBridge::drawViews(const ViewFrame& frame) {
     // Only the tabs in front are drawn: the world map (map tab 0) and the
     // horizon (track-list tab 1); the indices stay fixed as tabs are added.
-    const ControlsModel tabs = app_ != nullptr ? app_->controls() : ControlsModel{};
+    static const ControlsModel kNoControls;
+    const ControlsModel& tabs = app_ != nullptr ? app_->controls() : kNoControls;
     const ShownViews shown{tabs.mapTab == 0, tabs.listTab == 1};
     const ViewLists lists = builder_.drawViews(frame, shown, clock_.dateTimeUTC());
     emit viewListsPublished(lists.map, lists.horizon);
+    if (tabs.mapTab == 1) drawGlobe(frame);
+}
+
+void UiBridge::drawGlobe(const ViewFrame& frame) {
+    if (app_ == nullptr || app_->controls().mapTab != 1) return;
+    GlobeInput in;
+    in.epoch = frame.epoch;
+    in.sats = frame.sats;
+    in.totalSats = frame.totalSats;
+    in.mainSatNum = frame.mainSatNum;
+    in.sunNum = frame.sunNum;
+    in.moonNum = frame.moonNum;
+    in.site = frame.site;
+    in.cityLights = frame.lightPoints;
+    in.cityLightCount = frame.lightPointCount;
+    in.flipped = frame.flipped;
+    in.options = frame.globe;
+    globeBuilder_.build(&in, globe_->back());
+    globe_->publish();
+    emit globeScenePublished();
 }
 
 void UiBridge::reloadRows(const std::vector<SatelliteSlot>& rows) {

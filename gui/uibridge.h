@@ -18,6 +18,7 @@
 #include "app/viewbuilder.h"
 #include "data/locations.h"
 #include "engine/siterec.h"
+#include "views/globeexchange.h"
 
 namespace veloran {
 
@@ -124,6 +125,10 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void zoomMap(int32_t width, double scale) override;
     void showMainWindow(bool shown) override;
     void drawViews(const ViewFrame& frame) override;
+    void drawGlobe(const ViewFrame& frame) override;
+    // The globe's scenes, built on the core thread while the globe's tab is
+    // in front; any thread may keep the pointer.
+    std::shared_ptr<GlobeSceneExchange> globeExchange() const { return globe_; }
 
     // FileChooser: the panels were shown before the action was posted.
     bool chooseFileToOpen(std::string* path) override;
@@ -151,6 +156,7 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     }
 
   signals:
+    void globeScenePublished();
     void windowPrefsShown(const veloran::WindowPrefs& prefs);
     void noticeShown(const QString& text);
     void prefsShown(std::shared_ptr<const veloran::PrefsSnapshot> prefs);
@@ -210,6 +216,8 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     SystemClock clock_;  // the Sun and the night follow the wall clock
     const AppController* app_ = nullptr;
     std::string chosenFile_;
+    std::shared_ptr<GlobeSceneExchange> globe_;
+    GlobeSceneBuilder globeBuilder_;
 };
 
 // Makes the value types above travel through queued connections.
