@@ -490,13 +490,20 @@ void MainWindow::buildMenus() {
         listTabs_->setCurrentIndex(0);
     });
     trackTab->setObjectName("trackListTabAction");
-    trackTab->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_1));
+    // Ctrl+1 and Ctrl+2 are the map tab view's; the list tab view follows.
+    trackTab->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_3));
     QAction* horizonTab = view->addAction(tr("&Horizon"), this, [this] {
         setLowerPanelShown(true);
         listTabs_->setCurrentIndex(1);
     });
     horizonTab->setObjectName("horizonTabAction");
-    horizonTab->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_2));
+    horizonTab->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_4));
+    QAction* skyTab = view->addAction(tr("&Sky"), this, [this] {
+        setLowerPanelShown(true);
+        listTabs_->setCurrentIndex(2);
+    });
+    skyTab->setObjectName("skyTabAction");
+    skyTab->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_5));
 
     QMenu* satellite = menuBar()->addMenu(tr("S&atellite"));
     QAction* modes = satellite->addAction(tr("&Modes…"), modes_, &ModesEditor::open);
