@@ -31,7 +31,7 @@ const PortNameRecord* portAt(const PortNameRecord* ports, int index) {
 
 void panelLine(char* out, size_t size, const char* label, double value) {
     if (!out || size == 0) return;
-    char number[64];
+    char number[32];  // a rotor angle; larger values do not fit and print nothing
     const auto result =
         std::to_chars(number, number + sizeof number - 1, value, std::chars_format::fixed, 2);
     *result.ptr = 0;
