@@ -227,6 +227,7 @@ QWidget* PrefsDialog::buildRadio() {
     // The controls a model uses are the core's to say.
     connect(radio_, &QComboBox::currentIndexChanged, this, [this](int index) {
         updateSimulatedItems();
+        showHamlibModels();
         post_([index](CoreSide& s) {
             const RadioPrefsControls c = radioPrefsControls(index);
             s.ui->setRadioPrefsControls(c.icomAddress, c.sMeter, c.dialTracking);
@@ -521,7 +522,10 @@ void PrefsDialog::updateSimulatedItems() {
         QComboBox* box;
         QString item;
     } lists[] = {{radioPort_, SimulatedDevices::radioItem(radio_->currentIndex())},
-                 {rotorPort_, SimulatedDevices::rotorItem(rotor_->currentIndex())},
+                 // No simulator stands in for a Hamlib rotator.
+                 {rotorPort_, rotor_->currentIndex() == kHamlibRotor
+                                  ? QString()
+                                  : SimulatedDevices::rotorItem(rotor_->currentIndex())},
                  {gatewayPort_, SimulatedDevices::gatewayItem()}};
     for (const auto& list : lists) {
         const QSignalBlocker quiet(list.box);
@@ -568,6 +572,7 @@ void PrefsDialog::test(TestedDevice device) {
 }
 
 void PrefsDialog::showHamlibModels() {
+    if (hamlibRadio_ == nullptr || hamlibRotor_ == nullptr) return;  // still being built
     hamlibRadio_->setText(hamlibText(hamlibRadios_, hamlibRadioModel_));
     hamlibRadio_->setEnabled(radio_->currentIndex() == kHamlibRadio);
     hamlibRotor_->setText(hamlibText(hamlibRotors_, hamlibRotorModel_));

@@ -80,14 +80,14 @@ class PrefsDialog : public QDialog {
     QSpinBox* icomAddress_;
     QDoubleSpinBox* commandDelay_;
     QCheckBox *sMeter_, *dialTracking_, *debug_;
-    QLabel *radioTest_, *hamlibRadio_;
+    QLabel *radioTest_ = nullptr, *hamlibRadio_ = nullptr;
     int hamlibRadioModel_ = 1;
     QVector<HamlibChoice> hamlibRadios_;
     // Rotor
     QComboBox *rotor_, *rotorPort_, *rotorBaud_, *deadSpot_;
     QDoubleSpinBox *azOffset_, *elOffset_, *parkAz_, *parkEl_;
     QCheckBox* park_;
-    QLabel *rotorTest_, *hamlibRotor_;
+    QLabel *rotorTest_ = nullptr, *hamlibRotor_ = nullptr;
     int hamlibRotorModel_ = 1;
     QVector<HamlibChoice> hamlibRotors_;
     // Gateway
