@@ -42,11 +42,14 @@ const Command kCommands[] = {
      "      the polar sky plot of the satellite's current or next pass as SVG, with where it\n"
      "      is now and the antenna's last target and reported position"},
     {"rotor", veloran::cli::RunRotor,
-     "rotor --type INDEX --port PATH [--baud INDEX] [--debug] [--read] AZ EL\n"
-     "      points the rotor controller of type INDEX (0-11) at AZ/EL degrees;\n"
+     "rotor --type INDEX|hamlib:MODEL --port PATH|HOST:PORT [--baud INDEX] [--debug]\n"
+     "      [--read] AZ EL\n"
+     "      points the rotor controller of type INDEX (0-11), or Hamlib's rotator MODEL\n"
+     "      (2 for a rotctld at HOST:PORT), at AZ/EL degrees;\n"
      "      --debug shows the traffic, --read prints the position read back"},
     {"radio", veloran::cli::RunRadio,
-     "radio --type INDEX --port PATH [--baud INDEX] [--icom-address HEX] [--delay MS]\n"
+     "radio --type INDEX|hamlib:MODEL --port PATH|HOST:PORT [--baud INDEX]\n"
+     "      [--icom-address HEX] [--delay MS]\n"
      "      --up MHZ --down MHZ --mode NAME [--tone N] [--ctone N] [--force] [--debug]\n"
      "      one tuning update of the radio, as the tracker sends it each second"},
     {"keps", veloran::cli::RunKeps,

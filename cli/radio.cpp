@@ -13,6 +13,7 @@
 #include "cli/options.h"
 #include "data/modes.h"
 #include "radio/drivers.h"
+#include "radio/hamlibradio.h"
 #include "radio/tuning.h"
 #include "serial/serial.h"
 
@@ -92,9 +93,10 @@ int RunRadio(int argc, char** argv) {
         if (!args.has(required))
             return Fail(std::string("radio needs ") + required + " (try --help)");
     }
-    int radio = 0, baud = 0, address = 0, tone = 0, ctone = 0, commMode = 0;
+    int radio = 0, baud = 0, address = 0, tone = 0, ctone = 0, commMode = 0, model = 0;
     double delay = 0, up = 0, down = 0;
-    if (!ParseInteger(args, "--type", 10, 0, &radio) ||
+    const int hamlib = ParseHamlibChoice(args, "--type", kHamlibRadio, &radio, &model);
+    if (hamlib < 0 || (hamlib == 0 && !ParseInteger(args, "--type", 10, 0, &radio)) ||
         !ParseInteger(args, "--baud", 10, 5, &baud) ||
         !ParseInteger(args, "--icom-address", 16, 0, &address) ||
         !ParseInteger(args, "--tone", 10, 0, &tone) ||
@@ -109,7 +111,8 @@ int RunRadio(int argc, char** argv) {
                     args.value("--mode") + "'");
     }
     const RadioDriver* driver = RadioDriverFor(radio);
-    if (!driver) return Fail("--type wants a radio index from 0 to 16");
+    if (!driver || (radio == kHamlibRadio && hamlib == 0))
+        return Fail("--type wants a radio index from 0 to 16, or hamlib:MODEL");
     if (baud < 0 || baud >= kBaudTableSize) return Fail("--baud wants a baud index from 0 to 12");
     if (delay < 0 || delay > 1000) return Fail("--delay wants milliseconds from 0 to 1000");
     if (up < 0 || down < 0)
@@ -126,7 +129,20 @@ int RunRadio(int argc, char** argv) {
     site.commandDelay = static_cast<float>(delay);
     site.debug = debug ? 1 : 0;
     site.rotorPortFileDescriptor = site.gatewayPortFileDescriptor = -1;
-    site.radioPortFileDescriptor = openSerialPort(port.c_str(), baud, radio, debug);
+    std::string why;
+    if (hamlib == 1) {
+        // Hamlib's own speed for the model unless --baud says otherwise.
+        const int bps = args.has("--baud") ? kBaudTable[baud].bitsPerSecond : 0;
+        site.hamlibRadioModel = model;
+        site.radioPortFileDescriptor = OpenHamlibRadio(model, port.c_str(), bps, debug, &why);
+        if (site.radioPortFileDescriptor == -1) {
+            std::fprintf(stderr, "veloran-cli: cannot open Hamlib model %d on %s: %s\n", model,
+                         port.c_str(), why.c_str());
+            return 1;
+        }
+    } else {
+        site.radioPortFileDescriptor = openSerialPort(port.c_str(), baud, radio, debug);
+    }
     if (site.radioPortFileDescriptor == -1) {
         const int error = errno;
         std::fprintf(stderr, "veloran-cli: cannot open %s as a serial port: %s\n", port.c_str(),
@@ -139,9 +155,14 @@ int RunRadio(int argc, char** argv) {
     ModeToStr(commMode, modeName);
     formatFreq(up, upText, sizeof upText);
     formatFreq(down, downText, sizeof downText);
-    std::printf("%s on %s at %d bit/s, delay %.1f ms: uplink %s MHz, downlink %s MHz, %s%s\n",
-                driver->model, port.c_str(), kBaudTable[baud].bitsPerSecond, delay, upText,
-                downText, commMode >= 0 ? modeName : "receive only", force ? ", forced" : "");
+    const std::string name =
+        hamlib == 1 ? "Hamlib model " + std::to_string(model) : std::string(driver->model);
+    const std::string speed = hamlib == 1 && !args.has("--baud")
+                                  ? std::string("the model's speed")
+                                  : std::to_string(kBaudTable[baud].bitsPerSecond) + " bit/s";
+    std::printf("%s on %s at %s, delay %.1f ms: uplink %s MHz, downlink %s MHz, %s%s\n",
+                name.c_str(), port.c_str(), speed.c_str(), delay, upText, downText,
+                commMode >= 0 ? modeName : "receive only", force ? ", forced" : "");
 
     startRadioDriver(&site);
     const int sent = SetVFO(radio, site.radioPortFileDescriptor, address, up, down, commMode, tone,
@@ -149,7 +170,10 @@ int RunRadio(int argc, char** argv) {
     const int answered =
         (sent && driver->answers) ? driver->answers(site.radioPortFileDescriptor, debug) : -1;
     stopRadioDriver(&site);
-    closeSerialPort(site.radioPortFileDescriptor, debug);
+    if (hamlib == 1)
+        CloseHamlibRadio(site.radioPortFileDescriptor);
+    else
+        closeSerialPort(site.radioPortFileDescriptor, debug);
 
     if (!sent) {
         if (radio == 13) {

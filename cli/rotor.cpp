@@ -12,6 +12,7 @@
 
 #include "cli/commands.h"
 #include "cli/options.h"
+#include "rotor/hamlibrotor.h"
 #include "serial/serial.h"
 
 namespace veloran::cli {
@@ -49,13 +50,16 @@ int RunRotor(int argc, char** argv) {
     Arguments args;
     if (!ParseArguments(argc, argv, {"--debug", "--read"}, &args)) return kUsageError;
     if (!args.has("--type"))
-        return Fail("rotor needs --type INDEX (0 to " + std::to_string(kRotorCount - 1) + ")");
+        return Fail("rotor needs --type INDEX (0 to " + std::to_string(kRotorCount - 1) +
+                    ") or --type hamlib:MODEL");
     if (!args.has("--port")) return Fail("rotor needs --port PATH");
     if (args.positional.size() != 2)
         return Fail("rotor needs an azimuth and an elevation, in degrees");
-    int type = 0;
+    int type = 0, model = 0;
     int baud = 5;  // 9600 bit/s
-    if (!WholeNumber(args, "--type", 0, 0, kRotorCount - 1, &type)) return kUsageError;
+    const int hamlib = ParseHamlibChoice(args, "--type", kHamlibRotor, &type, &model);
+    if (hamlib < 0 || (hamlib == 0 && !WholeNumber(args, "--type", 0, 0, kRotorCount - 1, &type)))
+        return kUsageError;
     if (!WholeNumber(args, "--baud", 5, 0, kBaudTableSize - 1, &baud)) return kUsageError;
     double azimuth = 0.0;
     double elevation = 0.0;
@@ -64,13 +68,23 @@ int RunRotor(int argc, char** argv) {
     const bool debug = args.has("--debug");
     const std::string port = args.value("--port");
 
-    const int fd = openSerialPort(port.c_str(), baud, 0, debug);
+    std::string why;
+    // Hamlib's own speed for the model unless --baud says otherwise.
+    const int fd =
+        hamlib == 1
+            ? OpenHamlibRotor(model, port.c_str(),
+                              args.has("--baud") ? kBaudTable[baud].bitsPerSecond : 0, debug, &why)
+            : openSerialPort(port.c_str(), baud, 0, debug);
     if (fd == -1) {
-        std::fprintf(stderr, "veloran-cli: cannot open rotor port %s\n", port.c_str());
+        std::fprintf(stderr, "veloran-cli: cannot open rotor port %s%s%s\n", port.c_str(),
+                     why.empty() ? "" : ": ", why.c_str());
         return 1;
     }
-    std::printf("%s on %s at %d bit/s\n", rotorName(type), port.c_str(),
-                kBaudTable[baud].bitsPerSecond);
+    if (hamlib == 1)
+        std::printf("Hamlib model %d on %s\n", model, port.c_str());
+    else
+        std::printf("%s on %s at %d bit/s\n", rotorName(type), port.c_str(),
+                    kBaudTable[baud].bitsPerSecond);
     startRotorDriver(type, fd, debug);
     SendAzEl(type, fd, azimuth, elevation, debug);
     std::printf("sent azimuth %ld elevation %ld%s\n", std::lround(azimuth), std::lround(elevation),
@@ -91,7 +105,10 @@ int RunRotor(int argc, char** argv) {
         }
     }
     stopRotorDriver(type, fd, debug);
-    closeSerialPort(fd, debug);
+    if (hamlib == 1)
+        CloseHamlibRotor(fd);
+    else
+        closeSerialPort(fd, debug);
     return status;
 }
 

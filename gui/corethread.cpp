@@ -11,6 +11,8 @@
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
 #include "radio/drivers.h"
+#include "radio/hamlibradio.h"
+#include "rotor/hamlibrotor.h"
 #include "station/station.h"
 
 namespace veloran {
@@ -110,6 +112,12 @@ void CoreThread::showWindowPrefs() {
         prefs.radioNames << QString::fromUtf8(driver != nullptr ? driver->model : "");
         prefs.radioItemEnabled << station_->controller()->validateMenuItem("radioDriverChanged", i);
     }
+    for (const HamlibModel& m : HamlibRadioModels())
+        prefs.hamlibRadios.push_back(
+            {m.number, QString::fromStdString(m.maker), QString::fromStdString(m.model)});
+    for (const HamlibRotorModel& m : HamlibRotorModels())
+        prefs.hamlibRotors.push_back(
+            {m.number, QString::fromStdString(m.maker), QString::fromStdString(m.model)});
     bridge_->showWindowPrefs(prefs);
 }
 

@@ -10,7 +10,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -20,7 +22,9 @@
 #include "data/grid.h"
 #include "gui/simulateddevices.h"
 #include "radio/drivers.h"
+#include "radio/hamlibradio.h"
 #include "radio/tuning.h"
+#include "rotor/hamlibrotor.h"
 #include "rotor/rotor.h"
 #include "serial/serial.h"
 
@@ -85,6 +89,12 @@ void fillPorts(QComboBox* box, const QStringList& ports, int index) {
     }
 }
 
+QString hamlibText(const QVector<HamlibChoice>& models, int number) {
+    for (const HamlibChoice& m : models)
+        if (m.number == number) return QString("%1  %2 %3").arg(number).arg(m.maker, m.model);
+    return QObject::tr("model %1").arg(number);
+}
+
 QString degrees(double value) {
     return QString::number(value, 'f', 4);
 }
@@ -123,7 +133,11 @@ PrefsDialog::PrefsDialog(UiBridge* bridge, CorePost post, SimulatedDevices* sims
         // Items the core never enables (a model without a driver) stay grey.
         for (int i = 0; i < prefs.radioItemEnabled.size() && i < radio_->count(); ++i)
             if (!prefs.radioItemEnabled[i]) radio_->setItemData(i, 0, Qt::UserRole - 1);
+        radio_->addItem(tr("Hamlib…"));  // lands at kHamlibRadio: the names stop before it
+        hamlibRadios_ = prefs.hamlibRadios;
+        hamlibRotors_ = prefs.hamlibRotors;
         if (shown_) radio_->setCurrentIndex(shown_->site.radio);
+        showHamlibModels();
     });
     connect(bridge, &UiBridge::radioPrefsControlsChanged, this,
             [this](bool icomAddress, bool sMeter, bool dialTracking) {
@@ -199,6 +213,9 @@ QWidget* PrefsDialog::buildRadio() {
     testButton->setObjectName("radioTest");
     radioTest_ = testLine("radioTestResult");
     form->addRow(tr("Radio:"), radio_);
+    hamlibRadio_ = new QLabel;
+    hamlibRadio_->setObjectName("hamlibRadioModel");
+    form->addRow(tr("Hamlib model:"), hamlibRadio_);
     form->addRow(tr("Port:"), radioPort_);
     form->addRow(tr("Speed (bit/s):"), radioBaud_);
     form->addRow(tr("CI-V address:"), icomAddress_);
@@ -210,10 +227,14 @@ QWidget* PrefsDialog::buildRadio() {
     // The controls a model uses are the core's to say.
     connect(radio_, &QComboBox::currentIndexChanged, this, [this](int index) {
         updateSimulatedItems();
+        showHamlibModels();
         post_([index](CoreSide& s) {
             const RadioPrefsControls c = radioPrefsControls(index);
             s.ui->setRadioPrefsControls(c.icomAddress, c.sMeter, c.dialTracking);
         });
+    });
+    connect(radio_, &QComboBox::activated, this, [this](int index) {
+        if (index == kHamlibRadio) chooseHamlibModel(TestedDevice::Radio);
     });
     connect(testButton, &QPushButton::clicked, this, [this] { test(TestedDevice::Radio); });
     return page;
@@ -225,7 +246,16 @@ QWidget* PrefsDialog::buildRotor() {
     rotor_ = new QComboBox;
     rotor_->setObjectName("rotorType");
     for (int i = 0; i < kRotorCount; ++i) rotor_->addItem(QString::fromUtf8(rotorName(i)));
-    connect(rotor_, &QComboBox::currentIndexChanged, this, &PrefsDialog::updateSimulatedItems);
+    rotor_->addItem(tr("Hamlib…"));  // kHamlibRotor
+    connect(rotor_, &QComboBox::currentIndexChanged, this, [this] {
+        updateSimulatedItems();
+        showHamlibModels();
+    });
+    connect(rotor_, &QComboBox::activated, this, [this](int index) {
+        if (index == kHamlibRotor) chooseHamlibModel(TestedDevice::Rotor);
+    });
+    hamlibRotor_ = new QLabel;
+    hamlibRotor_->setObjectName("hamlibRotorModel");
     rotorPort_ = portBox("rotorPort");
     rotorBaud_ = baudBox("rotorBaud");
     azOffset_ = spin("azimuthOffset", -360, 360, 1, tr("°"));
@@ -248,6 +278,7 @@ QWidget* PrefsDialog::buildRotor() {
     testButton->setObjectName("rotorTest");
     rotorTest_ = testLine("rotorTestResult");
     form->addRow(tr("Rotor:"), rotor_);
+    form->addRow(tr("Hamlib model:"), hamlibRotor_);
     form->addRow(tr("Port:"), rotorPort_);
     form->addRow(tr("Speed (bit/s):"), rotorBaud_);
     form->addRow(tr("Azimuth offset:"), azOffset_);
@@ -336,6 +367,8 @@ void PrefsDialog::show(const PrefsSnapshot& prefs) {
     altitude_->setValue(site.siteAltitudeM);
     minElevation_->setValue(site.siteMinElevDegs);
 
+    hamlibRadioModel_ = site.hamlibRadioModel;
+    hamlibRotorModel_ = site.hamlibRotorModel;
     if (site.radio >= 0 && site.radio < radio_->count()) radio_->setCurrentIndex(site.radio);
     fillPorts(radioPort_, prefs.ports, site.radioPort);
     radioBaud_->setCurrentIndex(site.radioBaud);
@@ -357,6 +390,7 @@ void PrefsDialog::show(const PrefsSnapshot& prefs) {
 
     fillPorts(gatewayPort_, prefs.ports, site.gatewayPort);
     updateSimulatedItems();
+    showHamlibModels();
     gatewayBaud_->setCurrentIndex(site.gatewayBaud);
 
     speech_->setChecked(site.wants_speech != 0);
@@ -420,6 +454,8 @@ SiteRec PrefsDialog::fromControls() const {
     site.siteAltitudeM = altitude_->value();
     site.siteMinElevDegs = minElevation_->value();
     site.radio = radio_->currentIndex();
+    site.hamlibRadioModel = hamlibRadioModel_;
+    site.hamlibRotorModel = hamlibRotorModel_;
     site.radioPort = radioPort_->currentIndex();
     site.radioBaud = radioBaud_->currentIndex();
     site.icomAddress = icomAddress_->value();
@@ -452,7 +488,9 @@ namespace {
 std::string typedPath(const QComboBox* box, const QStringList& ports) {
     const QString text = box->currentText().trimmed();
     if (text.isEmpty() || ports.contains(text)) return {};
-    if (!text.startsWith('/')) return {};  // "Port 3 (missing)" and the like
+    // A device path, or a rigctld/rotctld as HOST:PORT; not "Port 3 (missing)".
+    static const QRegularExpression address("^[^\\s/:]+:\\d+$");
+    if (!text.startsWith('/') && !address.match(text).hasMatch()) return {};
     return text.toStdString();
 }
 
@@ -484,7 +522,10 @@ void PrefsDialog::updateSimulatedItems() {
         QComboBox* box;
         QString item;
     } lists[] = {{radioPort_, SimulatedDevices::radioItem(radio_->currentIndex())},
-                 {rotorPort_, SimulatedDevices::rotorItem(rotor_->currentIndex())},
+                 // No simulator stands in for a Hamlib rotator.
+                 {rotorPort_, rotor_->currentIndex() == kHamlibRotor
+                                  ? QString()
+                                  : SimulatedDevices::rotorItem(rotor_->currentIndex())},
                  {gatewayPort_, SimulatedDevices::gatewayItem()}};
     for (const auto& list : lists) {
         const QSignalBlocker quiet(list.box);
@@ -528,6 +569,55 @@ void PrefsDialog::test(TestedDevice device) {
                                                                  : s.app->testGateway(site.get());
         s.ui->showDeviceTest(device, text);
     });
+}
+
+void PrefsDialog::showHamlibModels() {
+    if (hamlibRadio_ == nullptr || hamlibRotor_ == nullptr) return;  // still being built
+    hamlibRadio_->setText(hamlibText(hamlibRadios_, hamlibRadioModel_));
+    hamlibRadio_->setEnabled(radio_->currentIndex() == kHamlibRadio);
+    hamlibRotor_->setText(hamlibText(hamlibRotors_, hamlibRotorModel_));
+    hamlibRotor_->setEnabled(rotor_->currentIndex() == kHamlibRotor);
+}
+
+void PrefsDialog::chooseHamlibModel(TestedDevice device) {
+    const bool radio = device == TestedDevice::Radio;
+    const QVector<HamlibChoice>& models = radio ? hamlibRadios_ : hamlibRotors_;
+    auto* picker = new QDialog(this);
+    picker->setObjectName("hamlibModels");
+    picker->setWindowTitle(radio ? tr("Hamlib radio") : tr("Hamlib rotator"));
+    picker->setAttribute(Qt::WA_DeleteOnClose);
+    auto* filter = new QLineEdit;
+    filter->setObjectName("hamlibFilter");
+    filter->setPlaceholderText(tr("Number, maker or model"));
+    filter->setClearButtonEnabled(true);
+    auto* list = new QListWidget;
+    list->setObjectName("hamlibList");
+    const int current = radio ? hamlibRadioModel_ : hamlibRotorModel_;
+    for (const HamlibChoice& m : models) {
+        auto* item = new QListWidgetItem(QString("%1  %2 %3").arg(m.number).arg(m.maker, m.model));
+        item->setData(Qt::UserRole, m.number);
+        list->addItem(item);
+        if (m.number == current) list->setCurrentItem(item);
+    }
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    auto* layout = new QVBoxLayout(picker);
+    layout->addWidget(filter);
+    layout->addWidget(list);
+    layout->addWidget(buttons);
+    connect(filter, &QLineEdit::textChanged, list, [list](const QString& text) {
+        for (int i = 0; i < list->count(); ++i)
+            list->item(i)->setHidden(!list->item(i)->text().contains(text, Qt::CaseInsensitive));
+    });
+    connect(buttons, &QDialogButtonBox::accepted, picker, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, picker, &QDialog::reject);
+    connect(list, &QListWidget::itemActivated, picker, &QDialog::accept);
+    connect(picker, &QDialog::accepted, this, [this, list, radio] {
+        const QListWidgetItem* item = list->currentItem();
+        if (item == nullptr || item->isHidden()) return;
+        (radio ? hamlibRadioModel_ : hamlibRotorModel_) = item->data(Qt::UserRole).toInt();
+        showHamlibModels();
+    });
+    picker->open();
 }
 
 }  // namespace veloran

@@ -63,6 +63,9 @@ class PrefsDialog : public QDialog {
     // The path to add for a port box: a typed one, or the started
     // simulator's; empty when an item of the list is chosen.
     std::string pathToAdd(TestedDevice device);
+    // Opens the list of Hamlib's models for the radio or the rotor.
+    void chooseHamlibModel(TestedDevice device);
+    void showHamlibModels();
 
     CorePost post_;
     SimulatedDevices* sims_;
@@ -77,12 +80,16 @@ class PrefsDialog : public QDialog {
     QSpinBox* icomAddress_;
     QDoubleSpinBox* commandDelay_;
     QCheckBox *sMeter_, *dialTracking_, *debug_;
-    QLabel* radioTest_;
+    QLabel *radioTest_ = nullptr, *hamlibRadio_ = nullptr;
+    int hamlibRadioModel_ = 1;
+    QVector<HamlibChoice> hamlibRadios_;
     // Rotor
     QComboBox *rotor_, *rotorPort_, *rotorBaud_, *deadSpot_;
     QDoubleSpinBox *azOffset_, *elOffset_, *parkAz_, *parkEl_;
     QCheckBox* park_;
-    QLabel* rotorTest_;
+    QLabel *rotorTest_ = nullptr, *hamlibRotor_ = nullptr;
+    int hamlibRotorModel_ = 1;
+    QVector<HamlibChoice> hamlibRotors_;
     // Gateway
     QComboBox *gatewayPort_, *gatewayBaud_;
     QLabel* gatewayTest_;

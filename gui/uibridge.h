@@ -26,6 +26,12 @@ class AppController;
 
 // What the window restores from the settings at start-up, and which items
 // of the radio menu the controller enables.
+// One model Hamlib knows, as the preferences' model list shows it.
+struct HamlibChoice {
+    int number = 0;
+    QString maker, model;
+};
+
 struct WindowPrefs {
     int mapTab = 0, listTab = 0, radioTab = 0;
     bool night = false;
@@ -33,6 +39,8 @@ struct WindowPrefs {
     int timeSliderMinutes = 0;    // --time-offset starts the slider off zero
     QStringList radioNames;
     QVector<bool> radioItemEnabled;
+    // Read on the core thread, which is the only one that calls into Hamlib.
+    QVector<HamlibChoice> hamlibRadios, hamlibRotors;
 };
 
 // Settings keys of the window's own state.

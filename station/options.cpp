@@ -229,4 +229,21 @@ bool SelectSatellite(const Arguments& args, const std::string& file, std::vector
     return true;
 }
 
+int ParseHamlibChoice(const Arguments& args, const char* name, int hamlibIndex, int* index,
+                      int* model) {
+    const std::string text = args.value(name);
+    if (text.rfind("hamlib:", 0) != 0) return 0;
+    const std::string number = text.substr(7);
+    char* end = nullptr;
+    const long value = number.empty() ? -1 : std::strtol(number.c_str(), &end, 10);
+    if (number.empty() || *end != '\0' || value < 1 || value > 999999) {
+        Fail(std::string(name) +
+             " wants hamlib: and a Hamlib model number, such as hamlib:2, not '" + text + "'");
+        return -1;
+    }
+    *index = hamlibIndex;
+    *model = static_cast<int>(value);
+    return 1;
+}
+
 }  // namespace veloran

@@ -54,6 +54,12 @@ std::vector<std::string> SplitNames(const std::string& text);
 // A number option; false with a message when it is not a number.
 bool ParseNumber(const Arguments& args, const std::string& name, double fallback, double* out);
 
+// "hamlib:MODEL" picks Hamlib's model MODEL: *index becomes `hamlibIndex`.
+// 1 when the option holds such a choice, 0 when it holds an index, -1 after
+// a mistake (said).
+int ParseHamlibChoice(const Arguments& args, const char* name, int hamlibIndex, int* index,
+                      int* model);
+
 // "2026-11-21T18:30:00Z".
 std::string FormatIso(uint32_t secs);
 // "h:mm:ss" for a duration of any length.

@@ -92,26 +92,6 @@ void ListRotors() {
         std::printf("hamlib:%d  %s %s\n", m.number, m.maker.c_str(), m.model.c_str());
 }
 
-// "hamlib:MODEL" picks Hamlib's model MODEL: *index becomes the Hamlib entry.
-// 1 when the option holds such a choice, 0 when it holds an index, -1 after
-// a mistake (said).
-int ParseHamlibChoice(const Arguments& args, const char* name, int hamlibIndex, int* index,
-                      int* model) {
-    const std::string text = args.value(name);
-    if (text.rfind("hamlib:", 0) != 0) return 0;
-    const std::string number = text.substr(7);
-    char* end = nullptr;
-    const long value = number.empty() ? -1 : std::strtol(number.c_str(), &end, 10);
-    if (number.empty() || *end != '\0' || value < 1 || value > 999999) {
-        Fail(std::string(name) +
-             " wants hamlib: and a Hamlib model number, such as hamlib:2, not '" + text + "'");
-        return -1;
-    }
-    *index = hamlibIndex;
-    *model = static_cast<int>(value);
-    return 1;
-}
-
 // An index option within 0..count-1; `list` names the option that lists them.
 bool ParseIndex(const Arguments& args, const char* name, int count, const char* list, int* out) {
     double value = -1;

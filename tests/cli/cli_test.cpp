@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/integration/hamlib_daemon.h"
 #include "tests/support/element_sets.h"
 #include "tests/support/run.h"
 
@@ -222,6 +223,24 @@ TEST(Cli, KepsImportOfLongNamesAndOmmLooksTheSame) {
     ASSERT_EQ(satnogs.status, 0) << satnogs.out;
     const CliRun modes = Cli("look --modes --sat VS-1 --time 2026-11-20T00:00:00Z" + folders);
     EXPECT_NE(modes.out.find("Telemetry 9k6"), std::string::npos) << modes.out;
+}
+
+// The hand checks reach a rigctld and a rotctld (Hamlib's dummies) by address.
+TEST(Cli, RadioAndRotorThroughHamlibDaemons) {
+    testing::HamlibDaemon rig("rigctld", {}), rotator("rotctld", {});
+    ASSERT_TRUE(rig.start());
+    ASSERT_TRUE(rotator.start());
+    const CliRun radio = Cli("radio --type hamlib:2 --port " + rig.address() +
+                             " --up 435.1 --down 145.9 --mode JA_SSB --force");
+    ASSERT_EQ(radio.status, 0) << radio.out;
+    testing::RigctldPeek peek(rig.address());
+    ASSERT_TRUE(peek.open());
+    EXPECT_EQ(peek.frequency(RIG_VFO_A), 145900000);  // downlink on the receive VFO
+    EXPECT_EQ(peek.frequency(RIG_VFO_B), 435100000);
+    const CliRun rotor = Cli("rotor --type hamlib:2 --port " + rotator.address() + " 123 45");
+    EXPECT_EQ(rotor.status, 0) << rotor.out;
+    EXPECT_NE(rotor.out.find("sent azimuth 123 elevation 45"), std::string::npos) << rotor.out;
+    EXPECT_EQ(Cli("rotor --type hamlib:x --port " + rotator.address() + " 1 1").status, 2);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
 #include <QSlider>
 #include <QSortFilterProxyModel>
@@ -54,6 +55,7 @@
 #include "platform/numericlocale.h"
 #include "platform/qtuserdefaults.h"
 #include "radio/drivers.h"
+#include "radio/hamlibradio.h"
 #include "sim/icom_sim.h"
 #include "sim/radio_sim.h"
 #include "sim/sim_pty.h"
@@ -400,6 +402,49 @@ TEST_F(Window, PreferencesAcceptSavesAndCancelRestores) {
     EXPECT_EQ(Find<QLineEdit>("callSign")->text(), "VE3TST");
     OnCore([&](CoreSide& s) { s.app->GetSiteRec(&site); });
     EXPECT_STREQ(site.call_sign, "VE3TST");
+}
+
+TEST_F(Window, HamlibItemOfTheRadioPopUpStoresTheChosenModel) {
+    SiteRec before;
+    OnCore([&](CoreSide& s) {
+        s.app->GetSiteRec(&before);
+        SiteRec other = before;
+        other.hamlibRadioModel = kHamlibNetModel;  // so choosing the dummy shows
+        s.app->prefsAccepted(&other);
+    });
+    window->findChild<QAction*>("preferencesAction")->trigger();
+    auto* prefs = Find<PrefsDialog>("preferencesWindow");
+    ASSERT_TRUE(WaitFor([&] { return prefs->isVisible(); }));
+    Sync();
+    auto* model = Find<QComboBox>("radioModel");
+    ASSERT_EQ(model->itemText(kHamlibRadio), "Hamlib…");
+    model->setCurrentIndex(kHamlibRadio);
+    emit model->activated(kHamlibRadio);
+    auto* picker = Find<QDialog>("hamlibModels");
+    auto* filter = picker->findChild<QLineEdit*>("hamlibFilter");
+    auto* list = picker->findChild<QListWidget*>("hamlibList");
+    ASSERT_TRUE(filter && list);
+    filter->setText("dummy");
+    QListWidgetItem* dummy = nullptr;
+    for (int i = 0; i < list->count(); ++i) {
+        if (list->item(i)->isHidden()) continue;
+        EXPECT_TRUE(list->item(i)->text().contains("dummy", Qt::CaseInsensitive));
+        if (list->item(i)->data(Qt::UserRole).toInt() == kHamlibDummyModel) dummy = list->item(i);
+    }
+    ASSERT_NE(dummy, nullptr);
+    list->setCurrentItem(dummy);
+    picker->accept();
+    prefs->accept();
+    Sync();
+    SiteRec site;
+    OnCore([&](CoreSide& s) { s.app->GetSiteRec(&site); });
+    EXPECT_EQ(site.radio, kHamlibRadio);
+    EXPECT_EQ(site.hamlibRadioModel, kHamlibDummyModel);
+    std::string stored;
+    OnCore([&](CoreSide& s) { stored = s.defaults->stringForKey("hamlibRadioModel"); });
+    EXPECT_EQ(stored, "1");
+    OnCore([&](CoreSide& s) { s.app->prefsAccepted(&before); });
+    Sync();
 }
 
 TEST_F(Window, ModesEditorSavesAFrequencyAndRefusesABadNumber) {
