@@ -115,12 +115,12 @@ struct Range {
 };
 constexpr Range kRanges[] = {
     {"main_sat_num", 1, 1023},
-    {"radio", 0, 16},  // the radio table's rows
+    {"radio", 0, 17},  // the radio table's rows, then the Hamlib entry
     {"radioport", -1, 63},
     {"radiobaud", 0, 12},  // the baud table's rows
     {"icomAddress", 0, 255},
     {"commandDelay", 0, 1000},  // milliseconds between commands
-    {"rotor", 0, 11},           // the rotor table's rows
+    {"rotor", 0, 12},           // the rotor table's rows, then the Hamlib entry
     {"rotorport", -1, 63},
     {"rotorbaud", 0, 12},
     {"siteParkAz", -360, 720},

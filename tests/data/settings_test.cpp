@@ -310,7 +310,8 @@ TEST(SettingsValidation, BadNumbersFallBackToTheDefaults) {
         {"siteAltitude", "NaN"},
         {"radiobaud", "99"},
         {"radio", "-2"},
-        {"rotor", "12"},
+        {"radio", "18"},
+        {"rotor", "13"},
         {"icomAddress", "256"},
         {"siteMinimumElevation", "inf"},
         {"main_sat_num", "0"},
@@ -338,6 +339,8 @@ TEST(SettingsValidation, BadNumbersFallBackToTheDefaults) {
     MemoryUserDefaults good;
     good.setString("commandDelay", "12.5");
     good.setString("site_longitude", "-0.13");
+    good.setString("radio", "17");  // the Hamlib entries follow the built-in tables
+    good.setString("rotor", "12");
     SiteRec site;
     SetSiteDefaults(&site);
     ViewPrefs view;
@@ -346,6 +349,8 @@ TEST(SettingsValidation, BadNumbersFallBackToTheDefaults) {
     EXPECT_TRUE(problems.empty());
     EXPECT_FLOAT_EQ(site.commandDelay, 12.5f);
     EXPECT_DOUBLE_EQ(site.siteLongDegs, -0.13);
+    EXPECT_EQ(site.radio, 17);
+    EXPECT_EQ(site.rotor, 12);
 }
 
 }  // namespace
