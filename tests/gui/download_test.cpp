@@ -101,5 +101,42 @@ TEST(DownloadThroughTheController, OnlyAGoodBulletinReplacesTheFile) {
     }
 }
 
+// Cancel stops a download that has not answered yet; the old file stays and
+// the operator is told.
+TEST(DownloadThroughTheController, CancelKeepsTheOldFile) {
+    testing::ControllerRig rig;
+    QTcpServer silent;  // accepts and never answers
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost, 0));
+    rig.defaults.setString(prefkeys::kKepsSourceURL,
+                           "http://127.0.0.1:" + std::to_string(silent.serverPort()) + "/nasa.all");
+    rig.app->loadKepsAndModes();
+    const std::string before = ReadText(rig.paths.keplerFile);
+    QEventLoop loop;
+    bool done = false;  // an abort may complete at once, before the loop runs
+    AppController* app = nullptr;
+    QtDownloader downloader([&](bool ok, const std::string& why, const std::string& url) {
+        EXPECT_FALSE(ok);
+        app->downloadDidFail(why, url);
+        done = true;
+        loop.quit();
+    });
+    const Services s{.ui = &rig.ui,
+                     .defaults = &rig.defaults,
+                     .files = &rig.files,
+                     .downloader = &downloader,
+                     .clock = &rig.clock,
+                     .announcer = &rig.announcer,
+                     .log = rig.log};
+    AppController controller(s, rig.paths);
+    app = &controller;
+    controller.startDownloadingURL(DownloadTrigger::Forced);
+    controller.cancelDownload();
+    QTimer::singleShot(20000, &loop, &QEventLoop::quit);
+    if (!done) loop.exec();
+    EXPECT_EQ(ReadText(rig.paths.keplerFile), before);
+    EXPECT_EQ(rig.ui.notices.back(),
+              "The element sets were not downloaded (cancelled); the current ones are kept.");
+}
+
 }  // namespace
 }  // namespace veloran
