@@ -117,7 +117,7 @@ void LogbookLink::findCountry(const QString& call) {
 void LogbookLink::lookUp(const QString& call) {
     post_([core = core_, feed = feed_, call](CoreSide& s) {
         CallbookSettings settings;
-        ReadCallbookSettings(*s.defaults, &settings);
+        ReadCallbookSettings(s.defaults, s.app->paths().configDir, &settings);
         if (!settings.enabled || settings.user.empty()) return;
         // Changed settings (a new password) take a fresh client.
         const CallbookSettings& was = core->callbookSettings;
