@@ -2,6 +2,9 @@
 // as ADIF for LoTW (or CSV), import an ADIF file, keep the callsign service's
 // password.
 
+#include <termios.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -145,9 +148,22 @@ int Import(const Arguments& args, const LogFolders& folders) {
 // The callsign service's password, read from the standard input so that it
 // shows in no process list or shell history; an empty line removes it.
 int StorePassword(const std::string& configDir) {
+    // Typed at a terminal, it is not echoed.
+    termios saved{};
+    const bool terminal = isatty(STDIN_FILENO) && tcgetattr(STDIN_FILENO, &saved) == 0;
+    if (terminal) {
+        termios quiet = saved;
+        quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        tcsetattr(STDIN_FILENO, TCSANOW, &quiet);
+        std::fprintf(stderr, "callbook password: ");
+    }
     std::string password;
     for (int c = std::getchar(); c != EOF && c != '\n'; c = std::getchar())
         password += static_cast<char>(c);
+    if (terminal) {
+        tcsetattr(STDIN_FILENO, TCSANOW, &saved);
+        std::fprintf(stderr, "\n");
+    }
     if (!password.empty() && password.back() == '\r') password.pop_back();
     std::string error;
     if (!StoreCallbookPassword(configDir, password, &error)) return Fail(error);
