@@ -57,6 +57,8 @@ TEST(Dxcc, RealCallsGiveTheirEntities) {
         {"4U1UN", "United Nations HQ", 289},
         {"4U1ITU", "ITU HQ", 117},
         {"KC4AAA", "Antarctica", 13},
+        {"RI1ANC", "Antarctica", 13},
+        {"FT4YM", "Antarctica", 13},
         // Rare entities, many inside another one's block.
         {"1A0KM", "Sovereign Military Order of Malta", 246},
         {"OJ0B", "Market Reef", 167},
