@@ -26,6 +26,7 @@
 namespace veloran {
 
 class ModesFile;
+struct LiveContactState;
 
 // The element-set bulletin fetched by startDownloadingURL unless the user
 // chose another source.
@@ -282,6 +283,19 @@ class AppController {
     // 1 with the angles (degrees, as the rotor reports them) when a read-back
     // has succeeded since the rotor port opened; 0 otherwise.
     int rotorPosition(double* azimuth, double* elevation) const;
+
+    // --- The logbook's view of the station (contactstate.cpp) ---
+
+    // The AOS, as a time value, of the main satellite's pass under way, or of
+    // its last pass when it is below the horizon: "this pass" for the
+    // duplicate check. Searched over the day before the tick's instant; a
+    // satellite up all that day gives the day's start. 0 without a main
+    // satellite or without a pass in that day.
+    uint32_t currentPassAOS();
+    // What a contact saved now records: the main satellite and its selected
+    // mode (the frequencies at the satellite, trims included, never the
+    // radio's), the tick's instant, currentPassAOS, our call and locator.
+    void fillLiveContact(LiveContactState* state);
 
     // --- Devices lost and found (devices.cpp) ---
 

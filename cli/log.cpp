@@ -1,5 +1,9 @@
 // veloran-cli log: the contact log from the command line: list it, export it
-// as ADIF for LoTW (or CSV), import an ADIF file.
+// as ADIF for LoTW (or CSV), import an ADIF file, keep the callsign service's
+// password.
+
+#include <termios.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <string>
@@ -10,6 +14,7 @@
 #include "data/files.h"
 #include "engine/timebase.h"
 #include "logbook/adif.h"
+#include "logbook/callbook.h"
 #include "logbook/dxcc.h"
 #include "logbook/satnames.h"
 #include "logbook/store.h"
@@ -140,6 +145,33 @@ int Import(const Arguments& args, const LogFolders& folders) {
     return 0;
 }
 
+// The callsign service's password, read from the standard input so that it
+// shows in no process list or shell history; an empty line removes it.
+int StorePassword(const std::string& configDir) {
+    // Typed at a terminal, it is not echoed.
+    termios saved{};
+    const bool terminal = isatty(STDIN_FILENO) && tcgetattr(STDIN_FILENO, &saved) == 0;
+    if (terminal) {
+        termios quiet = saved;
+        quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        tcsetattr(STDIN_FILENO, TCSANOW, &quiet);
+        std::fprintf(stderr, "callbook password: ");
+    }
+    std::string password;
+    for (int c = std::getchar(); c != EOF && c != '\n'; c = std::getchar())
+        password += static_cast<char>(c);
+    if (terminal) {
+        tcsetattr(STDIN_FILENO, TCSANOW, &saved);
+        std::fprintf(stderr, "\n");
+    }
+    if (!password.empty() && password.back() == '\r') password.pop_back();
+    std::string error;
+    if (!StoreCallbookPassword(configDir, password, &error)) return Fail(error);
+    std::printf("callbook password %s %s\n", password.empty() ? "removed from" : "stored in",
+                CallbookPasswordPath(configDir).c_str());
+    return 0;
+}
+
 }  // namespace
 
 int RunLog(int argc, char** argv) {
@@ -154,7 +186,9 @@ int RunLog(int argc, char** argv) {
     if (verb == "list" && args.positional.size() == 1) return List(args, folders);
     if (verb == "export" && args.positional.size() == 1) return Export(args, folders);
     if (verb == "import") return Import(args, folders);
-    return Fail("log wants list, export or import (try --help)");
+    if (verb == "callbook-password" && args.positional.size() == 1)
+        return StorePassword(paths.configDir);
+    return Fail("log wants list, export, import or callbook-password (try --help)");
 }
 
 }  // namespace veloran::cli

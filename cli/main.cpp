@@ -69,9 +69,10 @@ const Command kCommands[] = {
      "      or the latitude and longitude of the centre of a locator's square"},
     {"log", veloran::cli::RunLog,
      "log list [--since DATE] | log export --adif FILE|--csv FILE [--since DATE] | log import "
-     "FILE\n"
+     "FILE | log callbook-password\n"
      "      the contact log in the data folder: list it, export it as ADIF for LoTW\n"
-     "      (or CSV), or add the contacts of an ADIF file"},
+     "      (or CSV), or add the contacts of an ADIF file; callbook-password reads the\n"
+     "      callsign service's password from the standard input into a private file"},
 };
 
 void PrintHelp(FILE* out) {

@@ -16,7 +16,6 @@
 #include "logbook/satnames.h"
 #include "logbook/store.h"
 #include "platform/qtcallbook.h"
-#include "radio/vforec.h"
 
 namespace veloran {
 
@@ -71,27 +70,6 @@ void ListAll(LogbookCore* core, LogbookFeed* feed) {
     emit feed->contactsListed(contacts);
 }
 
-// What the station knows at this moment: the main satellite, its mode, the
-// radio's frequencies and Doppler shifts, the tracker's time, our call and grid.
-void ReadLiveState(AppController* app, SatRec* sat, LiveContactState* state) {
-    SiteRec site;
-    app->GetSiteRec(&site);
-    FillStation(&site, state);
-    state->nowUTC = app->timeBaseSecs();
-    // The main satellite's number counts from 1.
-    if (app->mainSatNum() < 1 || !app->GetSatelliteRecordByIndex(app->mainSatNum() - 1, sat))
-        return;
-    state->satellite = sat->name;
-    if (sat->selectedModeIndex >= 0 && sat->selectedModeIndex < sat->numberOfActiveChannels)
-        state->mode = &sat->modes[sat->selectedModeIndex];
-    const VFORec& vfo = app->vfo();
-    state->radioUpMHz = vfo.up;
-    state->radioDownMHz = vfo.down;
-    state->dopplerTX = vfo.dopplerTX;
-    state->dopplerRX = vfo.dopplerRX;
-    state->listenForBeacon = vfo.up == 0;
-}
-
 bool WriteText(const std::string& path, const std::string& text) {
     return AtomicWriteFile(path, [&text](FILE* out) {
         return std::fwrite(text.data(), 1, text.size(), out) == text.size();
@@ -106,27 +84,22 @@ LogbookLink::LogbookLink(CorePost post, QObject* parent)
       feed_(new LogbookFeed, [](LogbookFeed* f) { f->deleteLater(); }),
       core_(std::make_shared<LogbookCore>()) {}
 
-void LogbookLink::save(const ContactEntry& entry, const QString& name, const QString& qth) {
-    post_([core = core_, feed = feed_, entry, name = name.toStdString(),
-           qth = qth.toStdString()](CoreSide& s) {
+void LogbookLink::save(const ContactEntry& entry) {
+    post_([core = core_, feed = feed_, entry](CoreSide& s) {
         if (!Ready(core.get(), s, feed.get())) return;
-        auto sat = std::make_unique<SatRec>();
         LiveContactState state;
-        ReadLiveState(s.app, sat.get(), &state);
-        ContactRec contact;
-        if (!MakeContact(&state, &entry, core->haveDxcc ? &core->dxcc : nullptr, &contact)) return;
-        contact.name = name;
-        contact.qth = qth;
-        contact.endUTC = contact.startUTC;
-        ContactRec earlier;
-        QString duplicate;
-        if (CheckDuplicate(&core->store, &contact, contact.startUTC - kPassLookBackSeconds,
-                           &earlier) == 1)
-            duplicate = Q(earlier.call) + " worked this pass";
-        if (!AddContact(&core->store, &contact)) {
+        s.app->fillLiveContact(&state);
+        ContactRec contact, earlier;
+        const LiveSave result =
+            SaveLiveContact(&core->store, &state, &entry, core->haveDxcc ? &core->dxcc : nullptr,
+                            &contact, &earlier);
+        if (result == LiveSave::NoCall) return;
+        if (result == LiveSave::Failed) {
             emit feed->failed(Q("Not logged: " + core->store.error));
             return;
         }
+        QString duplicate;
+        if (result == LiveSave::Duplicate) duplicate = Q(earlier.call) + " worked this pass";
         emit feed->contactSaved(contact, duplicate);
         ListAll(core.get(), feed.get());
     });
@@ -144,7 +117,7 @@ void LogbookLink::findCountry(const QString& call) {
 void LogbookLink::lookUp(const QString& call) {
     post_([core = core_, feed = feed_, call](CoreSide& s) {
         CallbookSettings settings;
-        ReadCallbookSettings(*s.defaults, &settings);
+        ReadCallbookSettings(s.defaults, s.app->paths().configDir, &settings);
         if (!settings.enabled || settings.user.empty()) return;
         // Changed settings (a new password) take a fresh client.
         const CallbookSettings& was = core->callbookSettings;

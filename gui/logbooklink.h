@@ -42,7 +42,7 @@ class LogbookLink : public QObject {
     LogbookFeed* feed() const { return feed_.get(); }
 
     // Makes a contact from what the station knows now and saves it.
-    void save(const ContactEntry& entry, const QString& name, const QString& qth);
+    void save(const ContactEntry& entry);
     void findCountry(const QString& call);
     // Asks the callsign service when the settings have it on; silent otherwise.
     void lookUp(const QString& call);

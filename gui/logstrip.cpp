@@ -156,7 +156,9 @@ void LogStrip::save() {
     entry.rstRcvd = rstRcvd_->text().trimmed().toStdString();
     entry.grid = grid_->text().trimmed().toUpper().toStdString();
     entry.comment = comment_->text().trimmed().toStdString();
-    link_->save(entry, name_->text().trimmed(), qth_->text().trimmed());
+    entry.name = name_->text().trimmed().toStdString();
+    entry.qth = qth_->text().trimmed().toStdString();
+    link_->save(entry);
     clearEntry();
 }
 

@@ -4,9 +4,17 @@
 
 #include "logbook/callbook.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <pugixml.hpp>
+
+#include "data/files.h"
 
 namespace veloran {
 
@@ -43,15 +51,67 @@ std::string Child(const pugi::xml_node& node, const char* name) {
 
 }  // namespace
 
-void ReadCallbookSettings(const UserDefaults& defaults, CallbookSettings* settings) {
+std::string CallbookPasswordPath(const std::string& configDir) {
+    return configDir + "/" + kCallbookPasswordFileName;
+}
+
+int StoreCallbookPassword(const std::string& configDir, const std::string& password,
+                          std::string* error) {
+    const std::string path = CallbookPasswordPath(configDir);
+    if (password.empty()) {
+        if (std::remove(path.c_str()) == 0 || errno == ENOENT) return 1;
+        if (error) *error = "cannot remove " + path + ": " + std::strerror(errno);
+        return 0;
+    }
+    if (!MakeDirectories(configDir)) {
+        if (error) *error = "cannot create the folder " + configDir;
+        return 0;
+    }
+    // The rewrite keeps the permissions of the file it replaces, so the file
+    // is made private before anything is written into it.
+    const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd < 0 || fchmod(fd, 0600) != 0) {
+        if (error) *error = "cannot write " + path + ": " + std::strerror(errno);
+        if (fd >= 0) close(fd);
+        return 0;
+    }
+    close(fd);
+    if (!AtomicWriteFile(path, [&password](FILE* out) {
+            return std::fwrite(password.data(), 1, password.size(), out) == password.size();
+        })) {
+        if (error) *error = "cannot write " + path;
+        return 0;
+    }
+    return 1;
+}
+
+void ReadCallbookSettings(UserDefaults* defaults, const std::string& configDir,
+                          CallbookSettings* settings) {
     int32_t enabled = 0;
-    if (defaults.readBool(callbookkeys::kEnabled, &enabled)) settings->enabled = enabled != 0;
-    if (defaults.contains(callbookkeys::kUser))
-        settings->user = defaults.stringForKey(callbookkeys::kUser);
-    if (defaults.contains(callbookkeys::kPassword))
-        settings->password = defaults.stringForKey(callbookkeys::kPassword);
-    if (!defaults.stringForKey(callbookkeys::kUrl).empty())
-        settings->url = defaults.stringForKey(callbookkeys::kUrl);
+    if (defaults->readBool(callbookkeys::kEnabled, &enabled)) settings->enabled = enabled != 0;
+    if (defaults->contains(callbookkeys::kUser))
+        settings->user = defaults->stringForKey(callbookkeys::kUser);
+    if (!defaults->stringForKey(callbookkeys::kUrl).empty())
+        settings->url = defaults->stringForKey(callbookkeys::kUrl);
+    if (defaults->contains(callbookkeys::kPassword)) {
+        const std::string old = defaults->stringForKey(callbookkeys::kPassword);
+        std::string error;
+        if (old.empty() || StoreCallbookPassword(configDir, old, &error)) {
+            defaults->removeKey(callbookkeys::kPassword);
+        } else {
+            std::fprintf(stderr, "callbook: %s; the password stays in the settings\n",
+                         error.c_str());
+            settings->password = old;
+            return;
+        }
+    }
+    const std::string path = CallbookPasswordPath(configDir);
+    std::string text;
+    if (!ReadWholeFile(path, &text)) return;
+    struct stat st {};
+    if (stat(path.c_str(), &st) == 0 && (st.st_mode & 077) != 0) chmod(path.c_str(), 0600);
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+    settings->password = text;
 }
 
 std::string CallbookLoginUrl(const CallbookSettings* settings) {

@@ -16,6 +16,8 @@ namespace veloran {
 namespace callbookkeys {
 constexpr const char* kEnabled = "callbook_enabled";  // off unless the user turns it on
 constexpr const char* kUser = "callbook_user";
+// Read once from a settings file of an older release, then moved to the
+// password file and removed from the settings.
 constexpr const char* kPassword = "callbook_password";
 constexpr const char* kUrl = "callbook_url";  // the service's XML address
 }  // namespace callbookkeys
@@ -31,8 +33,24 @@ struct CallbookSettings {
     std::string url = kCallbookDefaultUrl;
 };
 
-// The settings as stored; missing keys leave the defaults (off).
-void ReadCallbookSettings(const UserDefaults& defaults, CallbookSettings* settings);
+// The password lives apart from the settings file, in this file of the
+// config folder: the password alone (no line end needed), readable and
+// writable by its owner only.
+constexpr const char* kCallbookPasswordFileName = "callbook-password";
+std::string CallbookPasswordPath(const std::string& configDir);
+
+// Stores the password in the config folder's password file, created 0600 (an
+// existing one is made 0600 first); an empty password removes the file.
+// 0 with *error filled when the folder or the file cannot be written.
+int StoreCallbookPassword(const std::string& configDir, const std::string& password,
+                          std::string* error);
+
+// The settings as stored; missing keys leave the defaults (off). The password
+// comes from the password file in configDir; a password still in the settings
+// is moved there and removed from them (kept in the settings when the file
+// cannot be written).
+void ReadCallbookSettings(UserDefaults* defaults, const std::string& configDir,
+                          CallbookSettings* settings);
 
 // The address that opens a session: "<url>?u=USER&p=PASSWORD", both
 // percent-encoded.

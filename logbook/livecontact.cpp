@@ -27,7 +27,7 @@ std::string BaseCall(const std::string& call) {
     return upper;
 }
 
-// Frequencies are logged to the hertz, as the radio is tuned.
+// Frequencies are logged to the hertz.
 double ToHertz(double mhz) {
     return std::round(mhz * 1e6) / 1e6;
 }
@@ -71,6 +71,19 @@ std::string AdifModeOf(int commMode) {
     }
 }
 
+void FillMode(const ModeRec* mode, LiveContactState* state) {
+    if (!mode || !state) return;
+    state->transponder = std::string(mode->channel, strnlen(mode->channel, sizeof mode->channel));
+    state->commMode = mode->commMode;
+    state->uplinkMHz = mode->upFreq != 0 ? mode->upFreq + mode->TXOffset : 0;
+    if (mode->downFreq != 0)
+        state->downlinkMHz = mode->downFreq + mode->RXOffset;
+    else if (mode->beaconFreq != 0)
+        state->downlinkMHz = mode->beaconFreq + mode->BEOffset;
+    else
+        state->downlinkMHz = 0;
+}
+
 int MakeContact(const LiveContactState* state, const ContactEntry* entry, const DxccTable* dxcc,
                 ContactRec* out) {
     *out = ContactRec();
@@ -80,25 +93,16 @@ int MakeContact(const LiveContactState* state, const ContactEntry* entry, const 
     out->rstRcvd = entry->rstRcvd;
     out->grid = entry->grid;
     out->comment = entry->comment;
+    out->name = entry->name;
+    out->qth = entry->qth;
     out->startUTC = state->nowUTC;
-    out->satellite = state->satellite ? state->satellite : "";
+    out->satellite = state->satellite;
     out->myCall = Upper(state->myCall);
     out->myGrid = state->myGrid;
-    if (const ModeRec* m = state->mode) {
-        out->transponder = m->channel;
-        out->mode = AdifModeOf(m->commMode);
-        if (state->listenForBeacon || state->radioUpMHz == 0) {
-            out->uplinkMHz = m->upFreq + m->TXOffset;
-            out->downlinkMHz = m->downFreq + m->RXOffset;
-        } else {
-            // The radio sends (up) and the satellite hears up + offset +
-            // shift; the satellite sends what the radio hears less the shift.
-            out->uplinkMHz = state->radioUpMHz + m->txVrtrUp + state->dopplerTX;
-            out->downlinkMHz = state->radioDownMHz + m->txVrtrDn - state->dopplerRX;
-        }
-        out->uplinkMHz = ToHertz(out->uplinkMHz);
-        out->downlinkMHz = ToHertz(out->downlinkMHz);
-    }
+    out->transponder = state->transponder;
+    out->mode = AdifModeOf(state->commMode);
+    out->uplinkMHz = ToHertz(state->uplinkMHz);
+    out->downlinkMHz = ToHertz(state->downlinkMHz);
     if (dxcc) {
         if (const DxccEntity* e = LookupDxcc(dxcc, out->call)) {
             out->country = e->name;
@@ -130,6 +134,24 @@ int CheckDuplicate(LogStore* store, const ContactRec* contact, uint32_t passStar
     if (index < 0) return 0;
     if (earlier) *earlier = recent[static_cast<size_t>(index)];
     return 1;
+}
+
+LiveSave SaveLiveContact(LogStore* store, const LiveContactState* state, const ContactEntry* entry,
+                         const DxccTable* dxcc, ContactRec* saved, ContactRec* earlier) {
+    ContactRec contact;
+    if (!MakeContact(state, entry, dxcc, &contact)) return LiveSave::NoCall;
+    contact.endUTC = contact.startUTC;
+    uint32_t passStart = state->passAOSUTC;
+    if (passStart == 0 || passStart > contact.startUTC)
+        passStart =
+            contact.startUTC > kPassLookBackSeconds ? contact.startUTC - kPassLookBackSeconds : 0;
+    ContactRec before;
+    const int duplicate = CheckDuplicate(store, &contact, passStart, &before);
+    if (duplicate < 0 || !AddContact(store, &contact)) return LiveSave::Failed;
+    if (saved) *saved = contact;
+    if (duplicate == 0) return LiveSave::Saved;
+    if (earlier) *earlier = before;
+    return LiveSave::Duplicate;
 }
 
 }  // namespace veloran

@@ -14,19 +14,27 @@
 
 namespace veloran {
 
-// The live state the window hands over when a contact is saved.
+// What the station knows at the moment a contact is saved, as value copies.
 struct LiveContactState {
-    const char* satellite = "";     // the main satellite's name
-    const ModeRec* mode = nullptr;  // its selected transponder mode
-    double radioUpMHz = 0;          // the uplink the radio is set to (0 on the beacon)
-    double radioDownMHz = 0;        // the downlink the radio is set to
-    double dopplerTX = 0;           // Doppler shift of the uplink, MHz, as the tuner used it
-    double dopplerRX = 0;           // Doppler shift of the downlink, MHz
-    bool listenForBeacon = false;   // the radio is on the beacon
-    uint32_t nowUTC = 0;            // seconds since 1904
+    std::string satellite;    // the main satellite's name; empty when there is none
+    std::string transponder;  // the selected mode's channel name
+    int commMode = 0;         // the selected mode's commMode (0 without a mode)
+    double uplinkMHz = 0;     // uplink at the satellite: the mode's, trims included, MHz
+    double downlinkMHz = 0;   // downlink at the satellite, trims included, MHz
+    uint32_t nowUTC = 0;      // seconds since 1904
+    uint32_t passAOSUTC = 0;  // AOS of the main satellite's pass under way or last begun; 0 unknown
     std::string myCall;
     std::string myGrid;  // the station's locator
 };
+
+// The transponder part of the state from the selected mode: its channel,
+// commMode and the frequencies at the satellite. Those are the mode's uplink
+// and downlink plus the operator's trims (TXOffset, RXOffset), before any
+// transverter offset is taken off and without Doppler, so they are exact
+// whatever the radio was last sent: the retune threshold and the radio's own
+// rounding leave them alone. On the beacon the uplink is still the mode's;
+// a mode without a downlink logs its beacon (with BEOffset).
+void FillMode(const ModeRec* mode, LiveContactState* state);
 
 // Our call and six-character locator from the site record.
 void FillStation(const SiteRec* site, LiveContactState* state);
@@ -38,16 +46,15 @@ struct ContactEntry {
     std::string rstRcvd;
     std::string grid;
     std::string comment;
+    std::string name;  // the operator's name, as typed or looked up
+    std::string qth;
 };
 
 // The ADIF mode of a transponder mode's commMode: "FM", "SSB", "CW", "AM",
 // "PKT" for the mixed digital one; empty when it says nothing.
 std::string AdifModeOf(int commMode);
 
-// Fills *out from the entry and the live state. The frequencies are those at
-// the satellite: the radio's settings with the transverter offsets put back
-// and the Doppler shift taken out, so a transverter station logs the real
-// band; on the beacon, the mode's uplink and downlink with the user's tweaks.
+// Fills *out from the entry and the live state, frequencies to the hertz.
 // The country comes from `dxcc` when given. 0 when the call is empty.
 int MakeContact(const LiveContactState* state, const ContactEntry* entry, const DxccTable* dxcc,
                 ContactRec* out);
@@ -58,15 +65,28 @@ int MakeContact(const LiveContactState* state, const ContactEntry* entry, const 
 int FindDuplicate(const std::vector<ContactRec>& log, const ContactRec* contact,
                   uint32_t passStartUTC, uint32_t passEndUTC);
 
-// How far back a pass reaches when its AOS is not known: longer than any
-// low-orbit pass, shorter than an orbit, so only this pass is searched.
+// How far back "this pass" reaches when the pass's AOS is not known (no
+// main satellite): longer than any low-orbit pass, shorter than an orbit.
 constexpr uint32_t kPassLookBackSeconds = 30 * 60;
 
 // Whether the log already holds this station on this satellite since
-// passStartUTC (the AOS of the pass in progress, or the contact's start less
-// kPassLookBackSeconds). 1 with the earlier contact in *earlier, 0 when not,
-// -1 when the log cannot be read (store->error says why).
+// passStartUTC, the AOS of the pass. 1 with the earlier contact in *earlier,
+// 0 when not, -1 when the log cannot be read (store->error says why).
 int CheckDuplicate(LogStore* store, const ContactRec* contact, uint32_t passStartUTC,
                    ContactRec* earlier);
+
+// What saving a contact from the live state came to.
+enum class LiveSave {
+    Failed,     // not saved: store->error says why
+    NoCall,     // nothing typed: nothing saved
+    Saved,      // saved, a new station on this pass
+    Duplicate,  // saved, but the station was already worked on this pass (*earlier)
+};
+
+// Makes the contact (MakeContact, its end time its start), checks it against
+// the contacts since the pass's AOS (state->passAOSUTC, or the start less
+// kPassLookBackSeconds when that is not known) and adds it to the store.
+LiveSave SaveLiveContact(LogStore* store, const LiveContactState* state, const ContactEntry* entry,
+                         const DxccTable* dxcc, ContactRec* saved, ContactRec* earlier);
 
 }  // namespace veloran

@@ -43,15 +43,11 @@ TEST(CliLog, APassContactRoundTripsThroughAdif) {
     fm.downFreq = 437.8;
     LiveContactState state;
     state.satellite = "ISS";
-    state.mode = &fm;
-    state.radioUpMHz = 145.99 - 0.0031;  // mid-pass, full Doppler tuning
-    state.radioDownMHz = 437.8 + 0.0093;
-    state.dopplerTX = 0.0031;
-    state.dopplerRX = 0.0093;
+    FillMode(&fm, &state);
     state.nowUTC = testing::Utc(2026, 11, 21, 18, 30, 5);
     state.myCall = "VE3XYZ";
     state.myGrid = "FN03gr";
-    ContactEntry entry{"KH6ABC", "59", "57", "BL11bh", "loud"};
+    ContactEntry entry{"KH6ABC", "59", "57", "BL11bh", "loud", "", ""};
     ContactRec logged;
     ASSERT_EQ(MakeContact(&state, &entry, nullptr, &logged), 1);
     LogStore store;

@@ -601,11 +601,11 @@ TEST_F(Window, ContactLoggedDuringAPassCarriesThatMomentAndExportsForLotw) {
     EXPECT_EQ(first->startUTC, virtualNow);
     EXPECT_EQ(first->grid, "JO62QM");
     EXPECT_EQ(first->country, "Federal Republic of Germany");
-    // The repeater's frequencies as the ISS sees them (mode.dat), not the
-    // Doppler-shifted ones the radio was on (up to 10 kHz off at 70 cm);
-    // what is left is the radio's tuning step.
-    EXPECT_NEAR(first->uplinkMHz, 145.990, 2e-4);
-    EXPECT_NEAR(first->downlinkMHz, 437.800, 2e-4);
+    // The repeater's frequencies as the ISS sees them (mode.dat), to the
+    // hertz, not the Doppler-shifted ones the radio was on (up to 10 kHz off
+    // at 70 cm).
+    EXPECT_DOUBLE_EQ(first->uplinkMHz, 145.990);
+    EXPECT_DOUBLE_EQ(first->downlinkMHz, 437.800);
     EXPECT_GT(std::fabs(radioDown - 437.800), 1e-4) << "mid-pass the radio is Doppler-shifted";
 
     auto* filter = book->findChild<QLineEdit*>("logbookFilter");

@@ -3,26 +3,72 @@
 #include "logbook/callbook.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "../data/scratch.h"
 
 namespace veloran {
 namespace {
 
 TEST(Callbook, SettingsAndAddresses) {
+    testing::ScratchDir config;
     MemoryUserDefaults defaults;
     CallbookSettings settings;
-    ReadCallbookSettings(defaults, &settings);
+    ReadCallbookSettings(&defaults, config.path(), &settings);
     EXPECT_FALSE(settings.enabled);  // off until the user turns it on
     EXPECT_EQ(settings.url, kCallbookDefaultUrl);
+    EXPECT_EQ(settings.password, "");
     defaults.setBool(callbookkeys::kEnabled, true);
     defaults.setString(callbookkeys::kUser, "ve3xyz");
-    defaults.setString(callbookkeys::kPassword, "p&ss w=rd%");
+    ASSERT_EQ(StoreCallbookPassword(config.path(), "p&ss w=rd%", nullptr), 1);
     defaults.setString(callbookkeys::kUrl, "http://127.0.0.1:8080/xml.php");
-    ReadCallbookSettings(defaults, &settings);
+    ReadCallbookSettings(&defaults, config.path(), &settings);
     EXPECT_TRUE(settings.enabled);
     EXPECT_EQ(CallbookLoginUrl(&settings),
               "http://127.0.0.1:8080/xml.php?u=ve3xyz&p=p%26ss%20w%3Drd%25");
     EXPECT_EQ(CallbookSearchUrl(&settings, "0a1b", "g4abc/p"),
               "http://127.0.0.1:8080/xml.php?id=0a1b&callsign=G4ABC%2FP&prg=Veloran");
+}
+
+// The password is kept out of the settings in a file only its owner can read;
+// one left in the settings by an older release moves there.
+TEST(Callbook, PasswordIsPrivate) {
+    testing::ScratchDir config;
+    const std::string path = CallbookPasswordPath(config.path());
+    auto mode = [&] {
+        struct stat st {};
+        return stat(path.c_str(), &st) == 0 ? static_cast<int>(st.st_mode & 0777) : -1;
+    };
+    MemoryUserDefaults defaults;
+    defaults.setString(callbookkeys::kPassword, "s3cret");
+    CallbookSettings settings;
+    ReadCallbookSettings(&defaults, config.path(), &settings);
+    EXPECT_EQ(settings.password, "s3cret");
+    EXPECT_FALSE(defaults.contains(callbookkeys::kPassword));
+    EXPECT_EQ(mode(), 0600);
+
+    // A file made world-readable by hand, with a line end, is read and closed again.
+    testing::WriteText(path, "n3w pass\n");
+    ASSERT_EQ(chmod(path.c_str(), 0644), 0);
+    ReadCallbookSettings(&defaults, config.path(), &settings);
+    EXPECT_EQ(settings.password, "n3w pass");
+    EXPECT_EQ(mode(), 0600);
+    // Rewriting keeps it private; an empty password removes it.
+    ASSERT_EQ(chmod(path.c_str(), 0644), 0);
+    ASSERT_EQ(StoreCallbookPassword(config.path(), "other", nullptr), 1);
+    EXPECT_EQ(mode(), 0600);
+    EXPECT_EQ(testing::ReadText(path), "other");
+    ASSERT_EQ(StoreCallbookPassword(config.path(), "", nullptr), 1);
+    EXPECT_EQ(mode(), -1);
+
+    // A folder that cannot be written keeps the old password in the settings.
+    defaults.setString(callbookkeys::kPassword, "kept");
+    std::string error;
+    EXPECT_EQ(StoreCallbookPassword("/proc/veloran-none", "x", &error), 0);
+    EXPECT_FALSE(error.empty());
+    ReadCallbookSettings(&defaults, "/proc/veloran-none", &settings);
+    EXPECT_EQ(settings.password, "kept");
+    EXPECT_TRUE(defaults.contains(callbookkeys::kPassword));
 }
 
 TEST(Callbook, Answers) {

@@ -23,10 +23,8 @@ ModeRec Mode(const char* channel, int16_t commMode, double up, double down) {
 }
 
 TEST(LiveContact, FrequenciesAreThoseAtTheSatellite) {
-    // Radio settings from the tuner's rules: up = TXOffset + upFreq - txVrtrUp
-    // - dopplerTX and down = RXOffset + downFreq - txVrtrDn + dopplerRX with
-    // full Doppler tuning; an inverting transponder tuned on the downlink
-    // only keeps up fixed and puts -dopplerTX + dopplerRX on the downlink.
+    // The mode's frequencies plus the trims, never what the radio was set to:
+    // transverter offsets and Doppler stay out, the beacon changes nothing.
     ModeRec fm = Mode("FM", 2, 145.85, 436.795);
     ModeRec qo100 = Mode("NB", 16, 2400.1, 10489.6);
     qo100.txVrtrUp = 2256.0;
@@ -34,39 +32,34 @@ TEST(LiveContact, FrequenciesAreThoseAtTheSatellite) {
     ModeRec ao7 = Mode("Mode B", 4, 432.15, 145.95);
     ao7.TXOffset = 0.001;
     ao7.RXOffset = -0.002;
-    ModeRec fo29 = Mode("SSB", 3, 145.95, 435.85);
+    ao7.BEOffset = 0.0005;
+    ao7.beaconFreq = 145.9775;
+    ModeRec beaconOnly = Mode("Beacon", 17, 0, 0);
+    beaconOnly.beaconFreq = 435.35;
+    beaconOnly.BEOffset = -0.0004;
     const struct {
-        const char* what;
         const ModeRec* mode;
-        double radioUp, radioDown, dopplerTX, dopplerRX;
-        bool beacon;
         double up, down;
         const char* adifMode;
     } cases[] = {
-        {"full Doppler", &fm, 145.847, 436.786, 0.003, -0.009, false, 145.85, 436.795, "FM"},
-        {"transverters", &qo100, 144.1, 144.6, 0, 0, false, 2400.1, 10489.6, "SSB"},
-        {"on the beacon", &ao7, 0, 145.9775, 0.01, 0.003, true, 432.151, 145.948, "SSB"},
-        {"inverting, downlink only", &fo29, 145.95, 435.856, 0.003, 0.009, false, 145.953, 435.847,
-         "SSB"},
+        {&fm, 145.85, 436.795, "FM"},
+        {&qo100, 2400.1, 10489.6, "SSB"},
+        {&ao7, 432.151, 145.948, "SSB"},
+        {&beaconOnly, 0, 435.3496, ""},
     };
     for (const auto& c : cases) {
         LiveContactState state;
         state.satellite = "QO-100";
-        state.mode = c.mode;
-        state.radioUpMHz = c.radioUp;
-        state.radioDownMHz = c.radioDown;
-        state.dopplerTX = c.dopplerTX;
-        state.dopplerRX = c.dopplerRX;
-        state.listenForBeacon = c.beacon;
+        FillMode(c.mode, &state);
         state.nowUTC = 3900000000u;
         state.myCall = "ve3xyz";
         state.myGrid = "FN03gr";
-        ContactEntry entry{"dl1abc", "59", "55", "JO62", ""};
+        ContactEntry entry{"dl1abc", "59", "55", "JO62", "", "", ""};
         ContactRec out;
         ASSERT_EQ(MakeContact(&state, &entry, nullptr, &out), 1);
-        EXPECT_DOUBLE_EQ(out.uplinkMHz, c.up) << c.what;  // rounded to the hertz
-        EXPECT_DOUBLE_EQ(out.downlinkMHz, c.down) << c.what;
-        EXPECT_EQ(out.mode, c.adifMode) << c.what;
+        EXPECT_DOUBLE_EQ(out.uplinkMHz, c.up) << c.mode->channel;
+        EXPECT_DOUBLE_EQ(out.downlinkMHz, c.down) << c.mode->channel;
+        EXPECT_EQ(out.mode, c.adifMode) << c.mode->channel;
         EXPECT_EQ(out.transponder, c.mode->channel);
         EXPECT_EQ(out.call, "DL1ABC");
         EXPECT_EQ(out.myCall, "VE3XYZ");
@@ -94,7 +87,7 @@ TEST(LiveContact, CountryFromTheTable) {
     DxccTable table;
     ASSERT_EQ(LoadDxccTable(testing::Resource(kDxccFileName), &table, nullptr), 1);
     LiveContactState state;
-    ContactEntry entry{"kh6/w1aw", "", "", "", ""};
+    ContactEntry entry{"kh6/w1aw", "", "", "", "", "", ""};
     ContactRec out;
     ASSERT_EQ(MakeContact(&state, &entry, &table, &out), 1);
     EXPECT_EQ(out.country, "Hawaii");

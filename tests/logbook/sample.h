@@ -1,5 +1,10 @@
-// A contact with every field filled, for the store and ADIF suites.
+// A contact with every field filled, for the store and ADIF suites, and the
+// field-by-field comparison of two contacts.
 #pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
 
 #include "engine/timebase.h"
 #include "logbook/contact.h"
@@ -17,59 +22,62 @@ inline uint32_t Utc(int year, int month, int day, int hour, int minute, int seco
     return QFDateToSeconds(&d);
 }
 
+// Every text field of a contact: its name for failure messages and the
+// value FullContact gives it.
+struct ContactTextField {
+    const char* name;
+    std::string ContactRec::*field;
+    const char* sample;
+};
+inline const ContactTextField kContactTextFields[] = {
+    {"call", &ContactRec::call, "KH6ABC"},
+    {"grid", &ContactRec::grid, "BL11bh"},
+    {"rstSent", &ContactRec::rstSent, "59"},
+    {"rstRcvd", &ContactRec::rstRcvd, "57"},
+    {"myCall", &ContactRec::myCall, "VE3XYZ"},
+    {"myGrid", &ContactRec::myGrid, "FN03gr"},
+    {"satellite", &ContactRec::satellite, "ISS"},
+    {"transponder", &ContactRec::transponder, "FM Rptr"},
+    {"mode", &ContactRec::mode, "FM"},
+    {"submode", &ContactRec::submode, ""},
+    {"name", &ContactRec::name, "Keoni, \"Kai\""},
+    {"qth", &ContactRec::qth, "Honolulu"},
+    {"comment", &ContactRec::comment, "first <ISS> contact"},
+    {"lotwSent", &ContactRec::lotwSent, "Y"},
+    {"lotwRcvd", &ContactRec::lotwRcvd, "N"},
+    {"qslSent", &ContactRec::qslSent, "R"},
+    {"qslRcvd", &ContactRec::qslRcvd, "N"},
+    {"country", &ContactRec::country, "Hawaii"},
+};
+
+// A contact with every field filled, quotes and markup in the text.
 inline ContactRec FullContact() {
     ContactRec c;
     c.startUTC = Utc(2026, 11, 21, 18, 30, 5);
     c.endUTC = Utc(2026, 11, 21, 18, 31, 40);
-    c.call = "KH6ABC";
-    c.grid = "BL11bh";
-    c.rstSent = "59";
-    c.rstRcvd = "57";
-    c.myCall = "VE3XYZ";
-    c.myGrid = "FN03gr";
-    c.satellite = "ISS";
-    c.transponder = "FM Rptr";
     c.uplinkMHz = 145.99;
     c.downlinkMHz = 437.8;
-    c.mode = "FM";
-    c.name = "Keoni, \"Kai\"";
-    c.qth = "Honolulu";
-    c.comment = "first <ISS> contact";
-    c.lotwSent = "Y";
-    c.lotwRcvd = "N";
-    c.qslSent = "R";
-    c.qslRcvd = "N";
-    c.country = "Hawaii";
     c.dxcc = 110;
+    for (const ContactTextField& f : kContactTextFields) c.*f.field = f.sample;
     return c;
 }
 
 // Field-by-field comparison with names in the failure message.
-#define EXPECT_SAME_CONTACT(a, b)                           \
-    do {                                                    \
-        EXPECT_EQ((a).startUTC, (b).startUTC);              \
-        EXPECT_EQ((a).endUTC, (b).endUTC);                  \
-        EXPECT_EQ((a).call, (b).call);                      \
-        EXPECT_EQ((a).grid, (b).grid);                      \
-        EXPECT_EQ((a).rstSent, (b).rstSent);                \
-        EXPECT_EQ((a).rstRcvd, (b).rstRcvd);                \
-        EXPECT_EQ((a).myCall, (b).myCall);                  \
-        EXPECT_EQ((a).myGrid, (b).myGrid);                  \
-        EXPECT_EQ((a).satellite, (b).satellite);            \
-        EXPECT_EQ((a).transponder, (b).transponder);        \
-        EXPECT_DOUBLE_EQ((a).uplinkMHz, (b).uplinkMHz);     \
-        EXPECT_DOUBLE_EQ((a).downlinkMHz, (b).downlinkMHz); \
-        EXPECT_EQ((a).mode, (b).mode);                      \
-        EXPECT_EQ((a).submode, (b).submode);                \
-        EXPECT_EQ((a).name, (b).name);                      \
-        EXPECT_EQ((a).qth, (b).qth);                        \
-        EXPECT_EQ((a).comment, (b).comment);                \
-        EXPECT_EQ((a).lotwSent, (b).lotwSent);              \
-        EXPECT_EQ((a).lotwRcvd, (b).lotwRcvd);              \
-        EXPECT_EQ((a).qslSent, (b).qslSent);                \
-        EXPECT_EQ((a).qslRcvd, (b).qslRcvd);                \
-        EXPECT_EQ((a).country, (b).country);                \
-        EXPECT_EQ((a).dxcc, (b).dxcc);                      \
+inline void ExpectSameContact(const ContactRec& a, const ContactRec& b) {
+    EXPECT_EQ(a.startUTC, b.startUTC);
+    EXPECT_EQ(a.endUTC, b.endUTC);
+    EXPECT_DOUBLE_EQ(a.uplinkMHz, b.uplinkMHz);
+    EXPECT_DOUBLE_EQ(a.downlinkMHz, b.downlinkMHz);
+    EXPECT_EQ(a.dxcc, b.dxcc);
+    for (const ContactTextField& f : kContactTextFields)
+        EXPECT_EQ(a.*f.field, b.*f.field) << f.name;
+}
+
+// The comparison, with the caller's line in a failure.
+#define EXPECT_SAME_CONTACT(a, b)                    \
+    do {                                             \
+        SCOPED_TRACE("EXPECT_SAME_CONTACT");         \
+        ::veloran::testing::ExpectSameContact(a, b); \
     } while (0)
 
 }  // namespace veloran::testing
