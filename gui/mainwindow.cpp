@@ -37,7 +37,6 @@
 #include "app/appcontroller.h"
 #include "app/tracklist.h"
 #include "data/settings.h"
-#include "engine/units.h"
 #include "gui/globetab.h"
 #include "gui/horizonwidget.h"
 #include "gui/logbooklink.h"
@@ -54,6 +53,7 @@
 #include "gui/simulateddevices.h"
 #include "gui/skywidget.h"
 #include "gui/theme.h"
+#include "gui/time1904.h"
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
 
@@ -733,9 +733,7 @@ void MainWindow::showPasses() {
         passesWindow_ = new PassesWindow(post_, this);
         connect(passesWindow_, &PassesWindow::aosChosen, this, [this](uint32_t aos) {
             // The slider holds minutes from real time.
-            const qint64 now =
-                QDateTime::currentSecsSinceEpoch() + static_cast<qint64>(kSecondsFrom1904To1970);
-            const qint64 minutes = (static_cast<qint64>(aos) - now) / 60;
+            const qint64 minutes = (static_cast<qint64>(aos) - Now1904()) / 60;
             timeSlider_->setValue(static_cast<int>(
                 std::clamp<qint64>(minutes, timeSlider_->minimum(), timeSlider_->maximum())));
         });

@@ -6,15 +6,14 @@
 #include <QColor>
 #include <QDateTime>
 
-#include "engine/units.h"
+#include "gui/time1904.h"
 
 namespace veloran {
 
 namespace {
 
 QDateTime Utc(uint32_t secs) {
-    return QDateTime::fromSecsSinceEpoch(
-        static_cast<qint64>(secs) - static_cast<qint64>(kSecondsFrom1904To1970), Qt::UTC);
+    return DateTimeFrom1904(secs);
 }
 
 QString Number(double value, int decimals) {

@@ -23,8 +23,8 @@
 
 #include "app/appcontroller.h"
 #include "engine/timebase.h"
-#include "engine/units.h"
 #include "gui/skywidget.h"
+#include "gui/time1904.h"
 #include "views/skyplot.h"
 
 namespace veloran {
@@ -293,8 +293,7 @@ void PassesWindow::exportFile(bool calendar) {
         calendar ? "passes.ics" : "passes.csv",
         calendar ? tr("iCalendar (*.ics)") : tr("CSV (*.csv)"));
     if (path.isEmpty()) return;
-    const uint32_t stamp = static_cast<uint32_t>(QDateTime::currentSecsSinceEpoch() +
-                                                 static_cast<qint64>(kSecondsFrom1904To1970));
+    const uint32_t stamp = static_cast<uint32_t>(Now1904());
     const QString text = calendar ? PassesICalendar(rows, stamp) : PassesCsv(rows);
     // Written beside the old file and renamed over it, so a full disk never
     // leaves half a calendar.
