@@ -202,7 +202,9 @@ void KepsDownloadDialog::showSources(std::shared_ptr<const KepsSourcesSnapshot> 
     }
     sources_->setCurrentRow(select);
     if (snapshot->autoStopped.empty()) {
-        autoState_->setText(tr("Automatic updates: running."));
+        autoState_->setText(automaticHours_ > 0
+                                ? tr("Automatic updates: every %1 hours.").arg(automaticHours_)
+                                : tr("Automatic updates: off (start with --keps-update-hours N)."));
         resume_->hide();
     } else {
         autoState_->setText(tr("Automatic updates are stopped: %1.")

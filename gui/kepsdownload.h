@@ -33,6 +33,9 @@ class KepsDownloadDialog : public QDialog {
     // Asks the core for the sources and shows the dialog; "insist" is off
     // on every opening.
     void open() override;
+    // How often the station fetches by itself (0: never), for the
+    // automatic updates' line.
+    void setAutomaticHours(double hours) { automaticHours_ = hours; }
     // The address the dialog would fetch now; empty when none is chosen.
     QString chosenURL() const;
 
@@ -58,6 +61,7 @@ class KepsDownloadDialog : public QDialog {
     QRadioButton *replace_, *merge_;
     QCheckBox* insist_;
     QStringList userURLs_;
+    double automaticHours_ = 0;
 };
 
 }  // namespace veloran

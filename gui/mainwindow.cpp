@@ -616,6 +616,7 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
     }
     nightAction_->setChecked(prefs.night);
     setNight(prefs.night);
+    kepsDownload_->setAutomaticHours(prefs.kepsUpdateHours);
     if (!prefs.trackListColumns.isEmpty()) trackList_->restoreColumnLayout(prefs.trackListColumns);
     radioMenu_->clear();
     for (int i = 0; i < prefs.radioNames.size(); ++i) {

@@ -38,6 +38,7 @@ struct WindowPrefs {
     bool night = false;
     QByteArray trackListColumns;  // the table's saved column layout
     int timeSliderMinutes = 0;    // --time-offset starts the slider off zero
+    double kepsUpdateHours = 0;   // --keps-update-hours; 0: no automatic updates
     QStringList radioNames;
     QVector<bool> radioItemEnabled;
     // Read on the core thread, which is the only one that calls into Hamlib.
