@@ -76,6 +76,9 @@ class AppController {
     void loadKepsAndModes();
 
     int GetTotalSats() const { return mTotalSats; }
+    // The loaded satellites' names, entry by entry (the Moon and the Sun
+    // have none).
+    const std::vector<SatelliteNames>& satelliteNames() const { return mSatelliteNames; }
     void GetSiteRec(SiteRec* site) const;
     // Replaces the site record whole (the preferences panel, the
     // command-line tools).

@@ -724,19 +724,6 @@ void MainWindow::connectBridge() {
     });
 }
 
-namespace {
-
-// A satellite's long name and catalogue number, for its tool tips.
-QString SatelliteToolTip(const SatelliteNames& names) {
-    QStringList lines;
-    if (!names.longName.empty() && names.longName != names.name)
-        lines << QString::fromStdString(names.longName);
-    if (names.catalog > 0) lines << MainWindow::tr("Catalogue number %1").arg(names.catalog);
-    return lines.join('\n');
-}
-
-}  // namespace
-
 void MainWindow::showSatelliteNames(const std::vector<SatelliteNames>& names) {
     QHash<QString, QString> tips;
     for (const SatelliteNames& n : names)

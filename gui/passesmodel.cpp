@@ -65,6 +65,8 @@ QVariant PassesModel::data(const QModelIndex& index, int role) const {
         if (r.aos <= now_ && now_ < r.los) return QBrush(QColor(255, 236, 160));  // in progress
         return {};
     }
+    if (role == Qt::ToolTipRole)
+        return index.column() == kSatellite ? QVariant(r.satelliteTip) : QVariant();
     if (role == Qt::TextAlignmentRole && index.column() != kSatellite)
         return int(Qt::AlignRight | Qt::AlignVCenter);
     if (role == kSortRole) {

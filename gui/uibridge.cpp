@@ -31,6 +31,14 @@ void RegisterBridgeTypes() {
     qRegisterMetaType<std::shared_ptr<const KepsSourcesSnapshot>>();
 }
 
+QString SatelliteToolTip(const SatelliteNames& names) {
+    QStringList lines;
+    if (!names.longName.empty() && names.longName != names.name)
+        lines << QString::fromStdString(names.longName);
+    if (names.catalog > 0) lines << QObject::tr("Catalogue number %1").arg(names.catalog);
+    return lines.join('\n');
+}
+
 UiBridge::UiBridge(QObject* parent)
     : QObject(parent), globe_(std::make_shared<GlobeSceneExchange>()) {}
 

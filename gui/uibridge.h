@@ -249,6 +249,10 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     GlobeSceneBuilder globeBuilder_;
 };
 
+// A satellite's long name and catalogue number, for its tool tips; empty
+// when there is neither.
+QString SatelliteToolTip(const SatelliteNames& names);
+
 // Makes the value types above travel through queued connections.
 void RegisterBridgeTypes();
 

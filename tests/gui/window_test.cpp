@@ -812,6 +812,23 @@ TEST_F(Window, LongNamesAndTheElementAgeOfTheMainSatellite) {
             rowTip = rows->data(rows->index(r, name), Qt::ToolTipRole).toString();
     EXPECT_TRUE(rowTip.contains("VELORAN SAMPLE 1")) << rowTip.toStdString();
 
+    // The passes of the track list's satellites carry the same tips.
+    window->showPasses();
+    PassesWindow* passes = window->passesWindow();
+    passes->findChild<QComboBox*>("passesScope")->setCurrentIndex(PassesWindow::kTrackList);
+    const auto vs1Pass = [&]() -> const PassRow* {
+        for (const PassRow& row : passes->model()->rows())
+            if (row.satellite == "VS-1") return &row;
+        return nullptr;
+    };
+    ASSERT_TRUE(WaitFor([&] { return !passes->searching() && vs1Pass() != nullptr; }));
+    const int vs1Row = static_cast<int>(vs1Pass() - passes->model()->rows().data());
+    EXPECT_TRUE(passes->model()
+                    ->data(passes->model()->index(vs1Row, PassesModel::kSatellite), Qt::ToolTipRole)
+                    .toString()
+                    .contains("VELORAN SAMPLE 1"));
+    passes->close();
+
     // Two weeks on, the sample set is past any limit: the line says so.
     Find<QSlider>("timeSlider")->setValue(14 * 24 * 60);
     Tick();
