@@ -77,6 +77,9 @@ class AppController {
     void loadKepsAndModes();
 
     int GetTotalSats() const { return mTotalSats; }
+    // The loaded satellites' names, entry by entry (the Moon and the Sun
+    // have none).
+    const std::vector<SatelliteNames>& satelliteNames() const { return mSatelliteNames; }
     void GetSiteRec(SiteRec* site) const;
     // Replaces the site record whole (the preferences panel, the
     // command-line tools).
@@ -102,8 +105,13 @@ class AppController {
     // XML) and make it the current one, or merge it into the current one.
     void importKeps(bool merge = false);
     // Menu action: fetch the chosen source (the AMSAT bulletin by default),
-    // within the download rules; a periodic update asks as Automatic.
-    void startDownloadingURL(DownloadTrigger trigger = DownloadTrigger::User);
+    // within the download rules; a periodic update asks as Automatic. With
+    // merge the downloaded sets join the current ones, the newer epoch
+    // winning, instead of replacing them.
+    void startDownloadingURL(DownloadTrigger trigger = DownloadTrigger::User, bool merge = false);
+    // The same for one address the user gave (a CelesTrak query for one
+    // satellite, say), which does not become the chosen source.
+    void startDownloadingURL(const std::string& url, DownloadTrigger trigger, bool merge);
     // Completion of the download.
     void downloadDidFinish();
     void downloadDidFail(const std::string& description, const std::string& failingURL);
@@ -128,6 +136,10 @@ class AppController {
     int saveEditedModes(const SatRec* edited, int count);
     // The user picked a mode in the channel pop-up.
     void modeChanged();
+    // Menu action: add the channels of a SatNOGS DB transmitters list (JSON)
+    // to the user modes file, say what was added, and use the new modes at
+    // once.
+    void importSatnogs();
     // Sets the program up for a new main satellite: offsets, the channel
     // pop-up and its remembered choice, the next-satellite announcement,
     // the radio panel's title, the radio tuned with force, the rotor.
@@ -401,8 +413,9 @@ class AppController {
     // Replaces the element-set file with `candidate` when it holds at least
     // one element set; otherwise tells the user and keeps the current one.
     // Converts from any format the converter reads, merging when asked.
+    // *report (may be null) gets what was installed.
     bool installElementFile(const std::string& candidate, const std::string& label,
-                            bool merge = false);
+                            bool merge = false, std::string* report = nullptr);
 
     Services services_;
     DataPaths paths_;
@@ -414,7 +427,10 @@ class AppController {
     std::unique_ptr<SatRec> BPSatRec;  // modes applied between passes
     std::unique_ptr<SatRec> EXITSatRec;  // modes applied when the program exits
     int32_t mCycleSatNum = 1;
-    std::string mDownloadURL;  // the source of the download under way
+    std::string mDownloadURL;     // the source of the download under way
+    bool mDownloadMerge = false;  // the download under way joins the current sets
+    // Entry k's names (k < mTotalSats - 2: the Moon and the Sun have none).
+    std::vector<SatelliteNames> mSatelliteNames;
     int32_t mMainSatNum = 1;
     bool mRefreshModes = true;
     std::string mModesSource;  // the modes file of the last load, empty when none was read

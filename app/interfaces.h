@@ -41,6 +41,25 @@ struct ViewFrame {
     GlobeOptions globe;
 };
 
+// A satellite as the operator may read it: the short name that identifies it
+// everywhere, its catalogue number and the long name its element sets came
+// with (empty when the source had none).
+struct SatelliteNames {
+    std::string name;
+    int32_t catalog = 0;
+    std::string longName;
+};
+
+// The main satellite as the status lines show it, with the age of its
+// element set at the tick's instant.
+struct MainSatelliteStatus {
+    SatelliteNames names;
+    bool hasElements = false;  // false for the Moon, the Sun or no satellite
+    double ageDays = 0;        // negative for an epoch after the tick
+    double limitDays = 0;      // too old past this: 7 days below 400 km, else 14
+    std::string warning;       // what to do about it; empty while young enough
+};
+
 // The main window's outlets: pop-ups, text fields, alerts, beeps. Every call
 // comes from the core thread; an implementation forwards it to its window.
 // Outlets only: what the core reads of the controls is its ControlsModel.
@@ -54,6 +73,9 @@ class UserInterface {
 
     // The element sets' date line.
     virtual void setKepsDateText(const std::string& text) = 0;
+    // The names of the satellites loaded, in table order (the Moon and the
+    // Sun left out), after every load.
+    virtual void setSatelliteNames(const std::vector<SatelliteNames>& /*names*/) {}
 
     // A modal alert with one button.
     virtual void alert(const std::string& title, const std::string& message,
@@ -99,6 +121,8 @@ class UserInterface {
                                      const std::string& /*velocity*/,
                                      const std::string& /*maxElevation*/,
                                      const std::string& /*range*/) {}
+    // The main satellite's names and the age of its element set.
+    virtual void setMainSatelliteStatus(const MainSatelliteStatus& /*status*/) {}
     // "Manual", "Flipped" or "Not Flipped".
     virtual void setFlipLine(const std::string& /*text*/) {}
     // The radio panel's title, "Veloran: <name>".

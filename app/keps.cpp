@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <map>
 
 #include "app/appcontroller.h"
 #include "data/elementfile.h"
@@ -93,12 +94,30 @@ void AppController::loadKepsAndModes() {
             if (n > kMaxElementSets - 1) break;  // the Moon takes this entry
             ++mTotalSats;
         }
+        // The long names and whole catalogue numbers the last import or
+        // download kept beside the file.
+        const std::map<std::string, SideEntry> side = ReadSideTable(paths_.keplerFile);
+        mSatelliteNames.clear();
+        for (int i = 0; i < mTotalSats; ++i) {
+            SatelliteNames names;
+            names.name = mAllSats[i].name;
+            names.catalog = mAllSats[i].satKep.catalogNumber;
+            const auto found = side.find(names.name);
+            if (found != side.end()) {
+                names.catalog = found->second.catalog;
+                names.longName = found->second.longName;
+            }
+            mSatelliteNames.push_back(std::move(names));
+        }
         if (!scanner.header().empty()) {
             std::snprintf(mSite.keps_date, sizeof mSite.keps_date, "Keplerian Elements: %s",
                           scanner.header().c_str());
             ui->setKepsDateText(mSite.keps_date);
         }
     }
+
+    if (keps == nullptr) mSatelliteNames.clear();
+    ui->setSatelliteNames(mSatelliteNames);
 
     if (modes.isOpen()) {
         InitSatRec(BPSatRec.get());
@@ -143,7 +162,7 @@ void AppController::appendBody(SatRec* body, ModesFile* modes) {
 }
 
 bool AppController::installElementFile(const std::string& candidate, const std::string& label,
-                                       bool merge) {
+                                       bool merge, std::string* report) {
     const KepsInstall request =
         PrepareKepsInstall(paths_, services_.defaults, candidate, label, merge);
     KepsInstallResult result;
@@ -154,18 +173,25 @@ bool AppController::installElementFile(const std::string& candidate, const std::
     // Never a silent cut: sets left out or unreadable are told.
     if (result.leftOut > 0 || result.skipped > 0)
         services_.ui->alert("Not every element set was installed.", result.message, "OK");
+    if (report != nullptr) *report = result.message;
     return true;
 }
 
 void AppController::importKeps(bool merge) {
     std::string chosen;
     if (services_.files == nullptr || !services_.files->chooseFileToOpen(&chosen)) return;
-    if (FileExists(chosen) && !installElementFile(chosen, chosen, merge)) return;
+    std::string report;
+    if (FileExists(chosen) && !installElementFile(chosen, chosen, merge, &report)) return;
     loadKepsAndModes();
+    if (!report.empty()) services_.ui->showNotice(report);
 }
 
-void AppController::startDownloadingURL(DownloadTrigger trigger) {
-    const std::string url = ChosenKepsURL(services_.defaults);
+void AppController::startDownloadingURL(DownloadTrigger trigger, bool merge) {
+    startDownloadingURL(ChosenKepsURL(services_.defaults), trigger, merge);
+}
+
+void AppController::startDownloadingURL(const std::string& url, DownloadTrigger trigger,
+                                        bool merge) {
     const int64_t unixNow = static_cast<int64_t>(services_.clock->dateTimeUTC()) -
                             static_cast<int64_t>(kSecondsFrom1904To1970);
     std::string why;
@@ -182,19 +208,22 @@ void AppController::startDownloadingURL(DownloadTrigger trigger) {
         return;
     }
     mDownloadURL = url;
+    mDownloadMerge = merge;
     RecordDownloadStarted(services_.defaults, url, unixNow);
 }
 
 void AppController::downloadDidFinish() {
     debugLog("kepler.dat downloadDidFinish");
     const std::string downloaded = paths_.downloadFile;
+    std::string report;
     const bool installed =
-        installElementFile(downloaded, mDownloadURL.empty() ? kKeplerDownloadURL : mDownloadURL);
+        installElementFile(downloaded, mDownloadURL.empty() ? kKeplerDownloadURL : mDownloadURL,
+                           mDownloadMerge, &report);
     std::remove(downloaded.c_str());
     if (!installed) return;
     announce("keplerian elements downloaded from the internet.");
     loadKepsAndModes();
-    services_.ui->showNotice("Element sets downloaded.");
+    services_.ui->showNotice("Element sets downloaded: " + report);
     mCycleSatNum = 1;
 }
 
@@ -207,8 +236,13 @@ void AppController::downloadDidFail(const std::string& description, const std::s
     std::string why = description;
     if (status >= 400) why = "the server answered HTTP " + std::to_string(status);
     if (!why.empty() && why.back() == '.') why.pop_back();
+    // Any answer but 200 stops the automatic updates until the user acts.
+    const bool stops = status != 0 && status != 200;
     services_.ui->showNotice("The element sets were not downloaded (" + why +
-                             "); the current ones are kept.");
+                             "); the current ones are kept." +
+                             (stops ? " Automatic updates are stopped until you download by hand "
+                                      "or resume them."
+                                    : ""));
     if (services_.downloader != nullptr)
         RecordDownloadAnswer(services_.defaults, failingURL, services_.downloader->lastStatus(),
                              description);

@@ -8,6 +8,7 @@
 
 #include "app/appcontroller.h"
 #include "data/modes.h"
+#include "data/satnogs.h"
 
 namespace veloran {
 
@@ -141,6 +142,27 @@ void AppController::importModes() {
                                 "OK");
     }
     reloadModes(mainSat);
+}
+
+void AppController::importSatnogs() {
+    const int32_t mainSat = mMainSatNum;
+    std::string chosen;
+    if (services_.files == nullptr || !services_.files->chooseFileToOpen(&chosen)) return;
+    SaveTweaks(mMainSatNum - 1);
+    const std::string userModes = paths_.userModesFile;
+    if (FileExists(userModes) && !CopyFileAtomically(userModes, BackupPath(userModes))) {
+        services_.ui->alert("The transmitters were not imported.",
+                            "Cannot back up " + userModes + ": " + std::strerror(errno) + ".",
+                            "OK");
+        return;
+    }
+    SatnogsImportResult result;
+    if (!ImportSatnogs(chosen, paths_, &result)) {
+        services_.ui->alert("The transmitters were not imported.", result.message, "OK");
+        return;
+    }
+    reloadModes(mainSat);
+    services_.ui->showNotice("SatNOGS transmitters imported: " + result.message);
 }
 
 void AppController::reloadModes(int32_t mainSatNum) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/appcontroller.h"
+#include "data/elementage.h"
 #include "data/settings.h"
 #include "engine/live.h"
 #include "engine/observer.h"
@@ -208,6 +209,19 @@ void AppController::showStatusTexts() {
     std::snprintf(range, sizeof range, km ? "Range: %0.1f km" : "Range: %0.1f mi",
                   m.satRange * factor);
     ui->setSatelliteFigures(altitude, velocity, maxElevation, range);
+
+    MainSatelliteStatus status;
+    const int entry = mMainSatNum - 1;
+    if (sat != nullptr && entry >= 0 && entry < static_cast<int>(mSatelliteNames.size())) {
+        status.names = mSatelliteNames[static_cast<size_t>(entry)];
+        status.hasElements = true;
+        status.ageDays = ElementAgeDays(*sat, mTimeBaseSecs);
+        status.limitDays = ElementAgeLimitDays(*sat);
+        status.warning = ElementAgeWarning(*sat, mTimeBaseSecs);
+    } else if (sat != nullptr) {
+        status.names.name = sat->name;  // the Moon or the Sun
+    }
+    ui->setMainSatelliteStatus(status);
 
     if (mSite.rotor_manual)
         ui->setFlipLine("Manual");

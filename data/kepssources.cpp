@@ -87,7 +87,8 @@ bool MayDownload(UserDefaults* defaults, const std::string& url, int64_t unixNow
             if (e.url != url || age < 0 || age >= kDownloadIntervalSeconds) continue;
             *why = url + " was fetched " + std::to_string(age / 60) +
                    " minutes ago; the same address is fetched at most once every 2 hours "
-                   "(unless forced: veloran-cli keps download --force)";
+                   "unless you insist (Insist in the download dialog, or veloran-cli keps "
+                   "download --force)";
             return false;
         }
     }

@@ -105,6 +105,7 @@ void CoreThread::showWindowPrefs() {
     prefs.radioTab = controls.radioTab;
     prefs.night = defaults.boolForKey(kNightThemeKey);
     prefs.timeSliderMinutes = station_->controller()->timeSliderMinutes();
+    prefs.kepsUpdateHours = options_.kepsUpdateHours;
     prefs.trackListColumns = QByteArray::fromBase64(
         QByteArray::fromStdString(defaults.stringForKey(kTrackListColumnsKey)));
     for (int i = 0; i < kRadioCount; ++i) {

@@ -5,11 +5,11 @@
 #include <QDateTime>
 #include <QTimeZone>
 
+#include "gui/time1904.h"
+
 namespace veloran {
 
 namespace {
-
-constexpr qint64 kUnixEpochIn1904 = 2082844800;
 
 QString Q(const std::string& text) {
     return QString::fromStdString(text);
@@ -69,8 +69,7 @@ QVariant LogbookModel::data(const QModelIndex& index, int role) const {
     if (role != Qt::DisplayRole && role != Qt::EditRole) return {};
     switch (column) {
         case kTime:
-            return QDateTime::fromSecsSinceEpoch(c.startUTC - kUnixEpochIn1904, Qt::UTC)
-                .toString("yyyy-MM-dd HH:mm:ss");
+            return DateTimeFrom1904(c.startUTC).toString("yyyy-MM-dd HH:mm:ss");
         case kCall:
             return Q(c.call);
         case kSatellite:

@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include "gui/logbooklink.h"
+#include "gui/time1904.h"
 #include "logbook/livecontact.h"
 
 namespace veloran {
@@ -31,9 +32,7 @@ QLineEdit* Field(const char* name, const QString& label, int width, const QStrin
 
 // A contact's start as the operator reads it in the strip.
 QString Clock(uint32_t utc1904) {
-    constexpr qint64 kUnixEpochIn1904 = 2082844800;
-    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(utc1904) - kUnixEpochIn1904, Qt::UTC)
-        .toString("HH:mm:ss");
+    return DateTimeFrom1904(utc1904).toString("HH:mm:ss");
 }
 
 void ShowCountry(QLabel* label, const QString& country) {

@@ -37,9 +37,9 @@
 #include "app/appcontroller.h"
 #include "app/tracklist.h"
 #include "data/settings.h"
-#include "engine/units.h"
 #include "gui/globetab.h"
 #include "gui/horizonwidget.h"
+#include "gui/kepsdownload.h"
 #include "gui/logbooklink.h"
 #include "gui/logbookwindow.h"
 #include "gui/logstrip.h"
@@ -54,6 +54,7 @@
 #include "gui/simulateddevices.h"
 #include "gui/skywidget.h"
 #include "gui/theme.h"
+#include "gui/time1904.h"
 #include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
 
@@ -101,6 +102,7 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     prefs_ = new PrefsDialog(bridge_, post_, sims_.get(), this);
     modes_ = new ModesEditor(post_, this);
     places_ = new PlacesEditor(bridge_, post_, this);
+    kepsDownload_ = new KepsDownloadDialog(bridge_, post_, this);
     connect(bridge_, &UiBridge::modesForEditingShown, modes_, &ModesEditor::showRecords);
 
     auto* central = new QWidget;
@@ -273,6 +275,9 @@ QWidget* MainWindow::buildMapArea() {
     MakeDigits(mapStatus_, 11, true);
     figures_ = Line("satelliteFigures");
     MakeDigits(figures_, 10);
+    // The main satellite by its names, and how old its element set is.
+    mainSatellite_ = Line("mainSatelliteLine");
+    mainSatellite_->setTextFormat(Qt::RichText);
     controls->addWidget(disclosure_);
     controls->addWidget(mapStatus_);
     controls->addSpacing(16);
@@ -280,6 +285,7 @@ QWidget* MainWindow::buildMapArea() {
     controls->addWidget(showTrackList_);
 
     column->addWidget(mapTabs_, 1);
+    column->addWidget(mainSatellite_);
     column->addLayout(controls);
     return area;
 }
@@ -420,11 +426,12 @@ void MainWindow::buildMenus() {
         file->addAction(tr("&Merge Element Sets…"), this, [importKeps] { importKeps(true); });
     merge->setObjectName("mergeKepsAction");
     merge->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
-    QAction* download = file->addAction(tr("&Download Element Sets"), this, [this] {
-        message_->setText(tr("Downloading element sets…"));
-        post_([](CoreSide& s) { s.app->startDownloadingURL(DownloadTrigger::User); });
-    });
+    QAction* download =
+        file->addAction(tr("&Download Element Sets…"), kepsDownload_, &KepsDownloadDialog::open);
     download->setObjectName("downloadKepsAction");
+    download->setToolTip(tr("Fetches element sets from AMSAT, CelesTrak or an address of yours"));
+    connect(kepsDownload_, &KepsDownloadDialog::downloadStarted, this,
+            [this] { message_->setText(tr("Downloading element sets…")); });
     download->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_D));
     file->addSeparator();
     const QString modesFiles = tr("Modes files (*.txt *.dat);;All files (*)");
@@ -434,6 +441,14 @@ void MainWindow::buildMenus() {
         if (!path.isEmpty()) postWithFile(path, [](CoreSide& s) { s.app->importModes(); });
     });
     importModes->setObjectName("importModesAction");
+    QAction* satnogs = file->addAction(tr("Import &SatNOGS Transmitters…"), this, [this] {
+        const QString path =
+            QFileDialog::getOpenFileName(this, tr("Import SatNOGS Transmitters"), QString(),
+                                         tr("SatNOGS transmitters (*.json);;All files (*)"));
+        if (!path.isEmpty()) postWithFile(path, [](CoreSide& s) { s.app->importSatnogs(); });
+    });
+    satnogs->setObjectName("importSatnogsAction");
+    satnogs->setToolTip(tr("Adds the channels of a SatNOGS DB transmitters list to your modes"));
     QAction* exportModes = file->addAction(tr("&Export Modes…"), this, [this, modesFiles] {
         const QString path = QFileDialog::getSaveFileName(
             this, tr("Export Modes"), QDir::home().filePath("Veloran Modes.txt"), modesFiles);
@@ -601,6 +616,7 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
     }
     nightAction_->setChecked(prefs.night);
     setNight(prefs.night);
+    kepsDownload_->setAutomaticHours(prefs.kepsUpdateHours);
     if (!prefs.trackListColumns.isEmpty()) trackList_->restoreColumnLayout(prefs.trackListColumns);
     radioMenu_->clear();
     for (int i = 0; i < prefs.radioNames.size(); ++i) {
@@ -624,6 +640,8 @@ void MainWindow::connectBridge() {
         kepsDate_->setText(text);
         kepsDate_->setToolTip(text);
     });
+    connect(b, &UiBridge::satelliteNamesChanged, this, &MainWindow::showSatelliteNames);
+    connect(b, &UiBridge::mainSatelliteStatusChanged, this, &MainWindow::showMainSatellite);
     connect(b, &UiBridge::alertRequested, this,
             [this](const QString& title, const QString& text, const QString& button) {
                 // Window-modal but not blocking: the core has long moved on.
@@ -706,6 +724,44 @@ void MainWindow::connectBridge() {
     });
 }
 
+void MainWindow::showSatelliteNames(const std::vector<SatelliteNames>& names) {
+    QHash<QString, QString> tips;
+    for (const SatelliteNames& n : names)
+        tips.insert(QString::fromStdString(n.name), SatelliteToolTip(n));
+    // Item k of the pop-up is satellite k; the names arrive after the items.
+    for (int i = 1; i < satellites_->count(); ++i)
+        satellites_->setItemData(i, tips.value(satellites_->itemText(i)), Qt::ToolTipRole);
+    trackList_->model()->setNameTips(std::move(tips));
+}
+
+void MainWindow::showMainSatellite(const MainSatelliteStatus& status) {
+    const SatelliteNames& n = status.names;
+    QString text = "<b>" + QString::fromStdString(n.name).toHtmlEscaped() + "</b>";
+    if (!n.longName.empty() && n.longName != n.name)
+        text += "&nbsp;&nbsp;" + QString::fromStdString(n.longName).toHtmlEscaped();
+    if (n.catalog > 0) text += "&nbsp;&nbsp;" + tr("#%1").arg(n.catalog);
+    const bool stale = status.hasElements && !status.warning.empty();
+    if (status.hasElements) {
+        QString age;
+        if (status.ageDays < 0)
+            age = tr("elements: epoch in %1 days").arg(-status.ageDays, 0, 'f', 1);
+        else
+            age = tr("elements %1 days old").arg(status.ageDays, 0, 'f', 1);
+        if (stale) {
+            const QColor red = VirtualTimeColour();
+            age = QString("<span style=\"color:%1\"><b>%2 — %3</b></span>")
+                      .arg(red.name(), age,
+                           tr("older than %1 days, download new ones").arg(status.limitDays));
+        }
+        text += "&nbsp;&nbsp;&nbsp;&nbsp;" + age;
+    }
+    if (n.name.empty()) text.clear();
+    mainSatellite_->setText(text);
+    mainSatellite_->setToolTip(stale ? QString::fromStdString(status.warning)
+                                     : SatelliteToolTip(n));
+    mainSatellite_->setProperty("stale", stale);
+}
+
 void MainWindow::slideTime(int minutes) {
     {
         const QSignalBlocker quiet(timeMinutes_);
@@ -733,9 +789,7 @@ void MainWindow::showPasses() {
         passesWindow_ = new PassesWindow(post_, this);
         connect(passesWindow_, &PassesWindow::aosChosen, this, [this](uint32_t aos) {
             // The slider holds minutes from real time.
-            const qint64 now =
-                QDateTime::currentSecsSinceEpoch() + static_cast<qint64>(kSecondsFrom1904To1970);
-            const qint64 minutes = (static_cast<qint64>(aos) - now) / 60;
+            const qint64 minutes = (static_cast<qint64>(aos) - Now1904()) / 60;
             timeSlider_->setValue(static_cast<int>(
                 std::clamp<qint64>(minutes, timeSlider_->minimum(), timeSlider_->maximum())));
         });
@@ -765,7 +819,8 @@ void MainWindow::setFullScreenView(bool on) {
     statusBar()->setVisible(!on);
     lowerPanel_->setVisible(!on && disclosure_->isChecked());
     for (QWidget* w : {static_cast<QWidget*>(mapStatus_), static_cast<QWidget*>(figures_),
-                       static_cast<QWidget*>(showTrackList_), static_cast<QWidget*>(disclosure_)})
+                       static_cast<QWidget*>(mainSatellite_), static_cast<QWidget*>(showTrackList_),
+                       static_cast<QWidget*>(disclosure_)})
         w->setVisible(!on);
     mapTabs_->tabBar()->setVisible(!on);
     mapTabs_->setCurrentIndex(0);

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <memory>
 
+#include "app/interfaces.h"
 #include "gui/corethread.h"
 
 class QLabel;
@@ -30,6 +31,7 @@ class PlaceSheet;
 class PrefsDialog;
 class ModesEditor;
 class PlacesEditor;
+class KepsDownloadDialog;
 class SimulatedDevices;
 class MapWidget;
 class HorizonWidget;
@@ -80,6 +82,8 @@ class MainWindow : public QMainWindow {
     void connectBridge();
     void applyWindowPrefs(const WindowPrefs& prefs);
     void slideTime(int minutes);
+    void showSatelliteNames(const std::vector<SatelliteNames>& names);
+    void showMainSatellite(const MainSatelliteStatus& status);
     void setNight(bool on);
     // Posts an action that asks the core's file panel, which answers `path`.
     void postWithFile(const QString& path, CoreAction action);
@@ -89,7 +93,7 @@ class MainWindow : public QMainWindow {
     CorePost post_;
     QComboBox *satellites_, *locations_;
     QLabel *latitude_, *longitude_, *clock_, *version_, *mapStatus_, *figures_, *kepsDate_;
-    QLabel* message_;
+    QLabel *message_, *mainSatellite_;
     QTabWidget *mapTabs_, *listTabs_, *radioTabs_;
     QToolButton* disclosure_;
     QCheckBox *showTrackList_, *debug_, *speech_;
@@ -105,6 +109,7 @@ class MainWindow : public QMainWindow {
     PrefsDialog* prefs_;
     ModesEditor* modes_;
     PlacesEditor* places_;
+    KepsDownloadDialog* kepsDownload_;
     // The "Simulated" devices of the port lists serve for the window's life.
     std::unique_ptr<SimulatedDevices> sims_;
     QAction* speechAction_;

@@ -6,15 +6,14 @@
 #include <QColor>
 #include <QDateTime>
 
-#include "engine/units.h"
+#include "gui/time1904.h"
 
 namespace veloran {
 
 namespace {
 
 QDateTime Utc(uint32_t secs) {
-    return QDateTime::fromSecsSinceEpoch(
-        static_cast<qint64>(secs) - static_cast<qint64>(kSecondsFrom1904To1970), Qt::UTC);
+    return DateTimeFrom1904(secs);
 }
 
 QString Number(double value, int decimals) {
@@ -66,6 +65,8 @@ QVariant PassesModel::data(const QModelIndex& index, int role) const {
         if (r.aos <= now_ && now_ < r.los) return QBrush(QColor(255, 236, 160));  // in progress
         return {};
     }
+    if (role == Qt::ToolTipRole)
+        return index.column() == kSatellite ? QVariant(r.satelliteTip) : QVariant();
     if (role == Qt::TextAlignmentRole && index.column() != kSatellite)
         return int(Qt::AlignRight | Qt::AlignVCenter);
     if (role == kSortRole) {

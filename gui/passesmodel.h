@@ -18,6 +18,7 @@ struct PassRow {
     int satelliteIndex = 0;  // 0-based entry of the satellite table
     PassRec pass{};
     uint32_t aos = 0, max = 0, los = 0;  // time values
+    QString satelliteTip;                // the satellite's long name and catalogue number
 };
 
 class PassesModel : public QAbstractTableModel {

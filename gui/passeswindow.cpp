@@ -23,8 +23,9 @@
 
 #include "app/appcontroller.h"
 #include "engine/timebase.h"
-#include "engine/units.h"
 #include "gui/skywidget.h"
+#include "gui/time1904.h"
+#include "gui/uibridge.h"
 #include "views/skyplot.h"
 
 namespace veloran {
@@ -196,9 +197,13 @@ void PassesWindow::refresh() {
             in->allNames << QString::fromUtf8(rec->name);
             const bool wanted = scope == kAll || (scope == kOne && i == one) ||
                                 (scope == kTrackList && rec->tracked);
-            if (wanted)
-                in->satellites.push_back({QString::fromUtf8(rec->name), i, rec->satKep,
-                                          rec->satRAANPrecession, rec->perigeePrecession});
+            if (!wanted) continue;
+            const auto& names = app->satelliteNames();
+            const QString tip = i < static_cast<int>(names.size())
+                                    ? SatelliteToolTip(names[static_cast<size_t>(i)])
+                                    : QString();
+            in->satellites.push_back({QString::fromUtf8(rec->name), i, rec->satKep,
+                                      rec->satRAANPrecession, rec->perigeePrecession, tip});
         }
         emit feed->inputsReady(generation, std::move(in));
     });
@@ -245,7 +250,7 @@ void PassesWindow::start(int generation, std::shared_ptr<const PassInputs> input
                 const PassRec& p = found[static_cast<size_t>(k)];
                 if (p.losDay < inputs->nowDay) continue;  // over before now
                 rows.push_back({sat.name, sat.index, p, Seconds(*inputs, p.aosDay),
-                                Seconds(*inputs, p.maxDay), Seconds(*inputs, p.losDay)});
+                                Seconds(*inputs, p.maxDay), Seconds(*inputs, p.losDay), sat.tip});
             }
             emit feed->rowsFound(generation, std::move(rows));
         }
@@ -293,8 +298,7 @@ void PassesWindow::exportFile(bool calendar) {
         calendar ? "passes.ics" : "passes.csv",
         calendar ? tr("iCalendar (*.ics)") : tr("CSV (*.csv)"));
     if (path.isEmpty()) return;
-    const uint32_t stamp = static_cast<uint32_t>(QDateTime::currentSecsSinceEpoch() +
-                                                 static_cast<qint64>(kSecondsFrom1904To1970));
+    const uint32_t stamp = static_cast<uint32_t>(Now1904());
     const QString text = calendar ? PassesICalendar(rows, stamp) : PassesCsv(rows);
     // Written beside the old file and renamed over it, so a full disk never
     // leaves half a calendar.

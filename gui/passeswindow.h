@@ -34,6 +34,7 @@ struct PassInputs {
         int index;  // 0-based entry of the satellite table
         KepRec kep;
         double nodeRate, perigeeRate;  // rad/day, as the record holds them
+        QString tip;                   // long name and catalogue number
     };
     SiteRec site{};
     uint32_t now = 0;   // the tick instant, time value

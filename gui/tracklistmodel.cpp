@@ -176,6 +176,13 @@ void TrackListModel::setNightTheme(bool on) {
                          {Qt::ForegroundRole});
 }
 
+void TrackListModel::setNameTips(QHash<QString, QString> tips) {
+    nameTips_ = std::move(tips);
+    const int column = columnOfKey("satelliteName");
+    if (!rows_.empty())
+        emit dataChanged(index(0, column), index(rowCount() - 1, column), {Qt::ToolTipRole});
+}
+
 int TrackListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(rows_.size());
 }
@@ -197,6 +204,9 @@ QVariant TrackListModel::data(const QModelIndex& index, int role) const {
             return slot->checkbox ? Qt::Checked : Qt::Unchecked;
         case Qt::ForegroundRole:
             return textColour(colourAt(index.row()), nightTheme_);
+        case Qt::ToolTipRole:
+            if (std::strcmp(columns()[index.column()].key, "satelliteName") != 0) return QVariant();
+            return nameTips_.value(QString::fromStdString(slot->satelliteName));
         case Qt::TextAlignmentRole: {
             const char* key = columns()[index.column()].key;
             const bool text = std::strcmp(key, "satelliteName") == 0 ||

@@ -7,6 +7,7 @@
 #include <QAbstractTableModel>
 #include <QByteArray>
 #include <QCheckBox>
+#include <QHash>
 #include <QPushButton>
 #include <QTableView>
 #include <QWidget>
@@ -43,6 +44,9 @@ class TrackListModel : public QAbstractTableModel {
     RowColour colourAt(int row) const;
     static QColor textColour(RowColour colour, bool nightTheme);
     void setNightTheme(bool on);
+    // The satellite column's tool tips (long name, catalogue number) by
+    // short name.
+    void setNameTips(QHash<QString, QString> tips);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -67,6 +71,7 @@ class TrackListModel : public QAbstractTableModel {
     int sortColumn_ = -1;
     Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
     bool nightTheme_ = false;
+    QHash<QString, QString> nameTips_;
 };
 
 class TrackListWidget : public QWidget {

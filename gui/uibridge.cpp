@@ -26,6 +26,17 @@ void RegisterBridgeTypes() {
     qRegisterMetaType<std::shared_ptr<const PrefsSnapshot>>();
     qRegisterMetaType<TestedDevice>();
     qRegisterMetaType<std::shared_ptr<const std::vector<SatRec>>>();
+    qRegisterMetaType<std::vector<SatelliteNames>>();
+    qRegisterMetaType<MainSatelliteStatus>();
+    qRegisterMetaType<std::shared_ptr<const KepsSourcesSnapshot>>();
+}
+
+QString SatelliteToolTip(const SatelliteNames& names) {
+    QStringList lines;
+    if (!names.longName.empty() && names.longName != names.name)
+        lines << QString::fromStdString(names.longName);
+    if (names.catalog > 0) lines << QObject::tr("Catalogue number %1").arg(names.catalog);
+    return lines.join('\n');
 }
 
 UiBridge::UiBridge(QObject* parent)
@@ -39,6 +50,12 @@ void UiBridge::addSatelliteItem(const std::string& name) {
 }
 void UiBridge::setKepsDateText(const std::string& text) {
     emit kepsDateChanged(Q(text));
+}
+void UiBridge::setSatelliteNames(const std::vector<SatelliteNames>& names) {
+    emit satelliteNamesChanged(names);
+}
+void UiBridge::setMainSatelliteStatus(const MainSatelliteStatus& status) {
+    emit mainSatelliteStatusChanged(status);
 }
 void UiBridge::alert(const std::string& title, const std::string& message,
                      const std::string& button) {

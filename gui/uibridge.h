@@ -16,6 +16,7 @@
 #include "app/interfaces.h"
 #include "app/tracklist.h"
 #include "app/viewbuilder.h"
+#include "data/kepssources.h"
 #include "data/locations.h"
 #include "engine/siterec.h"
 #include "views/globeexchange.h"
@@ -37,6 +38,7 @@ struct WindowPrefs {
     bool night = false;
     QByteArray trackListColumns;  // the table's saved column layout
     int timeSliderMinutes = 0;    // --time-offset starts the slider off zero
+    double kepsUpdateHours = 0;   // --keps-update-hours; 0: no automatic updates
     QStringList radioNames;
     QVector<bool> radioItemEnabled;
     // Read on the core thread, which is the only one that calls into Hamlib.
@@ -71,6 +73,16 @@ struct PrefsSnapshot {
     QStringList ports;
 };
 
+// What the download dialog offers: the sources (the AMSAT bulletin, the
+// CelesTrak groups, the user's own), which one is chosen, and why automatic
+// updates stopped (empty while they run). Taken on the core thread.
+struct KepsSourcesSnapshot {
+    std::vector<KepsSource> sources;
+    std::vector<std::string> userURLs;
+    std::string chosenURL;
+    std::string autoStopped;
+};
+
 // The devices of the panel's "Test" buttons.
 enum class TestedDevice { Radio, Rotor, Gateway };
 
@@ -92,6 +104,8 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void removeAllSatelliteItems() override;
     void addSatelliteItem(const std::string& name) override;
     void setKepsDateText(const std::string& text) override;
+    void setSatelliteNames(const std::vector<SatelliteNames>& names) override;
+    void setMainSatelliteStatus(const MainSatelliteStatus& status) override;
     void alert(const std::string& title, const std::string& message,
                const std::string& button) override;
     void beep() override;
@@ -158,6 +172,10 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void showModesForEditing(std::vector<SatRec> records) {
         emit modesForEditingShown(std::make_shared<const std::vector<SatRec>>(std::move(records)));
     }
+    // The download dialog's sources, read from the settings on the core thread.
+    void showKepsSources(KepsSourcesSnapshot snapshot) {
+        emit kepsSourcesShown(std::make_shared<const KepsSourcesSnapshot>(std::move(snapshot)));
+    }
     // What a "Test" button found.
     void showDeviceTest(TestedDevice device, const std::string& text) {
         emit deviceTested(device, QString::fromStdString(text));
@@ -173,6 +191,9 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void satelliteItemsCleared();
     void satelliteItemAdded(const QString& name);
     void kepsDateChanged(const QString& text);
+    void satelliteNamesChanged(std::vector<veloran::SatelliteNames> names);
+    void mainSatelliteStatusChanged(veloran::MainSatelliteStatus status);
+    void kepsSourcesShown(std::shared_ptr<const veloran::KepsSourcesSnapshot> snapshot);
     void alertRequested(const QString& title, const QString& message, const QString& button);
     void beepRequested();
     void channelItemsCleared();
@@ -227,6 +248,10 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     std::shared_ptr<GlobeSceneExchange> globe_;
     GlobeSceneBuilder globeBuilder_;
 };
+
+// A satellite's long name and catalogue number, for its tool tips; empty
+// when there is neither.
+QString SatelliteToolTip(const SatelliteNames& names);
 
 // Makes the value types above travel through queued connections.
 void RegisterBridgeTypes();

@@ -32,6 +32,10 @@ class FakeUserInterface : public UserInterface {
     void removeAllSatelliteItems() override { satelliteItems.clear(); }
     void addSatelliteItem(const std::string& name) override { satelliteItems.push_back(name); }
     void setKepsDateText(const std::string& text) override { kepsDate = text; }
+    std::vector<SatelliteNames> names;
+    void setSatelliteNames(const std::vector<SatelliteNames>& n) override { names = n; }
+    MainSatelliteStatus mainStatus;
+    void setMainSatelliteStatus(const MainSatelliteStatus& s) override { mainStatus = s; }
     void alert(const std::string& title, const std::string& message,
                const std::string& button) override {
         alerts.push_back(title + "|" + message + "|" + button);
@@ -121,12 +125,14 @@ class FakeDownloader : public Downloader {
     bool accept = true;
     std::string url, destination;
     double timeout = 0;
+    int status = 0;  // the HTTP status lastStatus reports
     bool start(const std::string& u, const std::string& d, double t) override {
         url = u;
         destination = d;
         timeout = t;
         return accept;
     }
+    int lastStatus() const override { return status; }
 };
 
 class FakeClock : public Clock {

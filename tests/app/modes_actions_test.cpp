@@ -75,6 +75,37 @@ TEST(ModesActions, ImportStopsWhenTheBackupFails) {
         << rig.ui.alerts[0];
 }
 
+TEST(ModesActions, SatnogsImportAddsChannelsTheProgramUsesAtOnce) {
+    ControllerRig rig;
+    rig.app->loadKepsAndModes();
+    WriteText(rig.paths.userModesFile, ReadText(rig.paths.defaultModesFile));
+    rig.app->loadKepsAndModes();
+    const std::string before = ReadText(rig.paths.userModesFile);
+    rig.files.answer = std::string(VELORAN_RESOURCE_DIR) + "/samples/satnogs-transmitters.json";
+    rig.app->importSatnogs();
+    ASSERT_TRUE(rig.ui.alerts.empty()) << rig.ui.alerts[0];
+    ASSERT_EQ(rig.ui.notices.size(), 1u);
+    EXPECT_EQ(rig.ui.notices[0].rfind("SatNOGS transmitters imported: ", 0), 0u);
+    EXPECT_NE(rig.ui.notices[0].find("channels added"), std::string::npos);
+    EXPECT_EQ(ReadText(rig.paths.userModesFile + ".bak"), before);
+    // AO-7's beacon is a channel of the table in memory, without a restart.
+    auto ao7 = testing::NewSatRec();
+    ASSERT_TRUE(rig.app->GetSatelliteRecordByName("AO-7", ao7.get()));
+    bool found = false;
+    for (int i = 0; i < ao7->numberOfActiveChannels; ++i)
+        found = found || std::strcmp(ao7->modes[i].channel, "Mode B beacon") == 0;
+    EXPECT_TRUE(found);
+
+    // Not a transmitters list: told, and the modes file stays.
+    const std::string after = ReadText(rig.paths.userModesFile);
+    WriteText(rig.dir.file("notes.json"), "{\"not\": \"a list\"}");
+    rig.files.answer = rig.dir.file("notes.json");
+    rig.app->importSatnogs();
+    ASSERT_EQ(rig.ui.alerts.size(), 1u);
+    EXPECT_EQ(rig.ui.alerts[0].rfind("The transmitters were not imported.|", 0), 0u);
+    EXPECT_EQ(ReadText(rig.paths.userModesFile), after);
+}
+
 TEST(ModesActions, DefaultModesClearsOffsetsAndGoesBackToTheBundledFile) {
     ControllerRig rig;
     rig.app->loadKepsAndModes();

@@ -121,6 +121,52 @@ TEST(ImportKeps, MoreSetsThanTheTableHoldsAreFilteredAndTold) {
         << "the track list's satellite is kept";
 }
 
+// The converter's every format, through the menu action: the same three
+// sample satellites, told on the message line, their long names kept.
+TEST(ImportKeps, EveryFormatLoadsTheSameSatellitesWithTheirNames) {
+    for (const char* sample :
+         {"samples-short.tle", "samples-long.tle", "samples.csv", "samples.json", "samples.xml"}) {
+        ControllerRig rig;
+        rig.files.answer = std::string(VELORAN_RESOURCE_DIR) + "/samples/" + sample;
+        rig.app->importKeps();
+        EXPECT_EQ(rig.app->GetTotalSats(), 5) << sample;  // and the Moon and the Sun
+        EXPECT_TRUE(rig.ui.alerts.empty()) << sample;
+        ASSERT_EQ(rig.ui.notices.size(), 1u) << sample;
+        EXPECT_EQ(rig.ui.notices[0].rfind("3 element sets installed from ", 0), 0u)
+            << rig.ui.notices[0];
+        ASSERT_EQ(rig.ui.names.size(), 3u) << sample;
+        EXPECT_EQ(rig.ui.names[2].catalog, 123456) << sample;
+    }
+}
+
+TEST(Download, MergesWhenAskedAndAOneOffAddressIsNotChosen) {
+    ControllerRig rig;
+    rig.app->loadKepsAndModes();
+    const int before = rig.app->GetTotalSats();
+    const std::string one = CelestrakCatalogURL(99901, false);
+    rig.app->startDownloadingURL(one, DownloadTrigger::User, true);
+    EXPECT_EQ(rig.downloader.url, one);
+    EXPECT_EQ(ChosenKepsURL(&rig.defaults), kKeplerDownloadURL);
+    WriteText(rig.paths.downloadFile,
+              ReadText(std::string(VELORAN_RESOURCE_DIR) + "/samples/samples-long.tle"));
+    rig.app->downloadDidFinish();
+    EXPECT_EQ(rig.app->GetTotalSats(), before + 3);
+    ASSERT_FALSE(rig.ui.notices.empty());
+    EXPECT_EQ(rig.ui.notices.back().rfind("Element sets downloaded: ", 0), 0u);
+    EXPECT_NE(rig.ui.notices.back().find("merged"), std::string::npos);
+}
+
+TEST(Download, AnyAnswerButOkSaysAutomaticUpdatesStopped) {
+    ControllerRig rig;
+    rig.app->startDownloadingURL();
+    rig.downloader.status = 403;
+    rig.app->downloadDidFail("Forbidden", kKeplerDownloadURL);
+    ASSERT_EQ(rig.ui.notices.size(), 1u);
+    EXPECT_NE(rig.ui.notices[0].find("HTTP 403"), std::string::npos);
+    EXPECT_NE(rig.ui.notices[0].find("Automatic updates are stopped"), std::string::npos);
+    EXPECT_FALSE(rig.defaults.stringForKey(prefkeys::kKepsAutoStopped).empty());
+}
+
 TEST(Download, TheSameAddressWaitsTwoHoursUnlessForced) {
     ControllerRig rig;
     rig.app->startDownloadingURL();

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "data/kepsimport.h"
 #include "data/settings.h"
 #include "fakes.h"
 #include "tests/support/element_sets.h"
@@ -67,6 +68,50 @@ TEST(Tick, StatusLinesInKilometresOrMiles) {
     EXPECT_EQ(rig.ui.figures[3], range);
     EXPECT_EQ(rig.ui.figures[0].substr(rig.ui.figures[0].size() - 3), " mi");
     EXPECT_EQ(rig.ui.flipLine, "Manual");
+}
+
+// Element sets eight days old: too old for a satellite whose perigee lies
+// below 400 km, young enough for one higher up. The names come from the
+// side table the converter writes beside the element-set file.
+TEST(Tick, MainSatelliteStatusCarriesItsNamesAndElementAge) {
+    TickRig rig;
+    testing::Elements low, high;
+    low.catalog = 99001;
+    low.meanMotion = 16.0;  // perigee near 270 km
+    high.catalog = 99002;
+    high.meanMotion = 14.0;                            // near 900 km
+    low.epochDayOfYear = high.epochDayOfYear = 317.5;  // 2026-11-13 12:00, 8 days before
+    WriteText(rig.paths.keplerFile,
+              testing::ElementSetText("LOW", low) + testing::ElementSetText("HIGH", high));
+    WriteText(SideTablePath(rig.paths.keplerFile), "LOW\t99001\tLOW ORBITER 1\n");
+    rig.app->awakeFromNib();
+    ASSERT_EQ(rig.ui.names.size(), 2u);
+    EXPECT_EQ(rig.ui.names[0].longName, "LOW ORBITER 1");
+    EXPECT_EQ(rig.ui.names[1].longName, "");
+    EXPECT_EQ(rig.ui.names[1].catalog, 99002);
+
+    const struct {
+        int index;
+        const char* name;
+        double limit;
+        bool stale;
+    } cases[] = {{0, "LOW", 7.0, true}, {1, "HIGH", 14.0, false}};
+    for (const auto& c : cases) {
+        rig.app->chooseSatelliteAtStart(c.index);
+        rig.app->mainTimerTasks();
+        const MainSatelliteStatus& status = rig.ui.mainStatus;
+        EXPECT_EQ(status.names.name, c.name);
+        EXPECT_TRUE(status.hasElements);
+        EXPECT_NEAR(status.ageDays, 8.0, 0.001) << c.name;
+        EXPECT_EQ(status.limitDays, c.limit) << c.name;
+        EXPECT_EQ(!status.warning.empty(), c.stale) << c.name;
+    }
+    EXPECT_EQ(rig.ui.mainStatus.names.catalog, 99002);
+
+    rig.app->chooseSatelliteAtStart(rig.app->moonNum() - 1);
+    rig.app->mainTimerTasks();
+    EXPECT_EQ(rig.ui.mainStatus.names.name, "Moon");
+    EXPECT_FALSE(rig.ui.mainStatus.hasElements);
 }
 
 TEST(Tick, AHiddenWindowTracksButShowsNothingAndQuittingThenSavesNothing) {

@@ -42,6 +42,12 @@ TEST(Bridge, EveryOutletReachesTheWindow) {
         {"removeAllSatelliteItems", [](auto* ui, auto*) { ui->removeAllSatelliteItems(); }},
         {"addSatelliteItem", [](auto* ui, auto*) { ui->addSatelliteItem("AO-7"); }},
         {"setKepsDateText", [](auto* ui, auto*) { ui->setKepsDateText("k"); }},
+        {"setSatelliteNames",
+         [](auto* ui, auto*) {
+             ui->setSatelliteNames({{"SO-50", 27607, "SAUDISAT 1C (SO-50)"}});
+         }},
+        {"setMainSatelliteStatus",
+         [](auto* ui, auto*) { ui->setMainSatelliteStatus(MainSatelliteStatus{}); }},
         {"alert", [](auto* ui, auto*) { ui->alert("t", "m", "OK"); }},
         {"beep", [](auto* ui, auto*) { ui->beep(); }},
         {"removeAllChannelItems", [](auto* ui, auto*) { ui->removeAllChannelItems(); }},

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -18,6 +19,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSlider>
 #include <QSortFilterProxyModel>
 #include <QSpinBox>
@@ -38,9 +40,11 @@
 #include <memory>
 
 #include "app/appcontroller.h"
+#include "data/kepssources.h"
 #include "data/modes.h"
 #include "engine/satrec.h"
 #include "gui/corethread.h"
+#include "gui/kepsdownload.h"
 #include "gui/logbookmodel.h"
 #include "gui/logbookwindow.h"
 #include "gui/mainwindow.h"
@@ -50,6 +54,7 @@
 #include "gui/prefsdialog.h"
 #include "gui/simulateddevices.h"
 #include "gui/skywidget.h"
+#include "gui/tracklistmodel.h"
 #include "gui/uibridge.h"
 #include "logbook/callbook.h"
 #include "platform/numericlocale.h"
@@ -677,6 +682,185 @@ TEST_F(Window, CallbookFillsNameQthAndGridOnceTheCallIsTyped) {
     EXPECT_EQ(Find<QLineEdit>("logGrid")->text(), "JO70GG");
     OnCore([](CoreSide& s) { s.defaults->setBool(callbookkeys::kEnabled, false); });
     for (const char* f : {"logCall", "logName", "logQth", "logGrid"}) Find<QLineEdit>(f)->clear();
+}
+
+QByteArray ReadResource(const char* name) {
+    QFile file(QString(VELORAN_RESOURCE_DIR) + "/" + name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A web server on loopback that answers every request with `body`.
+class LoopbackServer {
+  public:
+    explicit LoopbackServer(QByteArray body) : body_(std::move(body)) {
+        QObject::connect(&server_, &QTcpServer::newConnection, [this] {
+            QTcpSocket* socket = server_.nextPendingConnection();
+            QObject::connect(socket, &QTcpSocket::readyRead, [this, socket] {
+                socket->readAll();
+                ++requests;
+                socket->write(
+                    "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nConnection: close\r\n"
+                    "Content-Length: " +
+                    QByteArray::number(body_.size()) + "\r\n\r\n" + body_);
+                socket->disconnectFromHost();
+            });
+        });
+    }
+    bool listen() { return server_.listen(QHostAddress::LocalHost, 0); }
+    QString url(const char* path) const {
+        return QString("http://127.0.0.1:%1%2").arg(server_.serverPort()).arg(path);
+    }
+    int requests = 0;
+
+  private:
+    QTcpServer server_;
+    QByteArray body_;
+};
+
+QStringList ItemTexts(const QListWidget* list) {
+    QStringList texts;
+    for (int i = 0; i < list->count(); ++i) texts << list->item(i)->text();
+    return texts;
+}
+
+TEST_F(Window, DownloadDialogOffersTheSourcesAndMergesFromAnAddressOfYours) {
+    OnCore([](CoreSide& s) {
+        s.defaults->setString(prefkeys::kKepsAutoStopped, "https://example.org/x answered 403");
+    });
+    Find<QAction>("downloadKepsAction")->trigger();
+    auto* dialog = Find<KepsDownloadDialog>("kepsDownloadDialog");
+    auto* list = dialog->findChild<QListWidget*>("kepsSourceList");
+    ASSERT_TRUE(WaitFor([&] { return list->count() > 0; }));
+    const QStringList texts = ItemTexts(list);
+    EXPECT_EQ(texts.value(0), "AMSAT bulletin (nasa.all)");
+    EXPECT_EQ(list->currentRow(), 0) << "the default source is chosen";
+    for (const char* group : {"Amateur radio", "Space stations", "Weather", "Active satellites"})
+        for (const char* form : {"TLE", "OMM"})
+            EXPECT_TRUE(texts.contains(QString("CelesTrak: %1 (%2)").arg(group, form)))
+                << group << " " << form;
+    const int byNumber = texts.indexOf("CelesTrak: one satellite by catalogue number");
+    ASSERT_GT(byNumber, 0);
+    list->setCurrentRow(byNumber);
+    dialog->findChild<QSpinBox*>("kepsCatalogNumber")->setValue(27607);
+    dialog->findChild<QComboBox*>("kepsCatalogForm")->setCurrentIndex(1);
+    EXPECT_EQ(dialog->chosenURL().toStdString(), CelestrakCatalogURL(27607, true));
+    EXPECT_FALSE(dialog->findChild<QCheckBox*>("kepsInsist")->isChecked());
+
+    // Stopped by a server's refusal until the operator resumes them.
+    auto* autoState = dialog->findChild<QLabel*>("kepsAutoState");
+    auto* resume = dialog->findChild<QPushButton*>("kepsResumeAuto");
+    EXPECT_TRUE(autoState->text().contains("stopped")) << autoState->text().toStdString();
+    EXPECT_TRUE(resume->isVisible());
+    resume->click();
+    ASSERT_TRUE(WaitFor([&] { return !resume->isVisible(); }));
+    std::string stopped = "?";
+    OnCore([&](CoreSide& s) { stopped = s.defaults->stringForKey(prefkeys::kKepsAutoStopped); });
+    EXPECT_EQ(stopped, "");
+
+    // Plain http is refused; the loopback server of a local mirror is not.
+    LoopbackServer server(ReadResource("samples/samples-long.tle"));
+    ASSERT_TRUE(server.listen());
+    auto* newURL = dialog->findChild<QLineEdit*>("kepsNewURL");
+    newURL->setText("http://example.org/keps.txt");
+    dialog->findChild<QPushButton*>("kepsAddURL")->click();
+    EXPECT_TRUE(dialog->findChild<QLabel*>("kepsURLProblem")->isVisible());
+    const QString mine = server.url("/keps.txt");
+    newURL->setText(mine);
+    dialog->findChild<QPushButton*>("kepsAddURL")->click();
+    ASSERT_TRUE(WaitFor([&] { return ItemTexts(list).contains(mine); }));
+    EXPECT_EQ(dialog->chosenURL(), mine);
+    std::string saved;
+    OnCore([&](CoreSide& s) { saved = s.defaults->stringForKey(prefkeys::kKepsUserURLs); });
+    EXPECT_EQ(saved, mine.toStdString());
+    Shot(dialog, "keps-download");
+
+    // Merged: the three sample satellites join the bundled ones.
+    auto* satellites = Find<QComboBox>("satellitePopUp");
+    const int before = satellites->count();
+    dialog->findChild<QRadioButton*>("kepsMerge")->setChecked(true);
+    dialog->findChild<QPushButton*>("kepsDownloadButton")->click();
+    EXPECT_FALSE(dialog->isVisible());
+    ASSERT_TRUE(WaitFor([&] { return satellites->findText("VS-1") > 0; }));
+    EXPECT_EQ(satellites->count(), before + 3);
+    EXPECT_GT(satellites->findText("AO-7"), 0);
+    EXPECT_EQ(server.requests, 1);
+    ASSERT_TRUE(WaitFor([&] { return Text("messageLine").startsWith("Element sets downloaded"); }));
+    OnCore([&](CoreSide& s) { saved = s.defaults->stringForKey(prefkeys::kKepsSourceURL); });
+    EXPECT_EQ(saved, mine.toStdString()) << "the source chosen stays chosen";
+}
+
+// Runs after the download above brought the sample satellites' long names.
+TEST_F(Window, LongNamesAndTheElementAgeOfTheMainSatellite) {
+    auto* satellites = Find<QComboBox>("satellitePopUp");
+    const int vs1 = satellites->findText("VS-1");
+    ASSERT_GT(vs1, 0);
+    const QString tip = satellites->itemData(vs1, Qt::ToolTipRole).toString();
+    EXPECT_TRUE(tip.contains("VELORAN SAMPLE 1 (VS-1)")) << tip.toStdString();
+    EXPECT_TRUE(tip.contains("99901")) << tip.toStdString();
+
+    emit satellites->activated(vs1);  // the main satellite, and a track-list row
+    Tick();
+    const QString line = Text("mainSatelliteLine");
+    EXPECT_TRUE(line.contains("VS-1") && line.contains("VELORAN SAMPLE 1")) << line.toStdString();
+    EXPECT_TRUE(line.contains("days old")) << line.toStdString();
+
+    TrackListModel* rows = Find<TrackListWidget>("trackList")->model();
+    const int name = TrackListModel::columnOfKey("satelliteName");
+    QString rowTip;
+    for (int r = 0; r < rows->rowCount(); ++r)
+        if (rows->data(rows->index(r, name), Qt::DisplayRole).toString() == "VS-1")
+            rowTip = rows->data(rows->index(r, name), Qt::ToolTipRole).toString();
+    EXPECT_TRUE(rowTip.contains("VELORAN SAMPLE 1")) << rowTip.toStdString();
+
+    // The passes of the track list's satellites carry the same tips.
+    window->showPasses();
+    PassesWindow* passes = window->passesWindow();
+    passes->findChild<QComboBox*>("passesScope")->setCurrentIndex(PassesWindow::kTrackList);
+    const auto vs1Pass = [&]() -> const PassRow* {
+        for (const PassRow& row : passes->model()->rows())
+            if (row.satellite == "VS-1") return &row;
+        return nullptr;
+    };
+    ASSERT_TRUE(WaitFor([&] { return !passes->searching() && vs1Pass() != nullptr; }));
+    const int vs1Row = static_cast<int>(vs1Pass() - passes->model()->rows().data());
+    EXPECT_TRUE(passes->model()
+                    ->data(passes->model()->index(vs1Row, PassesModel::kSatellite), Qt::ToolTipRole)
+                    .toString()
+                    .contains("VELORAN SAMPLE 1"));
+    passes->close();
+
+    // Two weeks on, the sample set is past any limit: the line says so.
+    Find<QSlider>("timeSlider")->setValue(14 * 24 * 60);
+    Tick();
+    auto* shown = Find<QLabel>("mainSatelliteLine");
+    EXPECT_TRUE(shown->property("stale").toBool()) << shown->text().toStdString();
+    EXPECT_TRUE(shown->text().contains("download new ones")) << shown->text().toStdString();
+    Shot(window, "main-satellite-line");
+    Find<QPushButton>("realTimeButton")->click();
+    Sync();
+}
+
+TEST_F(Window, SatnogsImportAddsItsChannelsToTheRunningProgram) {
+    ASSERT_NE(Find<QAction>("importSatnogsAction"), nullptr);
+    auto* satellites = Find<QComboBox>("satellitePopUp");
+    emit satellites->activated(satellites->findText("AO-7"));
+    Sync();
+    auto* channels = Find<QComboBox>("channelPopUp");
+    ASSERT_EQ(Text("radioPanelTitle"), "Veloran: AO-7");
+    EXPECT_LT(channels->findText("Mode B beacon"), 0);
+
+    const std::string sample =
+        std::string(VELORAN_RESOURCE_DIR) + "/samples/satnogs-transmitters.json";
+    OnCore([sample](CoreSide& s) {
+        s.ui->setChosenFile(sample);
+        s.app->importSatnogs();
+        s.ui->setChosenFile(std::string());
+    });
+    EXPECT_TRUE(WaitFor([&] { return channels->findText("Mode B beacon") >= 0; }))
+        << "used at once, no restart";
+    EXPECT_TRUE(Text("messageLine").startsWith("SatNOGS transmitters imported:"))
+        << Text("messageLine").toStdString();
+    EXPECT_TRUE(Text("messageLine").contains("channels added"));
 }
 
 // Last: quitting ends the core.
