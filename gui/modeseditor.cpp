@@ -17,8 +17,10 @@
 #include <QSplitter>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 #include "app/appcontroller.h"
 #include "data/modes.h"
@@ -35,6 +37,8 @@ QString title(const SatRec& sat) {
         return QObject::tr("Between passes (%1)").arg(kBetweenPassesName);
     if (std::strcmp(sat.name, kOnExitName) == 0)
         return QObject::tr("On exit (%1)").arg(kOnExitName);
+    // A block kept for a satellite the element sets do not hold.
+    if (sat.db_index < 0) return QObject::tr("%1 (no element set)").arg(sat.name);
     return QString::fromUtf8(sat.name);
 }
 
@@ -204,26 +208,32 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
     for (QSpinBox* box : {priority_, startMA_, endMA_})
         connect(box, &QSpinBox::valueChanged, this, &ModesEditor::satelliteEdited);
 
-    // Mode buttons under the outline.
+    // Satellite and mode buttons under the outline.
+    auto* satButtons = new QHBoxLayout;
     auto* buttons = new QHBoxLayout;
-    auto button = [&](const QString& text, const char* name, auto slot) {
+    auto button = [this](QHBoxLayout* row, const QString& text, const char* name, auto slot) {
         auto* b = new QPushButton(text);
         b->setObjectName(name);
         connect(b, &QPushButton::clicked, this, slot);
-        buttons->addWidget(b);
+        row->addWidget(b);
         return b;
     };
-    button(tr("Add Mode"), "addMode", &ModesEditor::addMode);
-    button(tr("Duplicate"), "duplicateMode", &ModesEditor::duplicateMode);
-    button(tr("Delete"), "deleteMode", &ModesEditor::deleteMode);
-    button(tr("Up"), "modeUp", [this] { moveMode(-1); });
-    button(tr("Down"), "modeDown", [this] { moveMode(1); });
+    button(satButtons, tr("Add Satellite…"), "addSatellite", &ModesEditor::chooseSatelliteToAdd);
+    deleteSatellite_ = button(satButtons, tr("Delete Satellite"), "deleteSatellite",
+                              &ModesEditor::deleteSatellite);
+    satButtons->addStretch();
+    button(buttons, tr("Add Mode"), "addMode", &ModesEditor::addMode);
+    button(buttons, tr("Duplicate"), "duplicateMode", &ModesEditor::duplicateMode);
+    button(buttons, tr("Delete Mode"), "deleteMode", &ModesEditor::deleteMode);
+    button(buttons, tr("Up"), "modeUp", [this] { moveMode(-1); });
+    button(buttons, tr("Down"), "modeDown", [this] { moveMode(1); });
     buttons->addStretch();
 
     auto* left = new QWidget;
     auto* leftLayout = new QVBoxLayout(left);
     leftLayout->setContentsMargins(0, 0, 0, 0);
     leftLayout->addWidget(outline_);
+    leftLayout->addLayout(satButtons);
     leftLayout->addLayout(buttons);
     auto* right = new QWidget;
     auto* rightLayout = new QVBoxLayout(right);
@@ -259,22 +269,27 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
 }
 
 void ModesEditor::open() {
-    post_([](CoreSide& s) { s.ui->showModesForEditing(s.app->modesForEditing()); });
+    post_([](CoreSide& s) {
+        s.ui->showModesForEditing(s.app->modesForEditing(), s.app->satellitesWithoutModes());
+    });
     QDialog::open();
 }
 
-void ModesEditor::showRecords(std::shared_ptr<const std::vector<SatRec>> records) {
+void ModesEditor::showRecords(std::shared_ptr<const ModesForEditing> modes) {
     // The pseudo-records first: they drive the radio outside every pass.
+    const std::vector<SatRec>& records = modes->records;
     records_.clear();
-    const size_t n = records->size();
+    const size_t n = records.size();
     if (n >= 2) {
-        records_.push_back((*records)[n - 2]);
-        records_.push_back((*records)[n - 1]);
+        records_.push_back(records[n - 2]);
+        records_.push_back(records[n - 1]);
     }
-    records_.insert(records_.end(), records->begin(),
-                    records->begin() + static_cast<long>(n >= 2 ? n - 2 : n));
+    records_.insert(records_.end(), records.begin(),
+                    records.begin() + static_cast<long>(n >= 2 ? n - 2 : n));
     dirty_.assign(records_.size(), false);
     undo_.clear();
+    deleted_.clear();
+    withoutModes_ = modes->withoutModes;
     status_->clear();
     rebuildOutline(0, -1);
     changed();
@@ -325,6 +340,8 @@ void ModesEditor::chosen() {
         satellite_ = item->parent()->data(0, Qt::UserRole).toInt();
         mode_ = item->data(0, Qt::UserRole).toInt();
     }
+    // The between-passes and on-exit records always stay.
+    deleteSatellite_->setEnabled(satellite_ >= 2);
     showFields();
 }
 
@@ -420,23 +437,123 @@ void ModesEditor::satelliteEdited() {
 
 void ModesEditor::remember() {
     if (satellite_ < 0) return;
-    undo_.emplace_back(satellite_, records_[satellite_]);
+    undo_.push_back({Step::kEdit, satellite_, records_[satellite_], dirty_[satellite_], deleted_,
+                     withoutModes_});
     dirty_[satellite_] = true;
 }
 
 void ModesEditor::changed() {
     undoButton_->setEnabled(!undo_.empty());
-    bool any = false;
+    bool any = !deleted_.isEmpty();
     for (bool d : dirty_) any = any || d;
     save_->setEnabled(any);
 }
 
 void ModesEditor::undo() {
     if (undo_.empty()) return;
-    const auto [index, before] = undo_.back();
+    const Step step = std::move(undo_.back());
     undo_.pop_back();
-    records_[index] = before;
-    rebuildOutline(index, std::min<int>(mode_, before.numberOfActiveChannels - 1));
+    const auto at = records_.begin() + step.index;
+    const auto dirtyAt = dirty_.begin() + step.index;
+    int mode = -1;
+    switch (step.kind) {
+        case Step::kEdit:
+            records_[step.index] = step.record;
+            dirty_[step.index] = step.dirty;
+            mode = std::min<int>(mode_, step.record.numberOfActiveChannels - 1);
+            break;
+        case Step::kAdd:
+            records_.erase(at);
+            dirty_.erase(dirtyAt);
+            break;
+        case Step::kDelete:
+            records_.insert(at, step.record);
+            dirty_.insert(dirtyAt, step.dirty);
+            break;
+    }
+    deleted_ = step.deleted;
+    withoutModes_ = step.withoutModes;
+    status_->clear();
+    rebuildOutline(std::min<int>(step.index, static_cast<int>(records_.size()) - 1), mode);
+    changed();
+}
+
+void ModesEditor::chooseSatelliteToAdd() {
+    auto* ask = new QDialog(this);
+    ask->setObjectName("addSatelliteDialog");
+    ask->setWindowTitle(tr("Add Satellite"));
+    ask->setAttribute(Qt::WA_DeleteOnClose);
+    auto* name = new QComboBox;
+    name->setObjectName("newSatelliteName");
+    name->setEditable(true);
+    name->setInsertPolicy(QComboBox::NoInsert);
+    name->addItems(withoutModes_);
+    name->setCurrentIndex(-1);
+    name->lineEdit()->setPlaceholderText(tr("Name, one word"));
+    name->setMinimumContentsLength(24);
+    auto* note = new QLabel(withoutModes_.isEmpty()
+                                ? tr("Every satellite of the element sets has modes; type the "
+                                     "name of another one.")
+                                : tr("Pick a satellite of the element sets that has no modes, "
+                                     "or type the name of another one."));
+    note->setWordWrap(true);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    auto* layout = new QVBoxLayout(ask);
+    layout->addWidget(note);
+    layout->addWidget(name);
+    layout->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::rejected, ask, &QDialog::reject);
+    connect(buttons, &QDialogButtonBox::accepted, ask, [this, ask, name, note] {
+        if (addSatellite(name->currentText().trimmed()))
+            ask->accept();
+        else
+            note->setText(status_->text());
+    });
+    ask->open();
+}
+
+bool ModesEditor::addSatellite(const QString& name) {
+    const QByteArray utf8 = name.toUtf8();
+    if (!IsModesBlockName(utf8.toStdString())) {
+        status_->setText(name.isEmpty() ? tr("Type the satellite's name.")
+                                        : tr("\"%1\" cannot name a satellite: one word, "
+                                             "without blanks, please.")
+                                              .arg(name));
+        return false;
+    }
+    for (const SatRec& sat : records_)
+        if (utf8 == sat.name) {
+            status_->setText(tr("%1 already has modes.").arg(name));
+            return false;
+        }
+    auto rec = std::make_unique<SatRec>();
+    NewModesBlock(rec.get(), utf8.constData());
+    rec->db_index = withoutModes_.contains(name) ? 0 : -1;
+    // At the end of the outline, where the user sees it.
+    const int at = static_cast<int>(records_.size());
+    undo_.push_back({Step::kAdd, at, SatRec{}, false, deleted_, withoutModes_});
+    withoutModes_.removeAll(name);
+    records_.insert(records_.begin() + at, *rec);
+    dirty_.insert(dirty_.begin() + at, true);
+    status_->setText(tr("%1 added with one mode; Save writes it to the modes file.").arg(name));
+    rebuildOutline(at, 0);
+    changed();
+    return true;
+}
+
+void ModesEditor::deleteSatellite() {
+    if (satellite_ < 2 || satellite_ >= static_cast<int>(records_.size())) return;
+    const SatRec& sat = records_[satellite_];
+    const QString name = QString::fromUtf8(sat.name);
+    undo_.push_back({Step::kDelete, satellite_, sat, dirty_[satellite_], deleted_, withoutModes_});
+    if (!deleted_.contains(name)) deleted_ << name;
+    if (sat.db_index >= 0 && !withoutModes_.contains(name)) withoutModes_ << name;
+    const int at = satellite_;
+    records_.erase(records_.begin() + at);
+    dirty_.erase(dirty_.begin() + at);
+    status_->setText(
+        tr("%1 deleted; Save removes it from the modes file, Undo brings it back.").arg(name));
+    rebuildOutline(std::min<int>(at, static_cast<int>(records_.size()) - 1), -1);
     changed();
 }
 
@@ -490,12 +607,20 @@ void ModesEditor::save() {
     auto edited = std::make_shared<std::vector<SatRec>>();
     for (size_t i = 0; i < records_.size(); ++i)
         if (dirty_[i]) edited->push_back(records_[i]);
-    if (edited->empty()) return;
-    post_([edited](CoreSide& s) {
-        if (s.app->saveEditedModes(edited->data(), static_cast<int>(edited->size())))
-            s.ui->showModesForEditing(s.app->modesForEditing());
+    // A satellite deleted and added again is written, not deleted.
+    std::vector<std::string> deleted;
+    for (const QString& name : deleted_) {
+        const QByteArray utf8 = name.toUtf8();
+        bool listed = false;
+        for (const SatRec& sat : records_) listed = listed || utf8 == sat.name;
+        if (!listed) deleted.push_back(utf8.toStdString());
+    }
+    if (edited->empty() && deleted.empty()) return;
+    post_([edited, deleted](CoreSide& s) {
+        if (s.app->saveEditedModes(edited->data(), static_cast<int>(edited->size()), deleted))
+            s.ui->showModesForEditing(s.app->modesForEditing(), s.app->satellitesWithoutModes());
     });
-    status_->setText(tr("Saving…"));
+    status_->setText(tr("Saving\u2026"));
 }
 
 }  // namespace veloran

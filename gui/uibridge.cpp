@@ -25,7 +25,7 @@ void RegisterBridgeTypes() {
     qRegisterMetaType<std::vector<RowColour>>();
     qRegisterMetaType<std::shared_ptr<const PrefsSnapshot>>();
     qRegisterMetaType<TestedDevice>();
-    qRegisterMetaType<std::shared_ptr<const std::vector<SatRec>>>();
+    qRegisterMetaType<std::shared_ptr<const ModesForEditing>>();
 }
 
 UiBridge::UiBridge(QObject* parent)
@@ -115,6 +115,9 @@ void UiBridge::showSettings(const SiteRec& site) {
         const PortNameRecord* ports = app_->portNames();
         for (int i = 0; ports != nullptr && i < kMaxSerialPorts && ports[i].bsdPath[0] != '\0'; ++i)
             prefs->ports << QString::fromUtf8(ports[i].userName);
+        for (const std::string& voice : app_->speechVoices())
+            prefs->voices << QString::fromStdString(voice);
+        prefs->speechAudible = app_->speechAudible();
     }
     emit prefsShown(prefs);
 }
