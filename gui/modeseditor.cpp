@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFontMetrics>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -13,6 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QSplitter>
 #include <QTreeWidget>
@@ -31,6 +33,7 @@ namespace veloran {
 namespace {
 
 constexpr int kHoursPerDay = 24;
+constexpr int kHoursPerRow = 8;
 
 QString title(const SatRec& sat) {
     if (std::strcmp(sat.name, kBetweenPassesName) == 0)
@@ -64,12 +67,18 @@ bool readNumber(const QString& text, double* value) {
 ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post_(std::move(post)) {
     setObjectName("modesWindow");
     setWindowTitle(tr("Modes"));
-    resize(980, 640);
+    resize(1160, 700);
 
     outline_ = new QTreeWidget;
     outline_->setObjectName("modesOutline");
     outline_->setHeaderLabels({tr("Satellite / mode"), tr("Uplink"), tr("Downlink"), tr("Mode")});
-    outline_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    // Every column wide enough for what it can hold, and the outline never
+    // narrower than its columns: a frequency or a mode cut off in the middle
+    // reads as another one.
+    outline_->header()->setStretchLastSection(false);
+    outline_->header()->setSectionResizeMode(QHeaderView::Fixed);
+    outline_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    for (int column : {1, 2}) outline_->headerItem()->setTextAlignment(column, Qt::AlignRight);
     connect(outline_, &QTreeWidget::currentItemChanged, this, &ModesEditor::chosen);
     connect(outline_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
         // A channel renamed in place in the outline.
@@ -94,10 +103,10 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
         {"uplink", "Uplink (MHz):", &ModeRec::upFreq, 6},
         {"downlink", "Downlink (MHz):", &ModeRec::downFreq, 6},
         {"beacon", "Beacon (MHz):", &ModeRec::beaconFreq, 6},
-        {"txVrtrUp", "Uplink transverter offset (MHz):", &ModeRec::txVrtrUp, 6},
-        {"txVrtrDn", "Downlink transverter offset (MHz):", &ModeRec::txVrtrDn, 6},
-        {"beamUp", "Uplink beam width (°):", &ModeRec::beamUpWidthDegs, 2},
-        {"beamDown", "Downlink beam width (°):", &ModeRec::beamDwnWidthDegs, 2},
+        {"txVrtrUp", "Transverter up (MHz):", &ModeRec::txVrtrUp, 6},
+        {"txVrtrDn", "Transverter down (MHz):", &ModeRec::txVrtrDn, 6},
+        {"beamUp", "Beam width up (°):", &ModeRec::beamUpWidthDegs, 2},
+        {"beamDown", "Beam width down (°):", &ModeRec::beamDwnWidthDegs, 2},
     };
     commMode_ = new QComboBox;
     commMode_->setObjectName("commMode");
@@ -191,7 +200,7 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
         auto* box = new QCheckBox(QString("%1").arg(h, 2, 10, QChar('0')));
         box->setObjectName(QString("hour%1").arg(h));
         hours_.push_back(box);
-        hours->addWidget(box, h / 12, h % 12);
+        hours->addWidget(box, h / kHoursPerRow, h % kHoursPerRow);
         connect(box, &QCheckBox::clicked, this, &ModesEditor::satelliteEdited);
     }
     satForm->addRow(tr("Speak name:"), speakName_);
@@ -317,16 +326,55 @@ void ModesEditor::rebuildOutline(int satellite, int mode) {
                 top, {QString::fromUtf8(rec.channel), QString::number(rec.upFreq, 'f', 6),
                       QString::number(rec.downFreq, 'f', 6), QString::fromLatin1(name)});
             child->setFlags(child->flags() | Qt::ItemIsEditable);
+            child->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+            child->setTextAlignment(2, Qt::AlignRight | Qt::AlignVCenter);
             child->setData(0, Qt::UserRole, m);
             if (static_cast<int>(i) == satellite && m == mode) current = child;
         }
     }
     filling_ = false;
+    fitColumns();
     if (current != nullptr) {
         if (current->parent()) current->parent()->setExpanded(true);
         outline_->setCurrentItem(current);
     }
     chosen();
+}
+
+void ModesEditor::fitColumns() {
+    const QFontMetrics text(outline_->font());
+    const QFontMetrics header(outline_->header()->font());
+    // The item's margins and the header's sort indicator room.
+    const int pad = text.horizontalAdvance(QStringLiteral("MM"));
+    const int indent = outline_->indentation();
+    // Widest what a column can hold: frequencies up to the 10 GHz band,
+    // and the longest mode name.
+    int widths[4] = {
+        text.horizontalAdvance(tr("Between passes (%1)").arg(kBetweenPassesName)) + indent,
+        text.horizontalAdvance(QStringLiteral("10368.000000")),
+        text.horizontalAdvance(QStringLiteral("10368.000000")),
+        text.horizontalAdvance(QStringLiteral("SIMP_SSB"))};
+    for (int t = 0; t < outline_->topLevelItemCount(); ++t) {
+        const QTreeWidgetItem* top = outline_->topLevelItem(t);
+        widths[0] = std::max(widths[0], text.horizontalAdvance(top->text(0)) + indent);
+        for (int c = 0; c < top->childCount(); ++c)
+            for (int column = 0; column < 4; ++column)
+                widths[column] =
+                    std::max(widths[column], text.horizontalAdvance(top->child(c)->text(column)) +
+                                                 (column == 0 ? 2 * indent : 0));
+    }
+    // A very long channel name is cut rather than pushing the form away.
+    widths[0] = std::min(widths[0], text.averageCharWidth() * 36);
+    int total = 0;
+    for (int column = 0; column < 4; ++column) {
+        const int width = std::max(widths[column],
+                                   header.horizontalAdvance(outline_->headerItem()->text(column))) +
+                          pad;
+        outline_->setColumnWidth(column, width);
+        total += width;
+    }
+    outline_->setMinimumWidth(total + 2 * outline_->frameWidth() +
+                              outline_->verticalScrollBar()->sizeHint().width());
 }
 
 void ModesEditor::chosen() {

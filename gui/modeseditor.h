@@ -51,6 +51,8 @@ class ModesEditor : public QDialog {
     };
 
     void rebuildOutline(int satellite, int mode);
+    // Widens the outline's columns to what they hold.
+    void fitColumns();
     void chosen();
     void showFields();
     // A field was typed in: stored when it reads as a number, else marked.

@@ -336,10 +336,13 @@ QWidget* PrefsDialog::buildSpeech() {
     connect(rate_, &QSlider::valueChanged, this, [this](int value) {
         rateText_->setText(value == 0 ? tr("normal") : QString::asprintf("%+.1f", value / 10.0));
     });
-    auto* rateRow = new QHBoxLayout;
+    rateRow_ = new QWidget;
+    auto* rateRow = new QHBoxLayout(rateRow_);
+    rateRow->setContentsMargins(0, 0, 0, 0);
     rateRow->addWidget(new QLabel(tr("slower")));
     rateRow->addWidget(rate_, 1);
     rateRow->addWidget(new QLabel(tr("faster")));
+    rateRow->addSpacing(8);
     rateRow->addWidget(rateText_);
     sayTest_ = new QPushButton(tr("Speak a test sentence"));
     sayTest_->setObjectName("speakTest");
@@ -350,8 +353,11 @@ QWidget* PrefsDialog::buildSpeech() {
     form->addRow(QString(), speech_);
     form->addRow(QString(), sounds_);
     form->addRow(tr("Voice:"), voice_);
-    form->addRow(tr("Rate:"), rateRow);
-    form->addRow(QString(), sayTest_);
+    form->addRow(tr("Rate:"), rateRow_);
+    auto* sayRow = new QHBoxLayout;
+    sayRow->addWidget(sayTest_);
+    sayRow->addStretch();
+    form->addRow(QString(), sayRow);
     form->addRow(QString(), speechNote_);
     connect(sayTest_, &QPushButton::clicked, this, [this] {
         const std::string voice = chosenVoice().toStdString();
@@ -379,8 +385,7 @@ void PrefsDialog::showVoices(const PrefsSnapshot& prefs) {
     rate_->setValue(static_cast<int>(std::lround(prefs.site.speechRate * kRateSteps)));
     emit rate_->valueChanged(rate_->value());
     const bool usable = !prefs.voices.isEmpty() && prefs.speechAudible;
-    for (QWidget* w : {static_cast<QWidget*>(voice_), static_cast<QWidget*>(rate_),
-                       static_cast<QWidget*>(sayTest_)})
+    for (QWidget* w : {static_cast<QWidget*>(voice_), rateRow_, static_cast<QWidget*>(sayTest_)})
         w->setEnabled(usable);
     if (prefs.voices.isEmpty())
         speechNote_->setText(

@@ -100,6 +100,7 @@ class PrefsDialog : public QDialog {
     QComboBox* voice_;
     QSlider* rate_;
     QLabel *rateText_, *speechNote_;
+    QWidget* rateRow_;
     QPushButton* sayTest_;
     void showVoices(const PrefsSnapshot& prefs);
     QString chosenVoice() const;
