@@ -78,7 +78,9 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
     outline_->header()->setStretchLastSection(false);
     outline_->header()->setSectionResizeMode(QHeaderView::Fixed);
     outline_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // Frequencies line up on the right, the mode name sits clear of them.
     for (int column : {1, 2}) outline_->headerItem()->setTextAlignment(column, Qt::AlignRight);
+    outline_->headerItem()->setTextAlignment(3, Qt::AlignHCenter);
     connect(outline_, &QTreeWidget::currentItemChanged, this, &ModesEditor::chosen);
     connect(outline_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
         // A channel renamed in place in the outline.
@@ -328,6 +330,7 @@ void ModesEditor::rebuildOutline(int satellite, int mode) {
             child->setFlags(child->flags() | Qt::ItemIsEditable);
             child->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
             child->setTextAlignment(2, Qt::AlignRight | Qt::AlignVCenter);
+            child->setTextAlignment(3, Qt::AlignCenter);
             child->setData(0, Qt::UserRole, m);
             if (static_cast<int>(i) == satellite && m == mode) current = child;
         }
@@ -531,6 +534,7 @@ void ModesEditor::chooseSatelliteToAdd() {
     ask->setObjectName("addSatelliteDialog");
     ask->setWindowTitle(tr("Add Satellite"));
     ask->setAttribute(Qt::WA_DeleteOnClose);
+    ask->setMinimumWidth(ask->fontMetrics().averageCharWidth() * 56);
     auto* name = new QComboBox;
     name->setObjectName("newSatelliteName");
     name->setEditable(true);
