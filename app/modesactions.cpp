@@ -124,10 +124,7 @@ int AppController::saveEditedModes(const SatRec* edited, int count,
     std::unordered_set<std::string> dropped;
     for (const std::string& name : deleted) {
         if (SatRec* target = tableEntry(name.c_str())) {
-            // A satellite without modes writes no block.
-            const int32_t selected = target->selectedModeIndex;
-            ResetModes(target);
-            target->selectedModeIndex = selected;
+            ResetModes(target);  // without modes it writes no block
         } else {
             dropped.insert(name);
         }

@@ -672,7 +672,7 @@ void ModesEditor::save() {
         if (s.app->saveEditedModes(edited->data(), static_cast<int>(edited->size()), deleted))
             s.ui->showModesForEditing(s.app->modesForEditing(), s.app->satellitesWithoutModes());
     });
-    status_->setText(tr("Saving\u2026"));
+    status_->setText(tr("Saving…"));
 }
 
 }  // namespace veloran
