@@ -252,10 +252,10 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
     rightLayout->addWidget(modeBox_);
     rightLayout->addWidget(satBox_);
     rightLayout->addStretch();
-    auto* split = new QSplitter;
-    split->addWidget(left);
-    split->addWidget(right);
-    split->setStretchFactor(0, 1);
+    split_ = new QSplitter;
+    split_->addWidget(left);
+    split_->addWidget(right);
+    split_->setStretchFactor(0, 1);
 
     status_ = new QLabel;
     status_->setObjectName("modesStatus");
@@ -274,7 +274,7 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
     bottom->addWidget(box);
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(split, 1);
+    layout->addWidget(split_, 1);
     layout->addLayout(bottom);
     changed();
 }
@@ -376,8 +376,14 @@ void ModesEditor::fitColumns() {
         outline_->setColumnWidth(column, width);
         total += width;
     }
-    outline_->setMinimumWidth(total + 2 * outline_->frameWidth() +
-                              outline_->verticalScrollBar()->sizeHint().width());
+    const int needed =
+        total + 2 * outline_->frameWidth() + outline_->verticalScrollBar()->sizeHint().width();
+    outline_->setMinimumWidth(needed);
+    // A window already open is laid out again only later; move the split
+    // now so that no column is drawn cut meanwhile.
+    const QList<int> sizes = split_->sizes();
+    if (sizes.size() == 2 && sizes[0] > 0 && sizes[0] < needed)
+        split_->setSizes({needed, std::max(0, sizes[0] + sizes[1] - needed)});
 }
 
 void ModesEditor::chosen() {

@@ -18,6 +18,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSpinBox;
+class QSplitter;
 class QTreeWidget;
 class QTreeWidgetItem;
 
@@ -98,6 +99,7 @@ class ModesEditor : public QDialog {
     QLabel* status_;
     QPushButton *save_, *undoButton_, *deleteSatellite_;
     QWidget *modeBox_, *satBox_;
+    QSplitter* split_;
 };
 
 }  // namespace veloran
