@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "app/announcements.h"
@@ -119,21 +120,33 @@ class AppController {
     // --- Modes (modesactions.cpp) ---
 
     // Writes the table, the between-passes and the on-exit records to path,
-    // keeping the blocks of satellites missing from the table.
+    // keeping the blocks of satellites missing from the table; of those,
+    // the ones named in `outside` are written from these records instead
+    // (or added after them) and the ones named in `dropped` are left out.
     // False when the file could not be written (the old one then stands).
-    bool writeModeFile(const std::string& path);
+    bool writeModeFile(const std::string& path, const std::vector<SatRec>& outside = {},
+                       const std::unordered_set<std::string>& dropped = {});
     void defaultModes();
     void importModes();
     void exportModes();
     // Copies of the records the modes editor shows: the table's satellites
-    // in order, then the between-passes and the on-exit records.
+    // that have modes, in order, then the blocks of satellites the modes
+    // file holds but the table does not (their db_index is -1), then the
+    // between-passes and the on-exit records.
     std::vector<SatRec> modesForEditing() const;
-    // The modes editor saved `count` records: for each, the entry of the same
-    // name takes its modes and per-satellite settings (spoken name, track
-    // hours, attitude, mean-anomaly window, enabled, priority). The user
-    // modes file is copied aside as a backup and rewritten, and the program
-    // uses the new modes at once. 1, or 0 when the file could not be written.
-    int saveEditedModes(const SatRec* edited, int count);
+    // The table's satellites without modes: those the editor can add.
+    std::vector<std::string> satellitesWithoutModes() const;
+    // The modes editor saved `count` records and deleted the satellites
+    // named in `deleted`: for each record, the entry of the same name takes
+    // its modes and per-satellite settings (spoken name, track hours,
+    // attitude, mean-anomaly window, enabled, priority); a record of a
+    // satellite the table does not hold gets a block of its own. A deleted
+    // satellite loses its block (and so its modes). The user modes file is
+    // copied aside as a backup and rewritten, and the program uses the new
+    // modes at once. 1; 0 when the file could not be written, or when
+    // BetweenPasses or OnExit is among the deleted (nothing is changed then).
+    int saveEditedModes(const SatRec* edited, int count,
+                        const std::vector<std::string>& deleted = {});
     // The user picked a mode in the channel pop-up.
     void modeChanged();
     // Menu action: add the channels of a SatNOGS DB transmitters list (JSON)
@@ -182,8 +195,16 @@ class AppController {
     std::string testRadio(const SiteRec* shown);
     std::string testRotor(const SiteRec* shown);
     std::string testGateway(const SiteRec* shown);
-    // "Speak a test sentence": queued like any announcement, never keyed.
-    void speakTestSentence();
+    // "Speak a test sentence": queued like any announcement, never keyed,
+    // in the voice and at the rate the panel shows (empty voice: the
+    // engine's default; rate -1 .. 1). The site's own voice comes back when
+    // the panel is accepted or cancelled.
+    void speakTestSentence(const std::string& voice = std::string(), double rate = 0);
+    // The voices the speech engine offers, and whether speech can be heard
+    // here at all (an engine and an audio output); empty and false without
+    // a speech engine.
+    std::vector<std::string> speechVoices() const;
+    bool speechAudible() const;
     // Stores / restores the tuning offsets of table entry index.
     void SaveTweaks(int index);
     void LoadTweaks(int index);
@@ -270,6 +291,8 @@ class AppController {
     void updateVFOPanel();
     void displaySatName();
     void updateRadioPrefsPanel();
+    // Hands the site's voice and rate to the speech engine.
+    void applySpeechVoice();
     void uplinkClicked(double value);
     void downlinkClicked(double value);
     void vfoSliderMoved(double value);

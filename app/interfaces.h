@@ -237,6 +237,13 @@ class Speech {
     // Announcements over the air key the transmitter only when it does, so a
     // station without sound never sends dead carrier.
     virtual bool canPlay() const { return true; }
+    // The voices the engine offers for the current language, by name;
+    // empty when it offers no choice.
+    virtual std::vector<std::string> voices() const { return {}; }
+    // The voice (by name; empty or unknown: the engine's default) and the
+    // rate (-1 slowest, 0 normal, 1 fastest; clamped) from the next sentence
+    // on. May come from the core thread.
+    virtual void setVoice(const std::string& /*voice*/, double /*rate*/) {}
 };
 
 // The four chimes (announce.wav, AOS.wav, LOS.wav, rotor.wav), played from

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <unordered_set>
 
 #include "app/appcontroller.h"
@@ -22,15 +23,16 @@ std::string BackupPath(const std::string& path) {
 
 }  // namespace
 
-bool AppController::writeModeFile(const std::string& path) {
+bool AppController::writeModeFile(const std::string& path, const std::vector<SatRec>& outside,
+                                  const std::unordered_set<std::string>& dropped) {
     // Blocks of satellites that are not in the table now (an element-set
     // file without them) are carried over from the modes file the table was
     // loaded from, so that no one's hand-made modes are lost on a rewrite.
     std::unordered_set<std::string> inTable = {kBetweenPassesName, kOnExitName};
     for (int i = 0; i < mTotalSats; ++i) inTable.insert(mAllSats[i].name);
     ModesFile source;
-    std::string kept;
-    if (!mModesSource.empty() && source.load(mModesSource)) kept = source.blocksNotIn(inTable);
+    if (mModesSource.empty() || !source.load(mModesSource)) source.setText(std::string());
+    const std::string kept = source.blocksOutside(inTable, outside, dropped);
     if (path == paths_.userModesFile && mUserModesUnreadable != 0) {
         std::fprintf(stderr, "the modes file %s is not rewritten: it could not be read (%s)\n",
                      path.c_str(), FileErrorText(mUserModesUnreadable).c_str());
@@ -45,11 +47,32 @@ bool AppController::writeModeFile(const std::string& path) {
 
 std::vector<SatRec> AppController::modesForEditing() const {
     std::vector<SatRec> records;
-    records.reserve(static_cast<size_t>(mTotalSats) + 2);
-    for (int i = 0; i < mTotalSats; ++i) records.push_back(mAllSats[i]);
+    std::unordered_set<std::string> inTable = {kBetweenPassesName, kOnExitName};
+    for (int i = 0; i < mTotalSats; ++i) {
+        inTable.insert(mAllSats[i].name);
+        if (mAllSats[i].numberOfActiveChannels > 0) records.push_back(mAllSats[i]);
+    }
+    ModesFile source;
+    if (!mModesSource.empty() && source.load(mModesSource)) {
+        auto rec = std::make_unique<SatRec>();
+        for (const std::string& name : source.names()) {
+            if (inTable.count(name) != 0) continue;
+            InitSatRec(rec.get());
+            source.getModes(rec.get(), name.c_str());
+            rec->db_index = -1;  // no entry of the table
+            records.push_back(*rec);
+        }
+    }
     records.push_back(*BPSatRec);
     records.push_back(*EXITSatRec);
     return records;
+}
+
+std::vector<std::string> AppController::satellitesWithoutModes() const {
+    std::vector<std::string> names;
+    for (int i = 0; i < mTotalSats; ++i)
+        if (mAllSats[i].numberOfActiveChannels <= 0) names.emplace_back(mAllSats[i].name);
+    return names;
 }
 
 namespace {
@@ -73,20 +96,39 @@ void copyModeFields(const SatRec& from, SatRec* to) {
 
 }  // namespace
 
-int AppController::saveEditedModes(const SatRec* edited, int count) {
-    if (edited == nullptr || count <= 0) return 0;
+int AppController::saveEditedModes(const SatRec* edited, int count,
+                                   const std::vector<std::string>& deleted) {
+    if ((edited == nullptr || count <= 0) && deleted.empty()) return 0;
+    for (const std::string& name : deleted)
+        if (name == kBetweenPassesName || name == kOnExitName) {
+            services_.ui->alert("The modes were not saved.",
+                                name + " sets the radio outside passes and cannot be deleted.",
+                                "OK");
+            return 0;
+        }
     const int32_t mainSat = mMainSatNum;
     SaveTweaks(mMainSatNum - 1);
-    for (int e = 0; e < count; ++e) {
-        const char* name = edited[e].name;
-        SatRec* target = nullptr;
-        if (std::strcmp(name, kBetweenPassesName) == 0)
-            target = BPSatRec.get();
-        else if (std::strcmp(name, kOnExitName) == 0)
-            target = EXITSatRec.get();
-        for (int i = 0; target == nullptr && i < mTotalSats; ++i)
-            if (std::strcmp(mAllSats[i].name, name) == 0) target = &mAllSats[i];
-        if (target != nullptr) copyModeFields(edited[e], target);
+    auto tableEntry = [this](const char* name) -> SatRec* {
+        if (std::strcmp(name, kBetweenPassesName) == 0) return BPSatRec.get();
+        if (std::strcmp(name, kOnExitName) == 0) return EXITSatRec.get();
+        for (int i = 0; i < mTotalSats; ++i)
+            if (std::strcmp(mAllSats[i].name, name) == 0) return &mAllSats[i];
+        return nullptr;
+    };
+    std::vector<SatRec> outside;
+    for (int e = 0; edited != nullptr && e < count; ++e) {
+        if (SatRec* target = tableEntry(edited[e].name))
+            copyModeFields(edited[e], target);
+        else if (IsModesBlockName(edited[e].name))
+            outside.push_back(edited[e]);
+    }
+    std::unordered_set<std::string> dropped;
+    for (const std::string& name : deleted) {
+        if (SatRec* target = tableEntry(name.c_str())) {
+            ResetModes(target);  // without modes it writes no block
+        } else {
+            dropped.insert(name);
+        }
     }
     const std::string userModes = paths_.userModesFile;
     if (FileExists(userModes) && !CopyFileAtomically(userModes, BackupPath(userModes))) {
@@ -94,7 +136,7 @@ int AppController::saveEditedModes(const SatRec* edited, int count) {
                             "Cannot keep a backup of " + userModes + ".", "OK");
         return 0;
     }
-    if (!writeModeFile(userModes)) {
+    if (!writeModeFile(userModes, outside, dropped)) {
         services_.ui->alert("The modes were not saved.", "Cannot write " + userModes + ".", "OK");
         return 0;
     }

@@ -1,6 +1,8 @@
 // Settings: start-up defaults, saving and reading back, the preferences
 // panel's accept, cancel and device tests, tuning offsets.
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -85,6 +87,9 @@ void AppController::prefsAccepted(const SiteRec* shown) {
     mSite.gatewayBaud = shown->gatewayBaud;
     mSite.wants_speech = shown->wants_speech;
     mSite.wants_sounds = shown->wants_sounds;
+    copyText(mSite.speechVoice, shown->speechVoice);
+    mSite.speechRate =
+        std::isfinite(shown->speechRate) ? std::clamp(shown->speechRate, -1.0, 1.0) : 0.0;
     mSite.displayUTC = shown->displayUTC;
     mSite.displayKM = shown->displayKM;
     mSite.displayTrackList = shown->displayTrackList;
@@ -94,6 +99,7 @@ void AppController::prefsAccepted(const SiteRec* shown) {
     savePrefs();
     updateRadioPrefsPanel();
     publishAnnouncementSettings();
+    applySpeechVoice();
     services_.ui->setSpeechChecked(mSite.wants_speech != 0);
     services_.ui->showSettings(mSite);
 
@@ -112,6 +118,7 @@ void AppController::prefsAccepted(const SiteRec* shown) {
 }
 
 void AppController::prefsCancelled() {
+    applySpeechVoice();  // a test sentence may have tried another
     services_.ui->showSettings(mSite);
     updateRadioPrefsPanel();
 }
@@ -206,8 +213,23 @@ std::string AppController::testGateway(const SiteRec* shown) {
                    "the board does not answer.";
 }
 
-void AppController::speakTestSentence() {
+void AppController::speakTestSentence(const std::string& voice, double rate) {
+    if (services_.speech != nullptr)
+        services_.speech->setVoice(voice, std::isfinite(rate) ? std::clamp(rate, -1.0, 1.0) : 0.0);
     queue("This is Veloran. Speech is working.", Announcement::kNone, false, false);
+}
+
+std::vector<std::string> AppController::speechVoices() const {
+    return services_.speech != nullptr ? services_.speech->voices() : std::vector<std::string>();
+}
+
+bool AppController::speechAudible() const {
+    return services_.speech != nullptr && services_.speech->canPlay();
+}
+
+void AppController::applySpeechVoice() {
+    if (services_.speech != nullptr)
+        services_.speech->setVoice(mSite.speechVoice, mSite.speechRate);
 }
 
 void AppController::SaveTweaks(int index) {

@@ -102,6 +102,7 @@ void AppController::awakeFromNib() {
     openCloseGateway(mSite.gateway_enabled != 0);
 
     publishAnnouncementSettings();
+    applySpeechVoice();
     if (services_.speech != nullptr && services_.sounds != nullptr &&
         services_.announcer == nullptr && !mSpeaker) {
         mSpeaker = std::make_unique<AnnouncementSpeaker>(

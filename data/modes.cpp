@@ -339,6 +339,39 @@ std::string ModesFile::blocksNotIn(const std::unordered_set<std::string>& names)
     return kept;
 }
 
+std::vector<std::string> ModesFile::names() const {
+    std::vector<std::string> names;
+    std::unordered_set<std::string> seen;
+    for (const Span& span : spans_)
+        if (seen.insert(span.name).second) names.push_back(span.name);
+    return names;
+}
+
+std::string ModesFile::blocksOutside(const std::unordered_set<std::string>& table,
+                                     const std::vector<SatRec>& replaced,
+                                     const std::unordered_set<std::string>& dropped) const {
+    std::unordered_map<std::string, const SatRec*> byName;
+    for (const SatRec& rec : replaced) byName[rec.name] = &rec;
+    std::string text;
+    std::unordered_set<std::string> seen;
+    for (const Span& span : spans_) {
+        if (table.count(span.name) != 0 || !seen.insert(span.name).second) continue;
+        if (dropped.count(span.name) != 0) continue;
+        if (const auto r = byName.find(span.name); r != byName.end()) {
+            text += ModeBlockText(*r->second);
+            continue;
+        }
+        text.append(text_, static_cast<size_t>(span.start),
+                    static_cast<size_t>(span.end - span.start));
+        if (text.back() != '\n') text += '\n';
+        if (text.size() < 2 || text[text.size() - 2] != '\n') text += '\n';
+    }
+    for (const SatRec& rec : replaced)
+        if (seen.count(rec.name) == 0 && table.count(rec.name) == 0 && dropped.count(rec.name) == 0)
+            text += ModeBlockText(rec);
+    return text;
+}
+
 int ModesFile::getModes(SatRec* rec, const char* name) {
     if (rec == nullptr || name == nullptr) return 0;
     ResetModes(rec);
@@ -392,6 +425,34 @@ void WriteMode(FILE* file, const SatRec& rec) {
     std::fprintf(file, "Enabled:\t%d\n", rec.enabled);
     std::fprintf(file, "Priority:\t%d\n", rec.priority);
     std::fprintf(file, "\n");
+}
+
+std::string ModeBlockText(const SatRec& rec) {
+    char* buffer = nullptr;
+    size_t size = 0;
+    FILE* memory = open_memstream(&buffer, &size);
+    if (memory == nullptr) return {};
+    WriteMode(memory, rec);
+    std::fclose(memory);
+    std::string text(buffer, size);
+    std::free(buffer);
+    return text;
+}
+
+bool IsModesBlockName(const std::string& name) {
+    if (name.empty() || name.size() >= sizeof(SatRec::name)) return false;
+    for (const unsigned char c : name)
+        if (c <= ' ' || c == 0x7f) return false;  // blanks, tabs, line ends, controls
+    return true;
+}
+
+void NewModesBlock(SatRec* rec, const char* name) {
+    ResetModes(rec);
+    std::snprintf(rec->name, sizeof rec->name, "%s", name);
+    rec->enabled = 1;
+    rec->numberOfActiveChannels = 1;
+    std::snprintf(rec->modes[0].channel, sizeof rec->modes[0].channel, "%s", kNewModeName);
+    rec->modes[0].commMode = 0;
 }
 
 bool WriteModeFile(const std::string& path, const SatRec* table, int count,

@@ -19,6 +19,9 @@ namespace veloran {
 constexpr const char* kBetweenPassesName = "BetweenPasses";
 constexpr const char* kOnExitName = "OnExit";
 
+// The channel name of a mode added by hand, before the user names it.
+constexpr const char* kNewModeName = "New mode";
+
 // Buffer size for ModeToStr.
 constexpr size_t kModeNameSize = 9;
 
@@ -68,6 +71,19 @@ class ModesFile {
     // from the satellite table would otherwise drop.
     std::string blocksNotIn(const std::unordered_set<std::string>& names) const;
 
+    // The name of every block, the first of each name only, in file order.
+    std::vector<std::string> names() const;
+
+    // For a rewrite that changes blocks outside the satellite table: the
+    // blocks of every name not in `table`, in file order, where a block
+    // named in `dropped` is left out and the block of a record in
+    // `replaced` is written from that record (a record without modes
+    // writes none); the records of `replaced` that had no block follow at
+    // the end, in their order.
+    std::string blocksOutside(const std::unordered_set<std::string>& table,
+                              const std::vector<SatRec>& replaced,
+                              const std::unordered_set<std::string>& dropped) const;
+
   private:
     // Where one "Satellite:" line begins and its block ends.
     struct Span {
@@ -89,6 +105,19 @@ class ModesFile {
 
 // Writes one satellite's block; a record without modes writes nothing.
 void WriteMode(FILE* file, const SatRec& rec);
+
+// The text WriteMode writes for rec.
+std::string ModeBlockText(const SatRec& rec);
+
+// Whether a name can key a block of its own: not empty, one word (the
+// reader takes the first word of the "Satellite:" line), printable, and
+// short enough for the record's name field.
+bool IsModesBlockName(const std::string& name);
+
+// Gives a satellite without a block one: the reader's defaults, enabled,
+// and a single mode named kNewModeName with every number 0 and the mode
+// "UNKNOWN". The name is cut to fit.
+void NewModesBlock(SatRec* rec, const char* name);
 
 // Rewrites the modes file at path whole (through a temporary file): the
 // table's records in order, then the between-passes and the on-exit records,

@@ -71,10 +71,13 @@ void VisitPrefs(Visitor& v, SiteRec* s, ViewPrefs* p) {
     v.boolean("qshowGroundTrack", &s->showGroundTrack);
     v.boolean("qshowOrbitalPlane", &s->showOrbitalPlane);
     v.boolean("qshowCityLights", &s->cityLights);
-    // Ours, after the classic keys: Hamlib models and the FM retune threshold.
+    // Ours, after the classic keys: Hamlib models, the FM retune threshold,
+    // the speech voice and rate.
     v.integer(prefkeys::kHamlibRadioModel, &s->hamlibRadioModel);
     v.integer(prefkeys::kHamlibRotorModel, &s->hamlibRotorModel);
     v.integer(prefkeys::kFmRetuneHz, &s->fmRetuneHz);
+    v.text(prefkeys::kSpeechVoice, s->speechVoice, sizeof s->speechVoice);
+    v.real(prefkeys::kSpeechRate, &s->speechRate);
 }
 
 struct KeyLister {
@@ -135,6 +138,7 @@ constexpr Range kRanges[] = {
     {"gatewaybaud", 0, 12},
     {"map_2d_width", 0, 8192},
     {"qcameraDistance", -1e6, 1e6},
+    {"speechRate", -1, 1},  // QTextToSpeech's rate
 };
 
 struct Reader {

@@ -61,6 +61,10 @@ constexpr const char* kHamlibRadioModel = "hamlibRadioModel";
 constexpr const char* kHamlibRotorModel = "hamlibRotorModel";
 // On FM, how far (Hz) the computed frequency must move before it is sent.
 constexpr const char* kFmRetuneHz = "fmRetuneHz";
+// The voice announcements are spoken in (a name the speech engine offers;
+// empty for its default) and the speaking rate, -1 .. 1 (0 normal).
+constexpr const char* kSpeechVoice = "speechVoice";
+constexpr const char* kSpeechRate = "speechRate";
 }  // namespace prefkeys
 
 // Settings that live in the controller and the controls rather than in the

@@ -71,6 +71,8 @@ struct SiteRec {
                                                  // is the Hamlib entry
     int32_t
         fmRetuneHz;  // FM transponders: retune only after a move of more than this, Hz; 0 always
+    char speechVoice[128];  // the speech engine's voice by name; empty: the engine's default
+    double speechRate;      // speaking rate, -1 slowest .. 0 the engine's normal .. 1 fastest
 };
 
 }  // namespace veloran

@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFontMetrics>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -13,12 +14,15 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QSplitter>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 #include "app/appcontroller.h"
 #include "data/modes.h"
@@ -29,12 +33,15 @@ namespace veloran {
 namespace {
 
 constexpr int kHoursPerDay = 24;
+constexpr int kHoursPerRow = 8;
 
 QString title(const SatRec& sat) {
     if (std::strcmp(sat.name, kBetweenPassesName) == 0)
         return QObject::tr("Between passes (%1)").arg(kBetweenPassesName);
     if (std::strcmp(sat.name, kOnExitName) == 0)
         return QObject::tr("On exit (%1)").arg(kOnExitName);
+    // A block kept for a satellite the element sets do not hold.
+    if (sat.db_index < 0) return QObject::tr("%1 (no element set)").arg(sat.name);
     return QString::fromUtf8(sat.name);
 }
 
@@ -60,12 +67,20 @@ bool readNumber(const QString& text, double* value) {
 ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post_(std::move(post)) {
     setObjectName("modesWindow");
     setWindowTitle(tr("Modes"));
-    resize(980, 640);
+    resize(1160, 700);
 
     outline_ = new QTreeWidget;
     outline_->setObjectName("modesOutline");
     outline_->setHeaderLabels({tr("Satellite / mode"), tr("Uplink"), tr("Downlink"), tr("Mode")});
-    outline_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    // Every column wide enough for what it can hold, and the outline never
+    // narrower than its columns: a frequency or a mode cut off in the middle
+    // reads as another one.
+    outline_->header()->setStretchLastSection(false);
+    outline_->header()->setSectionResizeMode(QHeaderView::Fixed);
+    outline_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // Frequencies line up on the right, the mode name sits clear of them.
+    for (int column : {1, 2}) outline_->headerItem()->setTextAlignment(column, Qt::AlignRight);
+    outline_->headerItem()->setTextAlignment(3, Qt::AlignHCenter);
     connect(outline_, &QTreeWidget::currentItemChanged, this, &ModesEditor::chosen);
     connect(outline_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
         // A channel renamed in place in the outline.
@@ -90,10 +105,10 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
         {"uplink", "Uplink (MHz):", &ModeRec::upFreq, 6},
         {"downlink", "Downlink (MHz):", &ModeRec::downFreq, 6},
         {"beacon", "Beacon (MHz):", &ModeRec::beaconFreq, 6},
-        {"txVrtrUp", "Uplink transverter offset (MHz):", &ModeRec::txVrtrUp, 6},
-        {"txVrtrDn", "Downlink transverter offset (MHz):", &ModeRec::txVrtrDn, 6},
-        {"beamUp", "Uplink beam width (°):", &ModeRec::beamUpWidthDegs, 2},
-        {"beamDown", "Downlink beam width (°):", &ModeRec::beamDwnWidthDegs, 2},
+        {"txVrtrUp", "Transverter up (MHz):", &ModeRec::txVrtrUp, 6},
+        {"txVrtrDn", "Transverter down (MHz):", &ModeRec::txVrtrDn, 6},
+        {"beamUp", "Beam width up (°):", &ModeRec::beamUpWidthDegs, 2},
+        {"beamDown", "Beam width down (°):", &ModeRec::beamDwnWidthDegs, 2},
     };
     commMode_ = new QComboBox;
     commMode_->setObjectName("commMode");
@@ -187,7 +202,7 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
         auto* box = new QCheckBox(QString("%1").arg(h, 2, 10, QChar('0')));
         box->setObjectName(QString("hour%1").arg(h));
         hours_.push_back(box);
-        hours->addWidget(box, h / 12, h % 12);
+        hours->addWidget(box, h / kHoursPerRow, h % kHoursPerRow);
         connect(box, &QCheckBox::clicked, this, &ModesEditor::satelliteEdited);
     }
     satForm->addRow(tr("Speak name:"), speakName_);
@@ -204,26 +219,32 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
     for (QSpinBox* box : {priority_, startMA_, endMA_})
         connect(box, &QSpinBox::valueChanged, this, &ModesEditor::satelliteEdited);
 
-    // Mode buttons under the outline.
+    // Satellite and mode buttons under the outline.
+    auto* satButtons = new QHBoxLayout;
     auto* buttons = new QHBoxLayout;
-    auto button = [&](const QString& text, const char* name, auto slot) {
+    auto button = [this](QHBoxLayout* row, const QString& text, const char* name, auto slot) {
         auto* b = new QPushButton(text);
         b->setObjectName(name);
         connect(b, &QPushButton::clicked, this, slot);
-        buttons->addWidget(b);
+        row->addWidget(b);
         return b;
     };
-    button(tr("Add Mode"), "addMode", &ModesEditor::addMode);
-    button(tr("Duplicate"), "duplicateMode", &ModesEditor::duplicateMode);
-    button(tr("Delete"), "deleteMode", &ModesEditor::deleteMode);
-    button(tr("Up"), "modeUp", [this] { moveMode(-1); });
-    button(tr("Down"), "modeDown", [this] { moveMode(1); });
+    button(satButtons, tr("Add Satellite…"), "addSatellite", &ModesEditor::chooseSatelliteToAdd);
+    deleteSatellite_ = button(satButtons, tr("Delete Satellite"), "deleteSatellite",
+                              &ModesEditor::deleteSatellite);
+    satButtons->addStretch();
+    button(buttons, tr("Add Mode"), "addMode", &ModesEditor::addMode);
+    button(buttons, tr("Duplicate"), "duplicateMode", &ModesEditor::duplicateMode);
+    button(buttons, tr("Delete Mode"), "deleteMode", &ModesEditor::deleteMode);
+    button(buttons, tr("Up"), "modeUp", [this] { moveMode(-1); });
+    button(buttons, tr("Down"), "modeDown", [this] { moveMode(1); });
     buttons->addStretch();
 
     auto* left = new QWidget;
     auto* leftLayout = new QVBoxLayout(left);
     leftLayout->setContentsMargins(0, 0, 0, 0);
     leftLayout->addWidget(outline_);
+    leftLayout->addLayout(satButtons);
     leftLayout->addLayout(buttons);
     auto* right = new QWidget;
     auto* rightLayout = new QVBoxLayout(right);
@@ -231,10 +252,10 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
     rightLayout->addWidget(modeBox_);
     rightLayout->addWidget(satBox_);
     rightLayout->addStretch();
-    auto* split = new QSplitter;
-    split->addWidget(left);
-    split->addWidget(right);
-    split->setStretchFactor(0, 1);
+    split_ = new QSplitter;
+    split_->addWidget(left);
+    split_->addWidget(right);
+    split_->setStretchFactor(0, 1);
 
     status_ = new QLabel;
     status_->setObjectName("modesStatus");
@@ -253,28 +274,33 @@ ModesEditor::ModesEditor(CorePost post, QWidget* parent) : QDialog(parent), post
     bottom->addWidget(box);
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(split, 1);
+    layout->addWidget(split_, 1);
     layout->addLayout(bottom);
     changed();
 }
 
 void ModesEditor::open() {
-    post_([](CoreSide& s) { s.ui->showModesForEditing(s.app->modesForEditing()); });
+    post_([](CoreSide& s) {
+        s.ui->showModesForEditing(s.app->modesForEditing(), s.app->satellitesWithoutModes());
+    });
     QDialog::open();
 }
 
-void ModesEditor::showRecords(std::shared_ptr<const std::vector<SatRec>> records) {
+void ModesEditor::showRecords(std::shared_ptr<const ModesForEditing> modes) {
     // The pseudo-records first: they drive the radio outside every pass.
+    const std::vector<SatRec>& records = modes->records;
     records_.clear();
-    const size_t n = records->size();
+    const size_t n = records.size();
     if (n >= 2) {
-        records_.push_back((*records)[n - 2]);
-        records_.push_back((*records)[n - 1]);
+        records_.push_back(records[n - 2]);
+        records_.push_back(records[n - 1]);
     }
-    records_.insert(records_.end(), records->begin(),
-                    records->begin() + static_cast<long>(n >= 2 ? n - 2 : n));
+    records_.insert(records_.end(), records.begin(),
+                    records.begin() + static_cast<long>(n >= 2 ? n - 2 : n));
     dirty_.assign(records_.size(), false);
     undo_.clear();
+    deleted_.clear();
+    withoutModes_ = modes->withoutModes;
     status_->clear();
     rebuildOutline(0, -1);
     changed();
@@ -302,16 +328,62 @@ void ModesEditor::rebuildOutline(int satellite, int mode) {
                 top, {QString::fromUtf8(rec.channel), QString::number(rec.upFreq, 'f', 6),
                       QString::number(rec.downFreq, 'f', 6), QString::fromLatin1(name)});
             child->setFlags(child->flags() | Qt::ItemIsEditable);
+            child->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+            child->setTextAlignment(2, Qt::AlignRight | Qt::AlignVCenter);
+            child->setTextAlignment(3, Qt::AlignCenter);
             child->setData(0, Qt::UserRole, m);
             if (static_cast<int>(i) == satellite && m == mode) current = child;
         }
     }
     filling_ = false;
+    fitColumns();
     if (current != nullptr) {
         if (current->parent()) current->parent()->setExpanded(true);
         outline_->setCurrentItem(current);
     }
     chosen();
+}
+
+void ModesEditor::fitColumns() {
+    const QFontMetrics text(outline_->font());
+    const QFontMetrics header(outline_->header()->font());
+    // The item's margins and the header's sort indicator room.
+    const int pad = text.horizontalAdvance(QStringLiteral("MM"));
+    const int indent = outline_->indentation();
+    // Widest what a column can hold: frequencies up to the 10 GHz band,
+    // and the longest mode name.
+    int widths[4] = {
+        text.horizontalAdvance(tr("Between passes (%1)").arg(kBetweenPassesName)) + indent,
+        text.horizontalAdvance(QStringLiteral("10368.000000")),
+        text.horizontalAdvance(QStringLiteral("10368.000000")),
+        text.horizontalAdvance(QStringLiteral("SIMP_SSB"))};
+    for (int t = 0; t < outline_->topLevelItemCount(); ++t) {
+        const QTreeWidgetItem* top = outline_->topLevelItem(t);
+        widths[0] = std::max(widths[0], text.horizontalAdvance(top->text(0)) + indent);
+        for (int c = 0; c < top->childCount(); ++c)
+            for (int column = 0; column < 4; ++column)
+                widths[column] =
+                    std::max(widths[column], text.horizontalAdvance(top->child(c)->text(column)) +
+                                                 (column == 0 ? 2 * indent : 0));
+    }
+    // A very long channel name is cut rather than pushing the form away.
+    widths[0] = std::min(widths[0], text.averageCharWidth() * 36);
+    int total = 0;
+    for (int column = 0; column < 4; ++column) {
+        const int width = std::max(widths[column],
+                                   header.horizontalAdvance(outline_->headerItem()->text(column))) +
+                          pad;
+        outline_->setColumnWidth(column, width);
+        total += width;
+    }
+    const int needed =
+        total + 2 * outline_->frameWidth() + outline_->verticalScrollBar()->sizeHint().width();
+    outline_->setMinimumWidth(needed);
+    // A window already open is laid out again only later; move the split
+    // now so that no column is drawn cut meanwhile.
+    const QList<int> sizes = split_->sizes();
+    if (sizes.size() == 2 && sizes[0] > 0 && sizes[0] < needed)
+        split_->setSizes({needed, std::max(0, sizes[0] + sizes[1] - needed)});
 }
 
 void ModesEditor::chosen() {
@@ -325,6 +397,8 @@ void ModesEditor::chosen() {
         satellite_ = item->parent()->data(0, Qt::UserRole).toInt();
         mode_ = item->data(0, Qt::UserRole).toInt();
     }
+    // The between-passes and on-exit records always stay.
+    deleteSatellite_->setEnabled(satellite_ >= 2);
     showFields();
 }
 
@@ -420,23 +494,124 @@ void ModesEditor::satelliteEdited() {
 
 void ModesEditor::remember() {
     if (satellite_ < 0) return;
-    undo_.emplace_back(satellite_, records_[satellite_]);
+    undo_.push_back({Step::kEdit, satellite_, records_[satellite_], dirty_[satellite_], deleted_,
+                     withoutModes_});
     dirty_[satellite_] = true;
 }
 
 void ModesEditor::changed() {
     undoButton_->setEnabled(!undo_.empty());
-    bool any = false;
+    bool any = !deleted_.isEmpty();
     for (bool d : dirty_) any = any || d;
     save_->setEnabled(any);
 }
 
 void ModesEditor::undo() {
     if (undo_.empty()) return;
-    const auto [index, before] = undo_.back();
+    const Step step = std::move(undo_.back());
     undo_.pop_back();
-    records_[index] = before;
-    rebuildOutline(index, std::min<int>(mode_, before.numberOfActiveChannels - 1));
+    const auto at = records_.begin() + step.index;
+    const auto dirtyAt = dirty_.begin() + step.index;
+    int mode = -1;
+    switch (step.kind) {
+        case Step::kEdit:
+            records_[step.index] = step.record;
+            dirty_[step.index] = step.dirty;
+            mode = std::min<int>(mode_, step.record.numberOfActiveChannels - 1);
+            break;
+        case Step::kAdd:
+            records_.erase(at);
+            dirty_.erase(dirtyAt);
+            break;
+        case Step::kDelete:
+            records_.insert(at, step.record);
+            dirty_.insert(dirtyAt, step.dirty);
+            break;
+    }
+    deleted_ = step.deleted;
+    withoutModes_ = step.withoutModes;
+    status_->clear();
+    rebuildOutline(std::min<int>(step.index, static_cast<int>(records_.size()) - 1), mode);
+    changed();
+}
+
+void ModesEditor::chooseSatelliteToAdd() {
+    auto* ask = new QDialog(this);
+    ask->setObjectName("addSatelliteDialog");
+    ask->setWindowTitle(tr("Add Satellite"));
+    ask->setAttribute(Qt::WA_DeleteOnClose);
+    ask->setMinimumWidth(ask->fontMetrics().averageCharWidth() * 56);
+    auto* name = new QComboBox;
+    name->setObjectName("newSatelliteName");
+    name->setEditable(true);
+    name->setInsertPolicy(QComboBox::NoInsert);
+    name->addItems(withoutModes_);
+    name->setCurrentIndex(-1);
+    name->lineEdit()->setPlaceholderText(tr("Name, one word"));
+    name->setMinimumContentsLength(24);
+    auto* note = new QLabel(withoutModes_.isEmpty()
+                                ? tr("Every satellite of the element sets has modes; type the "
+                                     "name of another one.")
+                                : tr("Pick a satellite of the element sets that has no modes, "
+                                     "or type the name of another one."));
+    note->setWordWrap(true);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    auto* layout = new QVBoxLayout(ask);
+    layout->addWidget(note);
+    layout->addWidget(name);
+    layout->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::rejected, ask, &QDialog::reject);
+    connect(buttons, &QDialogButtonBox::accepted, ask, [this, ask, name, note] {
+        if (addSatellite(name->currentText().trimmed()))
+            ask->accept();
+        else
+            note->setText(status_->text());
+    });
+    ask->open();
+}
+
+bool ModesEditor::addSatellite(const QString& name) {
+    const QByteArray utf8 = name.toUtf8();
+    if (!IsModesBlockName(utf8.toStdString())) {
+        status_->setText(name.isEmpty() ? tr("Type the satellite's name.")
+                                        : tr("\"%1\" cannot name a satellite: one word, "
+                                             "without blanks, please.")
+                                              .arg(name));
+        return false;
+    }
+    for (const SatRec& sat : records_)
+        if (utf8 == sat.name) {
+            status_->setText(tr("%1 already has modes.").arg(name));
+            return false;
+        }
+    auto rec = std::make_unique<SatRec>();
+    NewModesBlock(rec.get(), utf8.constData());
+    rec->db_index = withoutModes_.contains(name) ? 0 : -1;
+    // At the end of the outline, where the user sees it.
+    const int at = static_cast<int>(records_.size());
+    undo_.push_back({Step::kAdd, at, SatRec{}, false, deleted_, withoutModes_});
+    withoutModes_.removeAll(name);
+    records_.insert(records_.begin() + at, *rec);
+    dirty_.insert(dirty_.begin() + at, true);
+    status_->setText(tr("%1 added with one mode; Save writes it to the modes file.").arg(name));
+    rebuildOutline(at, 0);
+    changed();
+    return true;
+}
+
+void ModesEditor::deleteSatellite() {
+    if (satellite_ < 2 || satellite_ >= static_cast<int>(records_.size())) return;
+    const SatRec& sat = records_[satellite_];
+    const QString name = QString::fromUtf8(sat.name);
+    undo_.push_back({Step::kDelete, satellite_, sat, dirty_[satellite_], deleted_, withoutModes_});
+    if (!deleted_.contains(name)) deleted_ << name;
+    if (sat.db_index >= 0 && !withoutModes_.contains(name)) withoutModes_ << name;
+    const int at = satellite_;
+    records_.erase(records_.begin() + at);
+    dirty_.erase(dirty_.begin() + at);
+    status_->setText(
+        tr("%1 deleted; Save removes it from the modes file, Undo brings it back.").arg(name));
+    rebuildOutline(std::min<int>(at, static_cast<int>(records_.size()) - 1), -1);
     changed();
 }
 
@@ -490,10 +665,18 @@ void ModesEditor::save() {
     auto edited = std::make_shared<std::vector<SatRec>>();
     for (size_t i = 0; i < records_.size(); ++i)
         if (dirty_[i]) edited->push_back(records_[i]);
-    if (edited->empty()) return;
-    post_([edited](CoreSide& s) {
-        if (s.app->saveEditedModes(edited->data(), static_cast<int>(edited->size())))
-            s.ui->showModesForEditing(s.app->modesForEditing());
+    // A satellite deleted and added again is written, not deleted.
+    std::vector<std::string> deleted;
+    for (const QString& name : deleted_) {
+        const QByteArray utf8 = name.toUtf8();
+        bool listed = false;
+        for (const SatRec& sat : records_) listed = listed || utf8 == sat.name;
+        if (!listed) deleted.push_back(utf8.toStdString());
+    }
+    if (edited->empty() && deleted.empty()) return;
+    post_([edited, deleted](CoreSide& s) {
+        if (s.app->saveEditedModes(edited->data(), static_cast<int>(edited->size()), deleted))
+            s.ui->showModesForEditing(s.app->modesForEditing(), s.app->satellitesWithoutModes());
     });
     status_->setText(tr("Saving…"));
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QStringList>
 #include <memory>
 #include <vector>
 
@@ -17,10 +18,13 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSpinBox;
+class QSplitter;
 class QTreeWidget;
 class QTreeWidgetItem;
 
 namespace veloran {
+
+struct ModesForEditing;
 
 class ModesEditor : public QDialog {
     Q_OBJECT
@@ -30,9 +34,15 @@ class ModesEditor : public QDialog {
     // Asks the core for the records and shows the window.
     void open() override;
     // The core's copies arrive here (queued from the core thread).
-    void showRecords(std::shared_ptr<const std::vector<SatRec>> records);
+    void showRecords(std::shared_ptr<const ModesForEditing> modes);
     void save();
     void undo();
+    // Adds a satellite with one mode: a name of the element sets without
+    // modes, or a new one-word name. False (and a word on the status line)
+    // for a name that is taken or cannot key a block.
+    bool addSatellite(const QString& name);
+    // Deletes the chosen satellite's block; BetweenPasses and OnExit stay.
+    void deleteSatellite();
 
   private:
     struct Field {
@@ -42,13 +52,16 @@ class ModesEditor : public QDialog {
     };
 
     void rebuildOutline(int satellite, int mode);
+    // Widens the outline's columns to what they hold.
+    void fitColumns();
     void chosen();
     void showFields();
     // A field was typed in: stored when it reads as a number, else marked.
     void numberEdited(const Field& field);
     void satelliteEdited();
-    void remember();  // before every change, for undo
+    void remember();  // before every change of a record, for undo
     void changed();
+    void chooseSatelliteToAdd();
     void addMode();
     void duplicateMode();
     void deleteMode();
@@ -57,9 +70,21 @@ class ModesEditor : public QDialog {
     ModeRec* currentMode();
 
     CorePost post_;
-    std::vector<SatRec> records_;
+    // One step back: a record as it was before an edit, a record added, or
+    // a record deleted, with the lists as they were.
+    struct Step {
+        enum Kind { kEdit, kAdd, kDelete } kind;
+        int index;
+        SatRec record;  // kEdit: before the change; kDelete: the one deleted
+        bool dirty;
+        QStringList deleted, withoutModes;
+    };
+
+    std::vector<SatRec> records_;  // BetweenPasses, OnExit, then the satellites
     std::vector<bool> dirty_;
-    std::vector<std::pair<int, SatRec>> undo_;  // record index and its state before a change
+    std::vector<Step> undo_;
+    QStringList deleted_;       // satellites whose blocks go on the next save
+    QStringList withoutModes_;  // the element sets' satellites that can be added
     int satellite_ = -1, mode_ = -1;
     bool filling_ = false;
 
@@ -72,8 +97,9 @@ class ModesEditor : public QDialog {
     QCheckBox *enabled_, *hasB_;
     std::vector<QCheckBox*> hours_;
     QLabel* status_;
-    QPushButton *save_, *undoButton_;
+    QPushButton *save_, *undoButton_, *deleteSatellite_;
     QWidget *modeBox_, *satBox_;
+    QSplitter* split_;
 };
 
 }  // namespace veloran

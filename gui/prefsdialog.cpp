@@ -13,9 +13,11 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSlider>
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <cmath>
 #include <cstdio>
 
 #include "app/appcontroller.h"
@@ -94,6 +96,9 @@ QString hamlibText(const QVector<HamlibChoice>& models, int number) {
         if (m.number == number) return QString("%1  %2 %3").arg(number).arg(m.maker, m.model);
     return QObject::tr("model %1").arg(number);
 }
+
+// The rate slider's steps either side of normal.
+constexpr int kRateSteps = 10;
 
 QString degrees(double value) {
     return QString::number(value, 'f', 4);
@@ -313,14 +318,92 @@ QWidget* PrefsDialog::buildSpeech() {
     speech_->setObjectName("speech");
     sounds_ = new QCheckBox(tr("Play the AOS, LOS and rotor sounds"));
     sounds_->setObjectName("sounds");
-    auto* say = new QPushButton(tr("Speak a test sentence"));
-    say->setObjectName("speakTest");
+    voice_ = new QComboBox;
+    voice_->setObjectName("speechVoice");
+    voice_->setAccessibleName(tr("Voice"));
+    voice_->setMinimumContentsLength(20);
+    rate_ = new QSlider(Qt::Horizontal);
+    rate_->setObjectName("speechRate");
+    rate_->setAccessibleName(tr("Speaking rate"));
+    // Tenths of QTextToSpeech's -1 .. 1.
+    rate_->setRange(-kRateSteps, kRateSteps);
+    rate_->setPageStep(2);
+    rate_->setTickPosition(QSlider::TicksBelow);
+    rate_->setTickInterval(5);
+    rateText_ = new QLabel;
+    rateText_->setObjectName("speechRateText");
+    rateText_->setMinimumWidth(rateText_->fontMetrics().horizontalAdvance("normal  +1.0"));
+    connect(rate_, &QSlider::valueChanged, this, [this](int value) {
+        rateText_->setText(value == 0 ? tr("normal") : QString::asprintf("%+.1f", value / 10.0));
+    });
+    rateRow_ = new QWidget;
+    auto* rateRow = new QHBoxLayout(rateRow_);
+    rateRow->setContentsMargins(0, 0, 0, 0);
+    rateRow->addWidget(new QLabel(tr("slower")));
+    rateRow->addWidget(rate_, 1);
+    rateRow->addWidget(new QLabel(tr("faster")));
+    rateRow->addSpacing(8);
+    rateRow->addWidget(rateText_);
+    sayTest_ = new QPushButton(tr("Speak a test sentence"));
+    sayTest_->setObjectName("speakTest");
+    speechNote_ = new QLabel;
+    speechNote_->setObjectName("speechUnavailable");
+    speechNote_->setWordWrap(true);
+    speechNote_->hide();
     form->addRow(QString(), speech_);
     form->addRow(QString(), sounds_);
-    form->addRow(QString(), say);
-    connect(say, &QPushButton::clicked, this,
-            [this] { post_([](CoreSide& s) { s.app->speakTestSentence(); }); });
+    form->addRow(tr("Voice:"), voice_);
+    form->addRow(tr("Rate:"), rateRow_);
+    auto* sayRow = new QHBoxLayout;
+    sayRow->addWidget(sayTest_);
+    sayRow->addStretch();
+    form->addRow(QString(), sayRow);
+    form->addRow(QString(), speechNote_);
+    connect(sayTest_, &QPushButton::clicked, this, [this] {
+        const std::string voice = chosenVoice().toStdString();
+        const double rate = chosenRate();
+        post_([voice, rate](CoreSide& s) { s.app->speakTestSentence(voice, rate); });
+    });
     return page;
+}
+
+void PrefsDialog::showVoices(const PrefsSnapshot& prefs) {
+    const QSignalBlocker quiet(voice_);
+    voice_->clear();
+    voice_->addItem(tr("Default voice"), QString());
+    for (const QString& name : prefs.voices) voice_->addItem(name, name);
+    const QString stored = QString::fromUtf8(prefs.site.speechVoice);
+    if (!stored.isEmpty()) {
+        int at = voice_->findData(stored);
+        // A voice of another engine or computer stays chosen, marked.
+        if (at < 0) {
+            voice_->addItem(tr("%1 (not installed)").arg(stored), stored);
+            at = voice_->count() - 1;
+        }
+        voice_->setCurrentIndex(at);
+    }
+    rate_->setValue(static_cast<int>(std::lround(prefs.site.speechRate * kRateSteps)));
+    emit rate_->valueChanged(rate_->value());
+    const bool usable = !prefs.voices.isEmpty() && prefs.speechAudible;
+    for (QWidget* w : {static_cast<QWidget*>(voice_), rateRow_, static_cast<QWidget*>(sayTest_)})
+        w->setEnabled(usable);
+    if (prefs.voices.isEmpty())
+        speechNote_->setText(
+            tr("No speech voices were found: the speech engine is missing or "
+               "offers none. Announcements stay silent."));
+    else if (!prefs.speechAudible)
+        speechNote_->setText(
+            tr("No audio output was found, so the voice cannot be heard or "
+               "tried here. Announcements stay silent."));
+    speechNote_->setVisible(!usable);
+}
+
+QString PrefsDialog::chosenVoice() const {
+    return voice_->currentData().toString();
+}
+
+double PrefsDialog::chosenRate() const {
+    return rate_->value() / static_cast<double>(kRateSteps);
 }
 
 QWidget* PrefsDialog::buildDisplay() {
@@ -395,6 +478,7 @@ void PrefsDialog::show(const PrefsSnapshot& prefs) {
 
     speech_->setChecked(site.wants_speech != 0);
     sounds_->setChecked(site.wants_sounds != 0);
+    showVoices(prefs);
 
     utc_->setChecked(site.displayUTC != 0);
     km_->setChecked(site.displayKM != 0);
@@ -476,6 +560,8 @@ SiteRec PrefsDialog::fromControls() const {
     site.gatewayBaud = gatewayBaud_->currentIndex();
     site.wants_speech = speech_->isChecked();
     site.wants_sounds = sounds_->isChecked();
+    copyText(site.speechVoice, chosenVoice());
+    site.speechRate = chosenRate();
     site.displayUTC = utc_->isChecked();
     site.displayKM = km_->isChecked();
     site.displayTrackList = trackList_->isChecked();

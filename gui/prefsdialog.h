@@ -19,6 +19,8 @@ class QComboBox;
 class QDoubleSpinBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
+class QSlider;
 class QSpinBox;
 class QTabWidget;
 
@@ -95,6 +97,14 @@ class PrefsDialog : public QDialog {
     QLabel* gatewayTest_;
     // Speech and sounds
     QCheckBox *speech_, *sounds_;
+    QComboBox* voice_;
+    QSlider* rate_;
+    QLabel *rateText_, *speechNote_;
+    QWidget* rateRow_;
+    QPushButton* sayTest_;
+    void showVoices(const PrefsSnapshot& prefs);
+    QString chosenVoice() const;
+    double chosenRate() const;
     // Display
     QCheckBox *utc_, *km_, *trackList_, *night_;
 };

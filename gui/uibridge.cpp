@@ -29,6 +29,7 @@ void RegisterBridgeTypes() {
     qRegisterMetaType<std::vector<SatelliteNames>>();
     qRegisterMetaType<MainSatelliteStatus>();
     qRegisterMetaType<std::shared_ptr<const KepsSourcesSnapshot>>();
+    qRegisterMetaType<std::shared_ptr<const ModesForEditing>>();
 }
 
 QString SatelliteToolTip(const SatelliteNames& names) {
@@ -132,6 +133,9 @@ void UiBridge::showSettings(const SiteRec& site) {
         const PortNameRecord* ports = app_->portNames();
         for (int i = 0; ports != nullptr && i < kMaxSerialPorts && ports[i].bsdPath[0] != '\0'; ++i)
             prefs->ports << QString::fromUtf8(ports[i].userName);
+        for (const std::string& voice : app_->speechVoices())
+            prefs->voices << QString::fromStdString(voice);
+        prefs->speechAudible = app_->speechAudible();
     }
     emit prefsShown(prefs);
 }

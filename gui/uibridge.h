@@ -71,6 +71,17 @@ struct PrefsSnapshot {
     SiteRec site{};
     std::vector<Location> places;
     QStringList ports;
+    QStringList voices;          // the speech engine's voices; empty without one
+    bool speechAudible = false;  // an engine and an audio output
+};
+
+// What the modes editor shows: the satellites with modes, blocks of
+// satellites outside the table, then BetweenPasses and OnExit (as
+// AppController::modesForEditing gives them); and the names of the table's
+// satellites without modes.
+struct ModesForEditing {
+    std::vector<SatRec> records;
+    QStringList withoutModes;
 };
 
 // What the download dialog offers: the sources (the AMSAT bulletin, the
@@ -168,9 +179,14 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void showNotice(const std::string& text) override {
         emit noticeShown(QString::fromStdString(text));
     }
-    // The records the modes editor edits, copied on the core thread.
-    void showModesForEditing(std::vector<SatRec> records) {
-        emit modesForEditingShown(std::make_shared<const std::vector<SatRec>>(std::move(records)));
+    // The records the modes editor edits, copied on the core thread, and
+    // the table's satellites it can add.
+    void showModesForEditing(std::vector<SatRec> records, std::vector<std::string> withoutModes) {
+        auto shown = std::make_shared<ModesForEditing>();
+        shown->records = std::move(records);
+        for (const std::string& name : withoutModes)
+            shown->withoutModes << QString::fromStdString(name);
+        emit modesForEditingShown(std::move(shown));
     }
     // The download dialog's sources, read from the settings on the core thread.
     void showKepsSources(KepsSourcesSnapshot snapshot) {
@@ -187,7 +203,7 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void noticeShown(const QString& text);
     void prefsShown(std::shared_ptr<const veloran::PrefsSnapshot> prefs);
     void deviceTested(veloran::TestedDevice device, const QString& text);
-    void modesForEditingShown(std::shared_ptr<const std::vector<veloran::SatRec>> records);
+    void modesForEditingShown(std::shared_ptr<const veloran::ModesForEditing> modes);
     void satelliteItemsCleared();
     void satelliteItemAdded(const QString& name);
     void kepsDateChanged(const QString& text);

@@ -6,12 +6,15 @@
 #include <QAudioDevice>
 #include <QMediaDevices>
 #include <QTextToSpeech>
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace veloran {
 
-SpeechWorker::SpeechWorker(std::atomic<bool>* speaking, std::atomic<bool>* playable)
-    : speaking_(speaking), playable_(playable) {}
+SpeechWorker::SpeechWorker(std::atomic<bool>* speaking, std::atomic<bool>* playable,
+                           std::vector<std::string>* voices, std::mutex* voicesLock)
+    : speaking_(speaking), playable_(playable), voices_(voices), voicesLock_(voicesLock) {}
 
 void SpeechWorker::setUp() {
     const QStringList engines = QTextToSpeech::availableEngines();
@@ -21,6 +24,17 @@ void SpeechWorker::setUp() {
     }
     engine_ =
         new QTextToSpeech(engines.contains("flite") ? QString("flite") : engines.first(), this);
+    defaultVoice_ = engine_->voice();
+    {
+        // The engine lists the voices of the current language; flite speaks
+        // English whatever the desktop's language.
+        std::vector<std::string> names;
+        for (const QVoice& voice : engine_->availableVoices())
+            names.push_back(voice.name().toStdString());
+        const std::lock_guard<std::mutex> hold(*voicesLock_);
+        *voices_ = std::move(names);
+    }
+    applyChoice();
     if (QMediaDevices::defaultAudioOutput().isNull()) {
         complain("no audio output");
     } else if (engine_->state() == QTextToSpeech::Error) {
@@ -50,6 +64,20 @@ void SpeechWorker::halt() {
     speaking_->store(false);
 }
 
+void SpeechWorker::choose(const QString& voice, double rate) {
+    voice_ = voice;
+    rate_ = rate;
+    if (engine_ != nullptr) applyChoice();
+}
+
+void SpeechWorker::applyChoice() {
+    QVoice chosen = defaultVoice_;
+    for (const QVoice& voice : engine_->availableVoices())
+        if (!voice_.isEmpty() && voice.name() == voice_) chosen = voice;
+    if (chosen != engine_->voice()) engine_->setVoice(chosen);
+    engine_->setRate(std::clamp(rate_, -1.0, 1.0));
+}
+
 void SpeechWorker::complain(const QString& why) {
     playable_->store(false);
     if (complained_) return;
@@ -58,7 +86,7 @@ void SpeechWorker::complain(const QString& why) {
                  why.toLocal8Bit().constData());
 }
 
-QtSpeech::QtSpeech() : worker_(new SpeechWorker(&speaking_, &playable_)) {
+QtSpeech::QtSpeech() : worker_(new SpeechWorker(&speaking_, &playable_, &voices_, &voicesLock_)) {
     worker_->moveToThread(&thread_);
     QObject::connect(&thread_, &QThread::finished, worker_, &QObject::deleteLater);
     thread_.setObjectName("speech");
@@ -85,6 +113,17 @@ bool QtSpeech::isSpeaking() const {
 
 bool QtSpeech::canPlay() const {
     return playable_.load();
+}
+
+std::vector<std::string> QtSpeech::voices() const {
+    const std::lock_guard<std::mutex> hold(voicesLock_);
+    return voices_;
+}
+
+void QtSpeech::setVoice(const std::string& voice, double rate) {
+    QMetaObject::invokeMethod(worker_, "choose", Qt::QueuedConnection,
+                              Q_ARG(QString, QString::fromStdString(voice)),
+                              Q_ARG(double, std::isfinite(rate) ? rate : 0.0));
 }
 
 void QtSpeech::stop() {

@@ -11,6 +11,7 @@ namespace veloran {
 namespace {
 
 using testing::ControllerRig;
+using testing::NewSatRec;
 using testing::ReadText;
 using testing::WriteText;
 
@@ -104,6 +105,99 @@ TEST(ModesActions, SatnogsImportAddsChannelsTheProgramUsesAtOnce) {
     ASSERT_EQ(rig.ui.alerts.size(), 1u);
     EXPECT_EQ(rig.ui.alerts[0].rfind("The transmitters were not imported.|", 0), 0u);
     EXPECT_EQ(ReadText(rig.paths.userModesFile), after);
+}
+
+// What the modes file keeps of a record, compared field by field.
+void ExpectSameModes(const SatRec& a, const SatRec& b) {
+    SCOPED_TRACE(a.name);
+    EXPECT_STREQ(a.name, b.name);
+    ASSERT_EQ(a.numberOfActiveChannels, b.numberOfActiveChannels);
+    for (int m = 0; m < a.numberOfActiveChannels; ++m) {
+        EXPECT_STREQ(a.modes[m].channel, b.modes[m].channel);
+        EXPECT_EQ(a.modes[m].commMode, b.modes[m].commMode);
+        EXPECT_DOUBLE_EQ(a.modes[m].upFreq, b.modes[m].upFreq);
+        EXPECT_DOUBLE_EQ(a.modes[m].downFreq, b.modes[m].downFreq);
+    }
+    EXPECT_STREQ(a.trackHours, b.trackHours);
+    EXPECT_EQ(a.enabled, b.enabled);
+    EXPECT_EQ(a.priority, b.priority);
+}
+
+std::vector<std::string> Names(const std::vector<SatRec>& records) {
+    std::vector<std::string> names;
+    for (const SatRec& r : records) names.emplace_back(r.name);
+    return names;
+}
+
+// The bundled modes file holds AO-27 and IO-86, which the bundled element
+// sets do not; the Moon and the Sun have no modes.
+TEST(ModesActions, EditorAddsAndDeletesSatellites) {
+    ControllerRig rig;
+    rig.app->loadKepsAndModes();
+    const std::vector<SatRec> before = rig.app->modesForEditing();
+    EXPECT_EQ(Names(before), (std::vector<std::string>{
+                                 "AO-7", "FO-29", "SO-50", "ISS", "AO-91", "AO-73", "RS-44",
+                                 "PO-101", "QO-100", "AO-27", "IO-86", "BetweenPasses", "OnExit"}));
+    EXPECT_EQ(before[9].db_index, -1);
+    EXPECT_EQ(rig.app->satellitesWithoutModes(), (std::vector<std::string>{"Moon", "Sun"}));
+
+    // Added: one picked from the element sets, one typed; deleted: one of
+    // the table and one kept only in the modes file.
+    std::vector<SatRec> edited(2);
+    NewModesBlock(&edited[0], "Sun");
+    std::strcpy(edited[0].modes[0].channel, "Noise");
+    edited[0].modes[0].downFreq = 10368.1;
+    NewModesBlock(&edited[1], "XO-99");
+    edited[1].modes[0].upFreq = 145.9;
+    edited[1].priority = 2;
+    ASSERT_EQ(rig.app->saveEditedModes(edited.data(), 2, {"RS-44", "IO-86"}), 1);
+    EXPECT_TRUE(rig.ui.alerts.empty());
+
+    const std::vector<SatRec> after = rig.app->modesForEditing();
+    EXPECT_EQ(Names(after), (std::vector<std::string>{"AO-7", "FO-29", "SO-50", "ISS", "AO-91",
+                                                      "AO-73", "PO-101", "QO-100", "Sun", "AO-27",
+                                                      "XO-99", "BetweenPasses", "OnExit"}));
+    EXPECT_EQ(rig.app->satellitesWithoutModes(), (std::vector<std::string>{"RS-44", "Moon"}));
+    // The running program has them: the Sun tunes, RS-44 is off.
+    auto sun = NewSatRec();
+    ASSERT_TRUE(rig.app->GetSatelliteRecordByName("Sun", sun.get()));
+    ExpectSameModes(*sun, edited[0]);
+    auto rs44 = NewSatRec();
+    ASSERT_TRUE(rig.app->GetSatelliteRecordByName("RS-44", rs44.get()));
+    EXPECT_EQ(rs44->numberOfActiveChannels, 0);
+    EXPECT_EQ(rs44->enabled, 0);
+
+    // The file reads back the same records, untouched ones included.
+    ModesFile file;
+    ASSERT_TRUE(file.load(rig.paths.userModesFile));
+    EXPECT_EQ(file.names(), (std::vector<std::string>{
+                                "AO-7", "FO-29", "SO-50", "ISS", "AO-91", "AO-73", "PO-101",
+                                "QO-100", "Sun", "BetweenPasses", "OnExit", "AO-27", "XO-99"}));
+    for (const SatRec& shown : after) {
+        auto reread = NewSatRec();
+        file.getModes(reread.get(), shown.name);
+        ExpectSameModes(*reread, shown);
+    }
+    ExpectSameModes(after[10], edited[1]);
+    ExpectSameModes(after[0], before[0]);
+    ExpectSameModes(after[9], before[9]);
+}
+
+TEST(ModesActions, DeletingBetweenPassesOrOnExitIsRefused) {
+    ControllerRig rig;
+    rig.app->loadKepsAndModes();
+    auto ao7 = rig.sat(0);
+    for (const char* pseudo : {"BetweenPasses", "OnExit"}) {
+        SCOPED_TRACE(pseudo);
+        rig.ui.alerts.clear();
+        EXPECT_EQ(rig.app->saveEditedModes(ao7.get(), 1, {"AO-73", pseudo}), 0);
+        ASSERT_EQ(rig.ui.alerts.size(), 1u);
+        EXPECT_NE(rig.ui.alerts[0].find(std::string(pseudo) + " sets the radio outside passes"),
+                  std::string::npos)
+            << rig.ui.alerts[0];
+        EXPECT_FALSE(FileExists(rig.paths.userModesFile));
+        EXPECT_GT(rig.sat(5)->numberOfActiveChannels, 0) << "AO-73 keeps its modes";
+    }
 }
 
 TEST(ModesActions, DefaultModesClearsOffsetsAndGoesBackToTheBundledFile) {

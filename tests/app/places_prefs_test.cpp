@@ -5,6 +5,8 @@
 
 #include <cstdio>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "fakes.h"
 
@@ -181,6 +183,59 @@ TEST(ControllerPrefs, AcceptedPanelIsSavedAndCancelShowsTheSite) {
     EXPECT_EQ(rig.ui.settingsShown, shownBefore + 1);
     // With no port chosen a test says so instead of opening anything.
     EXPECT_EQ(rig.app->testRotor(&site), "No port is chosen.");
+}
+
+// A synthesiser that remembers the voice and rate it was given last.
+class VoiceRecorder : public Speech {
+  public:
+    void speak(const std::string&) override {}
+    bool isSpeaking() const override { return false; }
+    void stop() override {}
+    std::vector<std::string> voices() const override { return {"kal", "slt"}; }
+    void setVoice(const std::string& v, double r) override {
+        voice = v;
+        rate = r;
+    }
+    std::string voice = "unset";
+    double rate = 99;
+};
+
+// The test sentence speaks in the voice the panel shows; OK keeps it, and
+// Cancel goes back to the site's.
+TEST(ControllerPrefs, TheSpeechVoiceFollowsThePanel) {
+    ControllerRig rig;
+    VoiceRecorder speech;
+    AppController app({.ui = &rig.ui,
+                       .defaults = &rig.defaults,
+                       .clock = &rig.clock,
+                       .announcer = &rig.announcer,
+                       .log = rig.log,
+                       .speech = &speech},
+                      rig.paths);
+    app.setSiteDefaults();
+    EXPECT_EQ(app.speechVoices(), (std::vector<std::string>{"kal", "slt"}));
+    EXPECT_TRUE(app.speechAudible());
+
+    app.speakTestSentence("slt", -3.0);
+    EXPECT_EQ(speech.voice, "slt");
+    EXPECT_EQ(speech.rate, -1.0);
+    ASSERT_EQ(rig.announcer.items.size(), 1u);
+    EXPECT_FALSE(rig.announcer.items[0].transmit);
+    app.prefsCancelled();
+    EXPECT_EQ(speech.voice, "");
+    EXPECT_EQ(speech.rate, 0.0);
+
+    SiteRec shown;
+    app.GetSiteRec(&shown);
+    std::strcpy(shown.speechVoice, "kal");
+    shown.speechRate = 0.4;
+    app.prefsAccepted(&shown);
+    EXPECT_EQ(speech.voice, "kal");
+    EXPECT_DOUBLE_EQ(speech.rate, 0.4);
+    EXPECT_EQ(rig.defaults.stringForKey("speechVoice"), "kal");
+    double stored = 0;
+    EXPECT_TRUE(rig.defaults.readDouble("speechRate", &stored));
+    EXPECT_DOUBLE_EQ(stored, 0.4);
 }
 
 }  // namespace

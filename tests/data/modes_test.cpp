@@ -369,6 +369,50 @@ TEST(ModesFileRoundTrip, BlocksOfOtherSatellitesAreKeptWhole) {
     EXPECT_EQ(back.getModes(rs44.get(), "FO-29"), 3);
 }
 
+// The modes editor's rewrite of blocks outside the table: one changed in
+// place, one left out, one added at the end, the rest kept as they were.
+TEST(ModesFileRoundTrip, BlocksOutsideTheTableAreReplacedDroppedOrAdded) {
+    ModesFile modes;
+    modes.setText(
+        "Satellite:\tAO-7\nChannel:\tA\n\nSatellite:\tRS-44\nChannel:\tB\n\n"
+        "Satellite:\tAO-7\nChannel:\tShadowed\n\nSatellite:\tXO-9\nChannel:\tC\n\n"
+        "Satellite:\tIO-86\nChannel:\tD\n\n");
+    EXPECT_EQ(modes.names(), (std::vector<std::string>{"AO-7", "RS-44", "XO-9", "IO-86"}));
+    EXPECT_EQ(modes.blocksOutside({"AO-7"}, {}, {}), modes.blocksNotIn({"AO-7"}));
+
+    std::vector<SatRec> replaced(2);
+    NewModesBlock(&replaced[0], "XO-9");
+    replaced[0].modes[0].downFreq = 435.1;
+    NewModesBlock(&replaced[1], "XO-10");
+    const std::string text = modes.blocksOutside({"AO-7"}, replaced, {"IO-86"});
+    EXPECT_EQ(text, "Satellite:\tRS-44\nChannel:\tB\n\n" + ModeBlockText(replaced[0]) +
+                        ModeBlockText(replaced[1]));
+
+    ModesFile back;
+    back.setText(text);
+    EXPECT_EQ(back.names(), (std::vector<std::string>{"RS-44", "XO-9", "XO-10"}));
+    auto xo10 = NewSatRec();
+    ASSERT_EQ(back.getModes(xo10.get(), "XO-10"), 1);
+    EXPECT_STREQ(xo10->modes[0].channel, kNewModeName);
+    EXPECT_EQ(xo10->modes[0].commMode, 0);
+    EXPECT_EQ(xo10->enabled, 1);
+    EXPECT_EQ(xo10->priority, 5);
+    EXPECT_STREQ(xo10->trackHours, "111111111111111111111111");
+
+    // A replacing record without modes writes no block: it is gone.
+    replaced[0].numberOfActiveChannels = 0;
+    EXPECT_EQ(modes.blocksOutside({"AO-7", "RS-44", "IO-86"}, replaced, {}),
+              ModeBlockText(replaced[1]));
+}
+
+TEST(ModesFileRoundTrip, OnlyOneWordNamesKeyABlock) {
+    for (const char* good : {"AO-7", "XO-999", "Tevel-3", "\xc3\x85SAT"})
+        EXPECT_TRUE(IsModesBlockName(good)) << good;
+    for (const std::string& bad : {std::string(), std::string("AO 7"), std::string("AO-7\t"),
+                                   std::string("\nAO"), std::string(sizeof(SatRec::name), 'X')})
+        EXPECT_FALSE(IsModesBlockName(bad)) << bad;
+}
+
 TEST(ModesReader, HostileFilesLoadWithoutOverflow) {
     std::string garbage;
     for (int i = 0; i < 200000; ++i) garbage += static_cast<char>((i * 7919) % 256);

@@ -75,6 +75,8 @@ void FillSettings(SiteRec* s, ViewPrefs* v) {
     s->showGroundTrack = 1;
     s->showOrbitalPlane = 1;
     s->cityLights = 1;
+    std::strcpy(s->speechVoice, "kal16");
+    s->speechRate = -0.25;
 }
 
 TEST(SiteDefaults, TheStartUpStation) {
@@ -157,7 +159,9 @@ TEST(Prefs, WrittenInTheirOrder) {
                                                "qshowCityLights",
                                                "hamlibRadioModel",
                                                "hamlibRotorModel",
-                                               "fmRetuneHz"};
+                                               "fmRetuneHz",
+                                               "speechVoice",
+                                               "speechRate"};
     EXPECT_EQ(PrefKeys(), expected);
     SiteRec site;
     ViewPrefs view;
@@ -316,6 +320,7 @@ TEST(SettingsValidation, BadNumbersFallBackToTheDefaults) {
         {"siteMinimumElevation", "inf"},
         {"main_sat_num", "0"},
         {"2D_Visible_Rect", "0 0 nan 10"},
+        {"speechRate", "1.5"},
     };
     SiteRec defaults;
     SetSiteDefaults(&defaults);

@@ -11,6 +11,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTime>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QElapsedTimer>
@@ -34,6 +35,7 @@
 #include <QToolButton>
 #include <QTreeWidget>
 #include <QtTest/QTest>
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <functional>
@@ -409,6 +411,61 @@ TEST_F(Window, PreferencesAcceptSavesAndCancelRestores) {
     EXPECT_STREQ(site.call_sign, "VE3TST");
 }
 
+// Without a speech engine (this suite runs none) the voice controls are
+// off and say why; with voices on offer the choice is kept and saved.
+TEST_F(Window, SpeechTabChoosesAVoiceOrSaysWhyItCannot) {
+    std::shared_ptr<const PrefsSnapshot> real;
+    const QMetaObject::Connection watch = QObject::connect(
+        core->bridge(), &UiBridge::prefsShown,
+        [&real](std::shared_ptr<const PrefsSnapshot> shown) { real = std::move(shown); });
+    window->findChild<QAction*>("preferencesAction")->trigger();
+    auto* prefs = Find<PrefsDialog>("preferencesWindow");
+    ASSERT_TRUE(WaitFor([&] { return prefs->isVisible() && real != nullptr; }));
+    Sync();
+    QObject::disconnect(watch);
+    Find<QTabWidget>("preferencesTabs")->setCurrentIndex(4);
+    auto* voice = Find<QComboBox>("speechVoice");
+    auto* rate = Find<QSlider>("speechRate");
+    auto* note = Find<QLabel>("speechUnavailable");
+    EXPECT_FALSE(voice->isEnabled());
+    EXPECT_FALSE(rate->isEnabled());
+    EXPECT_FALSE(Find<QPushButton>("speakTest")->isEnabled());
+    EXPECT_TRUE(note->isVisible());
+    EXPECT_TRUE(note->text().contains("No speech voices")) << note->text().toStdString();
+    Shot(prefs, "prefs-speech-unavailable");
+
+    // As the panel shows an engine with voices and a loudspeaker.
+    auto offered = std::make_shared<PrefsSnapshot>(*real);
+    offered->voices = {"kal", "slt", "awb"};
+    offered->speechAudible = true;
+    emit core->bridge()->prefsShown(offered);
+    EXPECT_TRUE(voice->isEnabled());
+    EXPECT_FALSE(note->isVisible());
+    ASSERT_EQ(voice->count(), 4);  // the engine's default first
+    voice->setCurrentIndex(voice->findText("slt"));
+    rate->setValue(-3);
+    EXPECT_EQ(Find<QLabel>("speechRateText")->text(), "-0.3");
+    Shot(prefs, "prefs-speech");
+    prefs->accept();
+    Sync();
+    SiteRec site;
+    std::string stored;
+    OnCore([&](CoreSide& s) {
+        s.app->GetSiteRec(&site);
+        stored = s.defaults->stringForKey("speechVoice");
+    });
+    EXPECT_STREQ(site.speechVoice, "slt");
+    EXPECT_DOUBLE_EQ(site.speechRate, -0.3);
+    EXPECT_EQ(stored, "slt");
+
+    // A stored voice this computer lacks stays chosen, marked as missing.
+    offered->site = site;
+    offered->voices = {"kal"};
+    emit core->bridge()->prefsShown(offered);
+    EXPECT_EQ(voice->currentText(), "slt (not installed)");
+    OnCore([&](CoreSide& s) { s.app->prefsCancelled(); });
+}
+
 TEST_F(Window, HamlibItemOfTheRadioPopUpStoresTheChosenModel) {
     SiteRec before;
     OnCore([&](CoreSide& s) {
@@ -493,6 +550,74 @@ TEST_F(Window, ModesEditorSavesAFrequencyAndRefusesABadNumber) {
     EXPECT_EQ(reread->numberOfActiveChannels, sat->numberOfActiveChannels);
     delete reread;
     delete sat;
+    editor->reject();
+}
+
+TEST_F(Window, ModesEditorAddsAndDeletesSatellitesWithUndo) {
+    window->findChild<QAction*>("modesEditorAction")->trigger();
+    auto* editor = Find<ModesEditor>("modesWindow");
+    auto* outline = Find<QTreeWidget>("modesOutline");
+    ASSERT_TRUE(WaitFor([&] { return outline->topLevelItemCount() > 2; }));
+    const int before = outline->topLevelItemCount();
+    auto top = [&](const QString& text) {
+        const auto found = outline->findItems(text, Qt::MatchStartsWith);
+        return found.isEmpty() ? nullptr : found[0];
+    };
+
+    // The pseudo-records cannot be deleted.
+    outline->setCurrentItem(outline->topLevelItem(0));
+    EXPECT_FALSE(Find<QPushButton>("deleteSatellite")->isEnabled());
+    EXPECT_FALSE(editor->addSatellite("AO-7")) << "it has modes already";
+    EXPECT_FALSE(editor->addSatellite("AO 7"));
+    EXPECT_EQ(outline->topLevelItemCount(), before);
+
+    // The Sun has an element set and no modes: it is offered.
+    Find<QPushButton>("addSatellite")->click();
+    auto* ask = Find<QDialog>("addSatelliteDialog");
+    auto* name = ask->findChild<QComboBox*>("newSatelliteName");
+    ASSERT_NE(name, nullptr);
+    EXPECT_NE(name->findText("Sun"), -1);
+    Shot(ask, "modes-add-satellite");
+    name->setEditText("Sun");
+    ask->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+    ASSERT_NE(top("Sun"), nullptr);
+    EXPECT_EQ(top("Sun")->childCount(), 1);
+    EXPECT_TRUE(editor->addSatellite("XO-99"));
+    ASSERT_NE(top("XO-99"), nullptr);
+    EXPECT_TRUE(top("XO-99")->text(0).contains("no element set"));
+
+    outline->setCurrentItem(top("RS-44"));
+    Find<QPushButton>("deleteSatellite")->click();
+    EXPECT_EQ(top("RS-44"), nullptr);
+    editor->undo();
+    ASSERT_NE(top("RS-44"), nullptr) << "Undo brings a deleted satellite back";
+    outline->setCurrentItem(top("RS-44"));
+    Find<QPushButton>("deleteSatellite")->click();
+    editor->undo();
+    editor->undo();
+    EXPECT_EQ(top("XO-99"), nullptr) << "and takes an added one out";
+    EXPECT_TRUE(editor->addSatellite("XO-99"));
+    outline->setCurrentItem(top("RS-44"));
+    Find<QPushButton>("deleteSatellite")->click();
+    Shot(editor, "modes-editor-added");
+
+    Find<QPushButton>("saveModes")->click();
+    Sync();
+    ASSERT_TRUE(WaitFor([&] { return top("RS-44") == nullptr && top("Sun") != nullptr; }));
+    auto sat = std::make_unique<SatRec>();
+    OnCore([&](CoreSide& s) {
+        s.app->GetSatelliteRecordByName("Sun", sat.get());
+        EXPECT_EQ(sat->numberOfActiveChannels, 1);
+        s.app->GetSatelliteRecordByName("RS-44", sat.get());
+        EXPECT_EQ(sat->numberOfActiveChannels, 0);
+    });
+    std::string modesPath;
+    OnCore([&](CoreSide& s) { modesPath = s.app->paths().userModesFile; });
+    ModesFile file;
+    ASSERT_TRUE(file.load(modesPath));
+    const std::vector<std::string> names = file.names();
+    EXPECT_NE(std::find(names.begin(), names.end(), "XO-99"), names.end());
+    EXPECT_EQ(std::find(names.begin(), names.end(), "RS-44"), names.end());
     editor->reject();
 }
 

@@ -276,6 +276,10 @@ TEST(Speech, NeverLeavesTheAnnouncementThreadWaitingForever) {
     // With or without an audio device, speaking ends: a machine without one
     // stays silent instead of blocking the queue.
     QtSpeech speech;
+    // Any voice, known or not, and a rate out of range are taken calmly,
+    // before the engine is up as after.
+    speech.setVoice("no such voice", 5.0);
+    for (const std::string& voice : speech.voices()) speech.setVoice(voice, -0.5);
     speech.speak("AO-7 is visible.");
     EXPECT_TRUE(speech.isSpeaking()) << "busy from the moment it is asked";
     speech.stop();
