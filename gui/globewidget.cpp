@@ -20,7 +20,9 @@
 namespace veloran {
 namespace {
 
-constexpr int kSphereColumns = 96, kSphereRows = 48;
+// Each triangle costs a software renderer its set-up: 64 columns keep the
+// outline within half a pixel at the usual distances.
+constexpr int kSphereColumns = 64, kSphereRows = 32;
 constexpr float kFieldOfViewDegs = 40.0f;
 // Throb steps when more than 4 ticks of 1/60 s have passed: a repaint every
 // 200 ms moves the main satellite's brightness on each time, a pulse of
@@ -32,33 +34,34 @@ layout(location = 0) in vec3 position;
 layout(location = 1) in vec2 texCoord;
 uniform mat4 mvp;
 uniform vec4 placement;  // xyz centre, w radius
-out vec3 normal;
+uniform vec3 sunDirection;
+out float sun;
 out vec2 uv;
 void main() {
-    normal = position;
+    // Linear across each triangle, so the rasterizer interpolates it
+    // exactly: no normal to normalize per pixel.
+    sun = dot(position, sunDirection);
     uv = texCoord;
     gl_Position = mvp * vec4(placement.xyz + position * placement.w, 1.0);
 })";
 
+// One fetch per pixel: the day picture in rgb and the night lights'
+// brightness in alpha.
 const char* kEarthFragment = R"(#version 330 core
-in vec3 normal;
+in float sun;
 in vec2 uv;
-uniform sampler2D dayImage;
-uniform sampler2D nightImage;
-uniform vec3 sunDirection;
+uniform sampler2D earthImage;
 uniform float ambient;
 uniform int textured;     // 0: the flat colour below
-uniform int cityLights;   // the night picture on the dark side
+uniform float cityLights; // 0 or the night lights' strength
 uniform vec3 flatColour;
 out vec4 colour;
 void main() {
-    float sun = dot(normalize(normal), sunDirection);
     // A twilight band about 6 degrees wide either side of the terminator.
     float day = smoothstep(-0.1, 0.1, sun);
-    vec3 base = textured == 1 ? texture(dayImage, uv).rgb : flatColour;
-    vec3 lit = base * (0.35 + 0.85 * max(sun, 0.0));
-    vec3 dark = base * ambient;
-    if (cityLights == 1) dark += texture(nightImage, uv).rgb * 0.9;
+    vec4 texel = textured == 1 ? texture(earthImage, uv) : vec4(flatColour, 0.0);
+    vec3 lit = texel.rgb * (0.35 + 0.85 * max(sun, 0.0));
+    vec3 dark = texel.rgb * ambient + vec3(1.0, 0.85, 0.6) * (texel.a * cityLights);
     colour = vec4(mix(dark, lit, day), 1.0);
 })";
 
@@ -154,6 +157,13 @@ void GlobeWidget::setPointOfView(int pov) {
     update();
 }
 
+void GlobeWidget::setFreeCamera(double yaw, double pitch) {
+    pov_ = 0;
+    yaw_ = static_cast<float>(yaw);
+    pitch_ = std::clamp(static_cast<float>(pitch), -1.5f, 1.5f);
+    update();
+}
+
 void GlobeWidget::setDistance(double earthRadii) {
     distance_ = std::clamp(earthRadii, kGlobeMinDistance, kGlobeMaxDistance);
     update();
@@ -189,13 +199,13 @@ void GlobeWidget::releaseGl() {
     glDeleteVertexArrays(1, &lineVao_);
     const unsigned buffers[] = {sphereVbo_, sphereIbo_, lineVbo_};
     glDeleteBuffers(3, buffers);
-    const unsigned textures[] = {dayTexture_, nightTexture_};
-    glDeleteTextures(2, textures);
+    glDeleteTextures(1, &earthTexture_);
     delete earthProgram_;
     delete lineProgram_;
     earthProgram_ = lineProgram_ = nullptr;
-    dayTexture_ = nightTexture_ = 0;
+    earthTexture_ = 0;
     lineBufferBytes_ = 0;
+    uploadedScene_ = nullptr;
     loadedResolution_ = -1;
     glReady_ = false;
 }
@@ -226,8 +236,7 @@ void GlobeWidget::initializeGL() {
     glGenBuffers(1, &sphereVbo_);
     glGenBuffers(1, &sphereIbo_);
     glGenBuffers(1, &lineVbo_);
-    glGenTextures(1, &dayTexture_);
-    glGenTextures(1, &nightTexture_);
+    glGenTextures(1, &earthTexture_);
     buildSphere();
     glBindVertexArray(lineVao_);
     glBindBuffer(GL_ARRAY_BUFFER, lineVbo_);
@@ -282,28 +291,38 @@ void GlobeWidget::buildSphere() {
 
 void GlobeWidget::loadTextures() {
     loadedResolution_ = resolution_;
-    texturesMissing_ = false;
+    texturesMissing_ = true;
     if (resolution_ == kGlobeWireFrame) return;
     static const int kWidths[] = {1024, 2048, 4096};
     const int width = kWidths[resolution_];
-    const auto upload = [this, width](unsigned texture, const QString& path) {
+    const auto load = [width](const QString& path, QImage::Format format) {
         QImage image(path);
-        if (image.isNull()) return false;
-        if (image.width() != width)
+        if (image.isNull()) return image;
+        if (image.width() != width || image.height() != width / 2)
             image = image.scaled(width, width / 2, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-        image = image.convertToFormat(QImage::Format_RGBA8888);
-        glBindTexture(GL_TEXTURE_2D, texture);
-        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.width(), image.height(), 0, GL_RGBA,
-                     GL_UNSIGNED_BYTE, image.constBits());
-        glGenerateMipmap(GL_TEXTURE_2D);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-        return true;
+        return image.convertToFormat(format);
     };
-    texturesMissing_ = !upload(dayTexture_, FindImage(QString("map_%1.jpg").arg(width)));
-    upload(nightTexture_, FindImage("night.jpg"));
+    QImage day = load(FindImage(QString("map_%1.jpg").arg(width)), QImage::Format_RGBA8888);
+    if (day.isNull()) return;
+    // The night lights ride in the day picture's alpha: the shader reads
+    // both with one fetch. Without the night picture the nights stay dark.
+    const QImage night = load(FindImage("night.jpg"), QImage::Format_Grayscale8);
+    for (int y = 0; y < day.height(); ++y) {
+        uchar* out = day.scanLine(y);
+        const uchar* lights = night.isNull() ? nullptr : night.constScanLine(y);
+        for (int x = 0; x < day.width(); ++x) out[4 * x + 3] = lights != nullptr ? lights[x] : 0;
+    }
+    glBindTexture(GL_TEXTURE_2D, earthTexture_);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, day.width(), day.height(), 0, GL_RGBA,
+                 GL_UNSIGNED_BYTE, day.constBits());
+    glGenerateMipmap(GL_TEXTURE_2D);
+    // The nearest mipmap level, filtered within it: half the texel reads of
+    // blending two levels, which a software renderer feels on every pixel.
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_NEAREST);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    texturesMissing_ = false;
 }
 
 QMatrix4x4 GlobeWidget::viewMatrix(const GlobeScene* scene) const {
@@ -350,8 +369,12 @@ void GlobeWidget::paintGL() {
     glClearColor(0.01f, 0.01f, 0.04f, 1.0f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glEnable(GL_DEPTH_TEST);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    // The spheres' far halves are never seen: culled, they cost no pixels.
+    glEnable(GL_CULL_FACE);
+    glCullFace(GL_BACK);
+    glFrontFace(GL_CCW);
+    // The spheres are opaque: no blending, which would read every pixel back.
+    glDisable(GL_BLEND);
     glEnable(GL_PROGRAM_POINT_SIZE);
 
     const float aspect = height() > 0 ? static_cast<float>(width()) / height() : 1.0f;
@@ -369,18 +392,15 @@ void GlobeWidget::paintGL() {
     earthProgram_->setUniformValue("mvp", mvp);
     earthProgram_->setUniformValue("sunDirection", QVector3D(sun.x, sun.y, sun.z));
     earthProgram_->setUniformValue("ambient", ambient_);
-    earthProgram_->setUniformValue("dayImage", 0);
-    earthProgram_->setUniformValue("nightImage", 1);
+    earthProgram_->setUniformValue("earthImage", 0);
     earthProgram_->setUniformValue("placement", QVector4D(0, 0, 0, 1));
     earthProgram_->setUniformValue("textured", wire || texturesMissing_ ? 0 : 1);
-    earthProgram_->setUniformValue("cityLights",
-                                   !wire && scene != nullptr && scene->options.cityLights ? 1 : 0);
+    earthProgram_->setUniformValue(
+        "cityLights", !wire && scene != nullptr && scene->options.cityLights ? 0.9f : 0.0f);
     earthProgram_->setUniformValue(
         "flatColour", wire ? QVector3D(0.3f, 0.75f, 1.0f) : QVector3D(0.12f, 0.28f, 0.55f));
     glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, dayTexture_);
-    glActiveTexture(GL_TEXTURE1);
-    glBindTexture(GL_TEXTURE_2D, nightTexture_);
+    glBindTexture(GL_TEXTURE_2D, earthTexture_);
     glBindVertexArray(sphereVao_);
     if (wire) {
         // The wire frame hides its far side behind a dark sphere.
@@ -396,7 +416,7 @@ void GlobeWidget::paintGL() {
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     if (scene != nullptr && scene->hasMoon) {
         earthProgram_->setUniformValue("textured", 0);
-        earthProgram_->setUniformValue("cityLights", 0);
+        earthProgram_->setUniformValue("cityLights", 0.0f);
         earthProgram_->setUniformValue("ambient", 0.04f);
         earthProgram_->setUniformValue("flatColour", QVector3D(0.72f, 0.71f, 0.68f));
         earthProgram_->setUniformValue(
@@ -406,50 +426,68 @@ void GlobeWidget::paintGL() {
     glBindVertexArray(0);
 
     if (scene != nullptr) {
+        glEnable(GL_BLEND);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         lineProgram_->bind();
         lineProgram_->setUniformValue("mvp", mvp);
         lineProgram_->setUniformValue("brightness", 1.0f);
         lineProgram_->setUniformValue("pointSize", 3.0f);
         glBindVertexArray(lineVao_);
         glBindBuffer(GL_ARRAY_BUFFER, lineVbo_);
-        const size_t lineBytes = scene->lines.size() * sizeof(GlobeVertex);
-        const size_t pointBytes = scene->points.size() * sizeof(GlobeVertex);
-        const size_t cityBytes = scene->cityLights.size() * sizeof(GlobeVertex);
-        const size_t need = lineBytes + pointBytes + cityBytes;
-        if (need > lineBufferBytes_) {
-            lineBufferBytes_ = need + need / 2;
-            glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(lineBufferBytes_), nullptr,
-                         GL_DYNAMIC_DRAW);
-        }
-        if (need > 0) {
-            glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(lineBytes),
-                            scene->lines.data());
-            glBufferSubData(GL_ARRAY_BUFFER, static_cast<GLintptr>(lineBytes),
-                            static_cast<GLsizeiptr>(pointBytes), scene->points.data());
-            glBufferSubData(GL_ARRAY_BUFFER, static_cast<GLintptr>(lineBytes + pointBytes),
-                            static_cast<GLsizeiptr>(cityBytes), scene->cityLights.data());
-        }
-        const GLint lineCount = static_cast<GLint>(scene->lines.size());
-        const GLint pointCount = static_cast<GLint>(scene->points.size());
-        glDrawArrays(GL_LINES, 0, lineCount);
-        if (!scene->cityLights.empty() && resolution_ == kGlobeWireFrame) {
+        // The vertices go up only when the scene or the camera changed: a
+        // frame for the pulse alone draws what the buffer holds.
+        if (scene != uploadedScene_ || eye != uploadedEye_) uploadLines(scene, eye);
+        glDrawArrays(GL_LINES, 0, uploadedLines_);
+        if (uploadedCities_ > 0 && resolution_ == kGlobeWireFrame) {
             lineProgram_->setUniformValue("pointSize", 2.0f);
-            glDrawArrays(GL_POINTS, lineCount + pointCount,
-                         static_cast<GLsizei>(scene->cityLights.size()));
+            glDrawArrays(GL_POINTS, uploadedLines_ + uploadedPoints_, uploadedCities_);
         }
         lineProgram_->setUniformValue("pointSize", 6.0f);
-        glDrawArrays(GL_POINTS, lineCount, pointCount);
-        if (scene->mainPoint >= 0) {
+        glDrawArrays(GL_POINTS, uploadedLines_, uploadedPoints_);
+        if (scene->mainPoint >= 0 && scene->mainPoint < uploadedPoints_) {
             // The main satellite pulses, larger, over its steady dot.
             lineProgram_->setUniformValue("pointSize", 11.0f);
             lineProgram_->setUniformValue("brightness", 0.4f + ThrobSatelliteBrightness());
-            glDrawArrays(GL_POINTS, lineCount + scene->mainPoint, 1);
+            glDrawArrays(GL_POINTS, uploadedLines_ + scene->mainPoint, 1);
         }
         glBindVertexArray(0);
         lineProgram_->release();
     }
     glDisable(GL_DEPTH_TEST);
+    glDisable(GL_CULL_FACE);
     if (scene != nullptr && scene->options.labels) drawLabels(scene, mvp, eye);
+}
+
+void GlobeWidget::uploadLines(const GlobeScene* scene, const QVector3D& eye) {
+    // A software renderer pays for every segment it sets up, seen or not:
+    // segments wholly behind the Earth stay home. The hidden region (the
+    // Earth and its shadow from the eye) is convex, so a segment with both
+    // ends in it is hidden all along.
+    visible_.clear();
+    const std::vector<GlobeVertex>& lines = scene->lines;
+    for (size_t i = 0; i + 1 < lines.size(); i += 2) {
+        const GlobeVertex& a = lines[i];
+        const GlobeVertex& b = lines[i + 1];
+        if (Hidden(eye, QVector3D(a.x, a.y, a.z)) && Hidden(eye, QVector3D(b.x, b.y, b.z)))
+            continue;
+        visible_.push_back(a);
+        visible_.push_back(b);
+    }
+    uploadedLines_ = static_cast<int>(visible_.size());
+    uploadedPoints_ = static_cast<int>(scene->points.size());
+    uploadedCities_ = static_cast<int>(scene->cityLights.size());
+    visible_.insert(visible_.end(), scene->points.begin(), scene->points.end());
+    visible_.insert(visible_.end(), scene->cityLights.begin(), scene->cityLights.end());
+    const size_t need = visible_.size() * sizeof(GlobeVertex);
+    if (need > lineBufferBytes_) {
+        lineBufferBytes_ = need + need / 2;
+        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(lineBufferBytes_), nullptr,
+                     GL_DYNAMIC_DRAW);
+    }
+    if (need > 0)
+        glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(need), visible_.data());
+    uploadedScene_ = scene;
+    uploadedEye_ = eye;
 }
 
 void GlobeWidget::drawLabels(const GlobeScene* scene, const QMatrix4x4& mvp, const QVector3D& eye) {

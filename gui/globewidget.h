@@ -11,6 +11,7 @@
 #include <QPoint>
 #include <QTimer>
 #include <memory>
+#include <vector>
 
 #include "views/globeexchange.h"
 
@@ -28,6 +29,8 @@ class GlobeWidget : public QOpenGLWidget, protected QOpenGLExtraFunctions {
     static bool openGlAvailable();
 
     void setPointOfView(int pov);
+    // The free orbit's camera: longitude-like turn and height angle, radians.
+    void setFreeCamera(double yaw, double pitch);
     void setDistance(double earthRadii);
     void setAmbient(int percent);  // night side's light, 0..100
     // 0..2 the texture widths 1024, 2048, 4096; 3 the wire frame.
@@ -64,6 +67,9 @@ class GlobeWidget : public QOpenGLWidget, protected QOpenGLExtraFunctions {
     void buildSphere();
     void loadTextures();
     QMatrix4x4 viewMatrix(const GlobeScene* scene) const;
+    // Puts the scene's visible segments, its points and city lights into
+    // the line buffer, in that order.
+    void uploadLines(const GlobeScene* scene, const QVector3D& eye);
     void drawLabels(const GlobeScene* scene, const QMatrix4x4& mvp, const QVector3D& eye);
 
     std::shared_ptr<GlobeSceneExchange> exchange_;
@@ -72,9 +78,13 @@ class GlobeWidget : public QOpenGLWidget, protected QOpenGLExtraFunctions {
     QOpenGLShaderProgram* lineProgram_ = nullptr;
     unsigned sphereVao_ = 0, sphereVbo_ = 0, sphereIbo_ = 0;
     unsigned lineVao_ = 0, lineVbo_ = 0;
-    unsigned dayTexture_ = 0, nightTexture_ = 0;
+    unsigned earthTexture_ = 0;  // day in rgb, night lights in alpha
     int sphereIndexCount_ = 0;
     size_t lineBufferBytes_ = 0;
+    std::vector<GlobeVertex> visible_;  // what went into the line buffer last
+    const GlobeScene* uploadedScene_ = nullptr;
+    QVector3D uploadedEye_;
+    int uploadedLines_ = 0, uploadedPoints_ = 0, uploadedCities_ = 0;
     bool glReady_ = false;
     bool texturesMissing_ = true;
     int pov_ = 0;
