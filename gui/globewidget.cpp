@@ -1,14 +1,21 @@
 // Draws the globe scene with a handful of buffers and two small shader
-// programs; labels go on top with QPainter.
+// programs into a kept offscreen picture, labels on top with QPainter; each
+// frame copies that picture to the window and adds the main satellite's
+// pulse, so a frame for the pulse alone costs one copy.
 #include "gui/globewidget.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QImage>
 #include <QMouseEvent>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
+#include <QOpenGLPaintDevice>
 #include <QOpenGLShaderProgram>
 #include <QPainter>
+#include <QVBoxLayout>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
@@ -24,10 +31,10 @@ namespace {
 // outline within half a pixel at the usual distances.
 constexpr int kSphereColumns = 64, kSphereRows = 32;
 constexpr float kFieldOfViewDegs = 40.0f;
-// Throb steps when more than 4 ticks of 1/60 s have passed: a repaint every
-// 200 ms moves the main satellite's brightness on each time, a pulse of
-// about three seconds, while the idle window stays near its CPU budget.
-constexpr int kThrobIntervalMs = 200;
+// Throb steps when more than 4 ticks of 1/60 s have passed: a pulse frame
+// every 250 ms moves the main satellite's brightness on each time, a cycle
+// of four seconds. Such a frame only copies the kept picture.
+constexpr int kThrobIntervalMs = 250;
 
 const char* kEarthVertex = R"(#version 330 core
 layout(location = 0) in vec3 position;
@@ -101,7 +108,7 @@ QString FindImage(const QString& name) {
 }
 
 // Whether the point lies behind the unit sphere as seen from `eye`.
-bool Hidden(const QVector3D& eye, const QVector3D& point) {
+bool BehindEarth(const QVector3D& eye, const QVector3D& point) {
     const QVector3D d = point - eye;
     const float len = d.length();
     if (len <= 0.0f) return false;
@@ -116,27 +123,46 @@ bool Hidden(const QVector3D& eye, const QVector3D& point) {
 
 }  // namespace
 
-GlobeWidget::GlobeWidget(std::shared_ptr<GlobeSceneExchange> exchange, QWidget* parent)
-    : QOpenGLWidget(parent), exchange_(std::move(exchange)) {
-    setObjectName("globeView");
-    setAccessibleName(tr("3D globe"));
+GlobeWindow::GlobeWindow(std::shared_ptr<GlobeSceneExchange> exchange)
+    : exchange_(std::move(exchange)) {
     setFormat(GlobeFormat());
-    setMinimumSize(320, 240);
-    setFocusPolicy(Qt::StrongFocus);
+    // Keys stay with the main window (F11, Escape, the tab shortcuts).
+    setFlag(Qt::WindowDoesNotAcceptFocus);
     throbTimer_.setInterval(kThrobIntervalMs);
     connect(&throbTimer_, &QTimer::timeout, this, [this] {
         Throb();
-        update();
+        if (scene_ != nullptr && scene_->mainPoint >= 0) update();
     });
 }
 
-GlobeWidget::~GlobeWidget() {
+GlobeWindow::~GlobeWindow() {
     QObject::disconnect(contextGone_);
-    if (glReady_ && context() != nullptr) {
+    if (glReady_ && isValid()) {
         makeCurrent();
         releaseGl();
         doneCurrent();
     }
+}
+
+GlobeWidget::GlobeWidget(std::shared_ptr<GlobeSceneExchange> exchange, QWidget* parent)
+    : QWidget(parent), view_(new GlobeWindow(std::move(exchange))) {
+    setObjectName("globeView");
+    setAccessibleName(tr("3D globe"));
+    setMinimumSize(320, 240);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(QWidget::createWindowContainer(view_, this));
+    connect(view_, &GlobeWindow::distanceChangedByWheel, this,
+            &GlobeWidget::distanceChangedByWheel);
+    connect(view_, &GlobeWindow::pointOfViewChangedByDrag, this,
+            &GlobeWidget::pointOfViewChangedByDrag);
+}
+
+QImage GlobeWidget::grabFramebuffer(bool wholeFrame) {
+    const QDeadlineTimer deadline(10000);
+    while (!view_->isValid() && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return view_->renderImage(wholeFrame);
 }
 
 bool GlobeWidget::openGlAvailable() {
@@ -152,48 +178,52 @@ bool GlobeWidget::openGlAvailable() {
     return made.version() >= qMakePair(3, 3);
 }
 
-void GlobeWidget::setPointOfView(int pov) {
+void GlobeWindow::setPointOfView(int pov) {
     pov_ = std::clamp(pov, 0, 3);
-    update();
+    redraw();
 }
 
-void GlobeWidget::setFreeCamera(double yaw, double pitch) {
+void GlobeWindow::setFreeCamera(double yaw, double pitch) {
     pov_ = 0;
     yaw_ = static_cast<float>(yaw);
     pitch_ = std::clamp(static_cast<float>(pitch), -1.5f, 1.5f);
-    update();
+    redraw();
 }
 
-void GlobeWidget::setDistance(double earthRadii) {
+void GlobeWindow::setDistance(double earthRadii) {
     distance_ = std::clamp(earthRadii, kGlobeMinDistance, kGlobeMaxDistance);
-    update();
+    redraw();
 }
 
-void GlobeWidget::setAmbient(int percent) {
+void GlobeWindow::setAmbient(int percent) {
     ambient_ = 0.6f * static_cast<float>(std::clamp(percent, 0, 100)) / 100.0f;
-    update();
+    redraw();
 }
 
-void GlobeWidget::setResolution(int index) {
+void GlobeWindow::setResolution(int index) {
     resolution_ = std::clamp(index, 0, kGlobeWireFrame);
+    redraw();
+}
+
+void GlobeWindow::sceneReady() {
+    redraw();
+}
+
+void GlobeWindow::redraw() {
+    pictureStale_ = true;
     update();
 }
 
-void GlobeWidget::sceneReady() {
-    update();
+void GlobeWindow::exposeEvent(QExposeEvent* event) {
+    QOpenGLWindow::exposeEvent(event);
+    // The pulse runs only while the globe can be seen.
+    if (isExposed())
+        throbTimer_.start();
+    else
+        throbTimer_.stop();
 }
 
-void GlobeWidget::showEvent(QShowEvent* event) {
-    QOpenGLWidget::showEvent(event);
-    throbTimer_.start();
-}
-
-void GlobeWidget::hideEvent(QHideEvent* event) {
-    throbTimer_.stop();
-    QOpenGLWidget::hideEvent(event);
-}
-
-void GlobeWidget::releaseGl() {
+void GlobeWindow::releaseGl() {
     if (!glReady_) return;
     glDeleteVertexArrays(1, &sphereVao_);
     glDeleteVertexArrays(1, &lineVao_);
@@ -203,6 +233,9 @@ void GlobeWidget::releaseGl() {
     delete earthProgram_;
     delete lineProgram_;
     earthProgram_ = lineProgram_ = nullptr;
+    picture_.reset();
+    image_.reset();
+    labelDevice_.reset();
     earthTexture_ = 0;
     lineBufferBytes_ = 0;
     uploadedScene_ = nullptr;
@@ -210,9 +243,7 @@ void GlobeWidget::releaseGl() {
     glReady_ = false;
 }
 
-void GlobeWidget::initializeGL() {
-    // Moving the widget to another top-level window (full screen) gives it a
-    // new context: everything is made again here.
+void GlobeWindow::initializeGL() {
     glReady_ = false;
     initializeOpenGLFunctions();
     // Each new context gets its own connection; the destructor cuts it
@@ -249,7 +280,7 @@ void GlobeWidget::initializeGL() {
     glReady_ = true;
 }
 
-void GlobeWidget::buildSphere() {
+void GlobeWindow::buildSphere() {
     // Columns run east from the 180-degree meridian, as the pictures do;
     // rows run south from the North Pole.
     std::vector<float> vertices;
@@ -289,7 +320,7 @@ void GlobeWidget::buildSphere() {
     glBindVertexArray(0);
 }
 
-void GlobeWidget::loadTextures() {
+void GlobeWindow::loadTextures() {
     loadedResolution_ = resolution_;
     texturesMissing_ = true;
     if (resolution_ == kGlobeWireFrame) return;
@@ -325,7 +356,7 @@ void GlobeWidget::loadTextures() {
     texturesMissing_ = false;
 }
 
-QMatrix4x4 GlobeWidget::viewMatrix(const GlobeScene* scene) const {
+QMatrix4x4 GlobeWindow::viewMatrix(const GlobeScene* scene) const {
     QVector3D eye;
     QVector3D up(0.0f, 1.0f, 0.0f);
     const float d = static_cast<float>(distance_);
@@ -351,7 +382,11 @@ QMatrix4x4 GlobeWidget::viewMatrix(const GlobeScene* scene) const {
     return view;
 }
 
-void GlobeWidget::paintGL() {
+void GlobeWindow::paintGL() {
+    drawFrame(defaultFramebufferObject());
+}
+
+void GlobeWindow::drawFrame(unsigned target) {
     if (const GlobeScene* fresh = exchange_->take(); fresh != nullptr) {
         if (scene_ == nullptr) {
             // The first scene: the free camera starts over the station.
@@ -359,13 +394,82 @@ void GlobeWidget::paintGL() {
             yaw_ = static_cast<float>(std::atan2(fresh->site.x, -fresh->site.z));
             pitch_ = static_cast<float>(lat);
         }
+        if (fresh != scene_) pictureStale_ = true;
         scene_ = fresh;
     }
     const GlobeScene* scene = scene_;
     if (!glReady_) return;
-    if (loadedResolution_ != resolution_) loadTextures();
-    ++frames_;
+    const QSize pixels = size() * devicePixelRatio();
+    if (pixels.isEmpty()) return;
+    if (loadedResolution_ != resolution_) {
+        loadTextures();
+        pictureStale_ = true;
+    }
+    if (!picture_ || picture_->size() != pixels) {
+        picture_ = std::make_unique<QOpenGLFramebufferObject>(
+            pixels, QOpenGLFramebufferObject::CombinedDepthStencil);
+        pictureStale_ = true;
+    }
 
+    const float aspect = static_cast<float>(pixels.width()) / pixels.height();
+    QMatrix4x4 projection;
+    projection.perspective(kFieldOfViewDegs, aspect, 0.02f, 200.0f);
+    const QMatrix4x4 view = viewMatrix(scene);
+    const QMatrix4x4 mvp = projection * view;
+    const QVector3D eye = view.inverted().map(QVector3D(0, 0, 0));
+    mvp_ = mvp;
+    eye_ = eye;
+
+    if (pictureStale_) {
+        picture_->bind();
+        glViewport(0, 0, pixels.width(), pixels.height());
+        drawScene(scene, mvp, eye, pixels);
+        pictureStale_ = false;
+        ++frames_;
+    }
+
+    // The kept picture, then the pulse over it.
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, picture_->handle());
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, target);
+    glBlitFramebuffer(0, 0, pixels.width(), pixels.height(), 0, 0, pixels.width(), pixels.height(),
+                      GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBindFramebuffer(GL_FRAMEBUFFER, target);
+    glViewport(0, 0, pixels.width(), pixels.height());
+    if (scene == nullptr || scene->mainPoint < 0 || scene->mainPoint >= uploadedPoints_) return;
+    const QVector3D sat(scene->mainSat.x, scene->mainSat.y, scene->mainSat.z);
+    if (BehindEarth(eye, sat)) return;
+    // The main satellite pulses, larger, over its steady dot.
+    glDisable(GL_DEPTH_TEST);
+    glDisable(GL_CULL_FACE);
+    glEnable(GL_BLEND);
+    // The picture stays opaque: alpha only weighs the colours.
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
+    glEnable(GL_PROGRAM_POINT_SIZE);
+    lineProgram_->bind();
+    lineProgram_->setUniformValue("mvp", mvp);
+    lineProgram_->setUniformValue("pointSize", 11.0f);
+    lineProgram_->setUniformValue("brightness", 0.4f + ThrobSatelliteBrightness());
+    glBindVertexArray(lineVao_);
+    glDrawArrays(GL_POINTS, uploadedLines_ + scene->mainPoint, 1);
+    glBindVertexArray(0);
+    lineProgram_->release();
+}
+
+QImage GlobeWindow::renderImage(bool wholeFrame) {
+    if (!isValid() || !glReady_) return QImage();
+    makeCurrent();
+    const QSize pixels = size() * devicePixelRatio();
+    if (!image_ || image_->size() != pixels)
+        image_ = std::make_unique<QOpenGLFramebufferObject>(pixels);
+    if (wholeFrame) pictureStale_ = true;
+    drawFrame(image_->handle());
+    const QImage image = image_->toImage();
+    doneCurrent();
+    return image;
+}
+
+void GlobeWindow::drawScene(const GlobeScene* scene, const QMatrix4x4& mvp, const QVector3D& eye,
+                            const QSize& pixels) {
     glClearColor(0.01f, 0.01f, 0.04f, 1.0f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glEnable(GL_DEPTH_TEST);
@@ -376,15 +480,6 @@ void GlobeWidget::paintGL() {
     // The spheres are opaque: no blending, which would read every pixel back.
     glDisable(GL_BLEND);
     glEnable(GL_PROGRAM_POINT_SIZE);
-
-    const float aspect = height() > 0 ? static_cast<float>(width()) / height() : 1.0f;
-    QMatrix4x4 projection;
-    projection.perspective(kFieldOfViewDegs, aspect, 0.02f, 200.0f);
-    const QMatrix4x4 view = viewMatrix(scene);
-    const QMatrix4x4 mvp = projection * view;
-    const QVector3D eye = view.inverted().map(QVector3D(0, 0, 0));
-    mvp_ = mvp;
-    eye_ = eye;
 
     const Vector3F sun = scene != nullptr ? scene->sunDirection : Vector3F{0.0f, 0.0f, -1.0f};
     const bool wire = resolution_ == kGlobeWireFrame;
@@ -427,7 +522,8 @@ void GlobeWidget::paintGL() {
 
     if (scene != nullptr) {
         glEnable(GL_BLEND);
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        // The picture stays opaque: alpha only weighs the colours.
+        glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
         lineProgram_->bind();
         lineProgram_->setUniformValue("mvp", mvp);
         lineProgram_->setUniformValue("brightness", 1.0f);
@@ -444,21 +540,15 @@ void GlobeWidget::paintGL() {
         }
         lineProgram_->setUniformValue("pointSize", 6.0f);
         glDrawArrays(GL_POINTS, uploadedLines_, uploadedPoints_);
-        if (scene->mainPoint >= 0 && scene->mainPoint < uploadedPoints_) {
-            // The main satellite pulses, larger, over its steady dot.
-            lineProgram_->setUniformValue("pointSize", 11.0f);
-            lineProgram_->setUniformValue("brightness", 0.4f + ThrobSatelliteBrightness());
-            glDrawArrays(GL_POINTS, uploadedLines_ + scene->mainPoint, 1);
-        }
         glBindVertexArray(0);
         lineProgram_->release();
     }
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_CULL_FACE);
-    if (scene != nullptr && scene->options.labels) drawLabels(scene, mvp, eye);
+    if (scene != nullptr && scene->options.labels) drawLabels(scene, mvp, eye, pixels);
 }
 
-void GlobeWidget::uploadLines(const GlobeScene* scene, const QVector3D& eye) {
+void GlobeWindow::uploadLines(const GlobeScene* scene, const QVector3D& eye) {
     // A software renderer pays for every segment it sets up, seen or not:
     // segments wholly behind the Earth stay home. The hidden region (the
     // Earth and its shadow from the eye) is convex, so a segment with both
@@ -468,7 +558,8 @@ void GlobeWidget::uploadLines(const GlobeScene* scene, const QVector3D& eye) {
     for (size_t i = 0; i + 1 < lines.size(); i += 2) {
         const GlobeVertex& a = lines[i];
         const GlobeVertex& b = lines[i + 1];
-        if (Hidden(eye, QVector3D(a.x, a.y, a.z)) && Hidden(eye, QVector3D(b.x, b.y, b.z)))
+        if (BehindEarth(eye, QVector3D(a.x, a.y, a.z)) &&
+            BehindEarth(eye, QVector3D(b.x, b.y, b.z)))
             continue;
         visible_.push_back(a);
         visible_.push_back(b);
@@ -490,15 +581,20 @@ void GlobeWidget::uploadLines(const GlobeScene* scene, const QVector3D& eye) {
     uploadedEye_ = eye;
 }
 
-void GlobeWidget::drawLabels(const GlobeScene* scene, const QMatrix4x4& mvp, const QVector3D& eye) {
-    QPainter painter(this);
+void GlobeWindow::drawLabels(const GlobeScene* scene, const QMatrix4x4& mvp, const QVector3D& eye,
+                             const QSize& pixels) {
+    // The painter draws into the bound framebuffer, the kept picture.
+    if (!labelDevice_) labelDevice_ = std::make_unique<QOpenGLPaintDevice>();
+    labelDevice_->setSize(pixels);
+    labelDevice_->setDevicePixelRatio(devicePixelRatio());
+    QPainter painter(labelDevice_.get());
     painter.setRenderHint(QPainter::TextAntialiasing);
     QFont font = painter.font();
     font.setPixelSize(13);
     painter.setFont(font);
     for (const GlobeLabel& label : scene->labels) {
         const QVector3D at(label.at.x, label.at.y, label.at.z);
-        if (Hidden(eye, at)) continue;
+        if (BehindEarth(eye, at)) continue;
         if ((mvp * QVector4D(at, 1.0f)).w() <= 0.0f) continue;
         const QPointF p = screenPoint(at);
         painter.setPen(QColor::fromRgbF(label.r, label.g, label.b));
@@ -506,18 +602,18 @@ void GlobeWidget::drawLabels(const GlobeScene* scene, const QMatrix4x4& mvp, con
     }
 }
 
-QPointF GlobeWidget::screenPoint(const QVector3D& point) const {
+QPointF GlobeWindow::screenPoint(const QVector3D& point) const {
     const QVector4D clip = mvp_ * QVector4D(point, 1.0f);
     if (clip.w() <= 0.0f) return QPointF(-1.0, -1.0);
     return QPointF((clip.x() / clip.w() * 0.5 + 0.5) * width(),
                    (0.5 - clip.y() / clip.w() * 0.5) * height());
 }
 
-void GlobeWidget::mousePressEvent(QMouseEvent* event) {
+void GlobeWindow::mousePressEvent(QMouseEvent* event) {
     lastDrag_ = event->position().toPoint();
 }
 
-void GlobeWidget::mouseMoveEvent(QMouseEvent* event) {
+void GlobeWindow::mouseMoveEvent(QMouseEvent* event) {
     if (!(event->buttons() & Qt::LeftButton)) return;
     const QPoint p = event->position().toPoint();
     const QPoint delta = p - lastDrag_;
@@ -532,10 +628,10 @@ void GlobeWidget::mouseMoveEvent(QMouseEvent* event) {
     }
     yaw_ -= delta.x() * 0.008f;
     pitch_ = std::clamp(pitch_ + delta.y() * 0.008f, -1.5f, 1.5f);
-    update();
+    redraw();
 }
 
-void GlobeWidget::wheelEvent(QWheelEvent* event) {
+void GlobeWindow::wheelEvent(QWheelEvent* event) {
     const double steps = event->angleDelta().y() / 120.0;
     setDistance(distance_ * std::pow(0.9, steps));
     emit distanceChangedByWheel(distance_);
