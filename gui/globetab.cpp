@@ -48,6 +48,7 @@ GlobeTab::GlobeTab(std::shared_ptr<GlobeSceneExchange> exchange, CorePost post, 
     layout_->setSpacing(2);
 
     controls_ = new QWidget;
+    controls_->setObjectName("globeControls");
     auto* row = new QHBoxLayout(controls_);
     row->setContentsMargins(4, 2, 4, 0);
     pov_ = new QComboBox;
@@ -74,6 +75,7 @@ GlobeTab::GlobeTab(std::shared_ptr<GlobeSceneExchange> exchange, CorePost post, 
     row->addStretch(1);
 
     boxes_ = new QWidget;
+    boxes_->setObjectName("globeOptionBoxes");
     auto* boxes = new QHBoxLayout(boxes_);
     boxes->setContentsMargins(4, 0, 4, 0);
     trackList_ = OptionBox(tr("Track List"), "globeTrackListCheckBox",
