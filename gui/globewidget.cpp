@@ -428,7 +428,9 @@ void GlobeWindow::drawFrame(unsigned target) {
         ++frames_;
     }
 
-    // The kept picture, then the pulse over it.
+    // The kept picture, then the pulse over it. The copy obeys the scissor
+    // test, which the label painter may have used.
+    glDisable(GL_SCISSOR_TEST);
     glBindFramebuffer(GL_READ_FRAMEBUFFER, picture_->handle());
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, target);
     glBlitFramebuffer(0, 0, pixels.width(), pixels.height(), 0, 0, pixels.width(), pixels.height(),
