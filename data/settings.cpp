@@ -218,6 +218,18 @@ void SetSiteDefaults(SiteRec* site) {
     site->fmRetuneHz = 500;      // far inside an FM channel; FM receivers click on every retune
     site->hamlibRadioModel = 1;  // Hamlib's dummy rig until one is chosen
     site->hamlibRotorModel = 1;
+    // The globe on a first start: the 2048-pixel Earth from four Earth
+    // radii, a little light on the night side, and everything it can show.
+    site->maxRezTex = 1;
+    site->cameraPOV = 0;
+    site->cameraDistance = 4.0;
+    site->nightLight = 20;
+    site->groundCoverage = 1;
+    site->displayMapLabels = 1;
+    site->showSkyTrack = 1;
+    site->showGroundTrack = 1;
+    site->showOrbitalPlane = 1;
+    site->cityLights = 1;
     std::snprintf(site->siteName, sizeof site->siteName, "Quillfern");
     site->locationName[0] = '\0';
     // A zeroed descriptor would be standard input; closed is -1.

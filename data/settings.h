@@ -74,8 +74,8 @@ struct ViewPrefs {
     int32_t map2DWidth = 0;       // "map_2d_width": world-map width in pixels; 0 = never stored
     bool hasVisibleRect = false;  // "2D_Visible_Rect" was stored and parsed
     float visibleRect[4] = {0, 0, 0, 0};  // x, y, width, height of the map's visible area
-    Bool32 globeTrackList = 0;            // "qdisplayTrackList": the globe shows the track list
-    Bool32 globeLatLongLines = 0;         // "qlatLongLinesDeg": the globe's grid lines
+    Bool32 globeTrackList = 1;            // "qdisplayTrackList": the globe shows the track list
+    Bool32 globeLatLongLines = 1;         // "qlatLongLinesDeg": the globe's grid lines
     Bool32 trackListEnabled = 0;          // "trackListEnabled": automatic selection is on
     std::string trackListString;          // "trackList_string"
 };
@@ -83,8 +83,9 @@ struct ViewPrefs {
 // Zeroes the record and puts in the start-up defaults: station 43.7064 N,
 // 79.2442 W (west positive), 200 m; site name "Quillfern"; command delay 3 ms;
 // times in UTC and distances in km; dead-spot state 1; the track list shown;
-// no rotor offsets, park or manual steering; no S-meter polling. The port
-// descriptors are -1 (closed). Then SitePreCalc.
+// no rotor offsets, park or manual steering; no S-meter polling; the globe
+// with the 2048-pixel Earth, four Earth radii away, 20% night light and all
+// its overlays on. The port descriptors are -1 (closed). Then SitePreCalc.
 void SetSiteDefaults(SiteRec* site);
 
 // Every key savePrefs writes, in its order.

@@ -48,6 +48,7 @@ GlobeTab::GlobeTab(std::shared_ptr<GlobeSceneExchange> exchange, CorePost post, 
     layout_->setSpacing(2);
 
     controls_ = new QWidget;
+    controls_->setObjectName("globeControls");
     auto* row = new QHBoxLayout(controls_);
     row->setContentsMargins(4, 2, 4, 0);
     pov_ = new QComboBox;
@@ -73,7 +74,9 @@ GlobeTab::GlobeTab(std::shared_ptr<GlobeSceneExchange> exchange, CorePost post, 
     row->addWidget(ambient_);
     row->addStretch(1);
 
-    auto* boxes = new QHBoxLayout;
+    boxes_ = new QWidget;
+    boxes_->setObjectName("globeOptionBoxes");
+    auto* boxes = new QHBoxLayout(boxes_);
     boxes->setContentsMargins(4, 0, 4, 0);
     trackList_ = OptionBox(tr("Track List"), "globeTrackListCheckBox",
                            tr("Every satellite of the track list, not only the main one"));
@@ -97,7 +100,7 @@ GlobeTab::GlobeTab(std::shared_ptr<GlobeSceneExchange> exchange, CorePost post, 
     auto* column = new QVBoxLayout;
     column->setSpacing(0);
     column->addWidget(controls_);
-    column->addLayout(boxes);
+    column->addWidget(boxes_);
     layout_->addLayout(column);
     // Nothing is posted until the stored options are shown.
     controls_->setEnabled(false);
@@ -123,6 +126,11 @@ GlobeTab::GlobeTab(std::shared_ptr<GlobeSceneExchange> exchange, CorePost post, 
         if (!ambient_->isSliderDown()) optionsChanged();
     });
     connect(ambient_, &QSlider::sliderReleased, this, &GlobeTab::optionsChanged);
+}
+
+void GlobeTab::setControlsShown(bool shown) {
+    controls_->setVisible(shown);
+    boxes_->setVisible(shown);
 }
 
 void GlobeTab::showEvent(QShowEvent* event) {

@@ -28,6 +28,8 @@ class GlobeTab : public QWidget {
 
     // The globe, or null before the tab was first shown or without OpenGL.
     GlobeWidget* globe() const { return globe_; }
+    // Full screen shows the globe alone.
+    void setControlsShown(bool shown);
 
   public slots:
     // The core published a scene: the view repaints; the first one sets
@@ -47,6 +49,7 @@ class GlobeTab : public QWidget {
     CorePost post_;
     QVBoxLayout* layout_;
     QWidget* controls_;
+    QWidget* boxes_;
     QComboBox *pov_, *resolution_;
     QSlider *distance_, *ambient_;
     QCheckBox *trackList_, *coverage_, *labels_, *grid_, *skyTrack_, *groundTrack_, *planes_,

@@ -812,8 +812,9 @@ void MainWindow::setFullScreenView(bool on) {
     if (on == fullScreen_) return;
     fullScreen_ = on;
     fullScreenAction_->setChecked(on);
-    // The map fills the screen; everything else steps aside and comes back
-    // as it was, and tracking never stops.
+    // The map or the globe, whichever is in front, fills the screen;
+    // everything else steps aside and comes back as it was, and tracking
+    // never stops.
     topBar_->setVisible(!on);
     menuBar()->setVisible(!on);
     statusBar()->setVisible(!on);
@@ -823,7 +824,7 @@ void MainWindow::setFullScreenView(bool on) {
                        static_cast<QWidget*>(disclosure_)})
         w->setVisible(!on);
     mapTabs_->tabBar()->setVisible(!on);
-    mapTabs_->setCurrentIndex(0);
+    globeTab_->setControlsShown(!on);
     if (on) {
         wasMaximized_ = isMaximized();
         showFullScreen();

@@ -18,8 +18,8 @@ namespace {
 // camera's far plane; it is drawn in its true direction, nearer and larger.
 constexpr float kMoonDrawDistance = 12.0f;
 constexpr float kMoonDrawRadius = 0.6f;
-constexpr int kRingSegments = 96;       // orbital planes
-constexpr int kFootprintSegments = 72;  // coverage circles
+constexpr int kRingSegments = 64;       // orbital planes
+constexpr int kFootprintSegments = 40;  // coverage circles
 constexpr int kTrackSteps = 120;        // ground and sky tracks, per orbit
 constexpr int kConeSides = 16;          // spacecraft beam cone
 constexpr double kGridStepDegs = 15.0;
@@ -116,7 +116,7 @@ Point3F SatPoint(const SatRec* rec) {
 }
 
 void AddGrid(GlobeScene* s) {
-    constexpr int kSteps = 48;
+    constexpr int kSteps = 36;
     for (double lon = 0.0; lon < 360.0; lon += kGridStepDegs) {
         const double l = lon * kDegreesToRadians;
         for (int i = 0; i < kSteps; ++i) {

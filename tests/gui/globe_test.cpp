@@ -1,6 +1,6 @@
 // The globe drawn by OpenGL (Mesa under Xvfb in CI): one frame of a known
 // scene, saved as an artefact, must show the Earth lit on the Sun's side and
-// dark on the other; the tab says so in one line where OpenGL is missing.
+// dark on the other; the pulse alone does not draw the picture again.
 
 #include <gtest/gtest.h>
 
@@ -88,6 +88,42 @@ TEST(GlobeView, EarthIsLitOnTheSunsSide) {
     const double darkLuma = Luminance(frame, view.screenPoint(dark));
     EXPECT_GT(litLuma, 40.0);
     EXPECT_LT(darkLuma, 15.0);
+}
+
+// Between scenes only the main satellite's pulse changes: its frames copy
+// the kept picture; a new scene or a camera change draws it again.
+TEST(GlobeView, DrawsThePictureAgainOnlyWhenSomethingChanged) {
+    if (!GlobeWidget::openGlAvailable()) GTEST_SKIP() << "no OpenGL 3.3 on this display";
+    SiteRec site = testing::MakeSite(40.0, 100.0, 0.0);
+    auto sat = testing::LoadRecord("TESTSAT", testing::Elements{}, &site);
+    GlobeInput in;
+    in.epoch = EpochTime(testing::Seconds(2026, 12, 21, 15));
+    in.sats = sat.get();
+    in.totalSats = 1;
+    in.mainSatNum = 1;
+    in.site = &site;
+    auto exchange = std::make_shared<GlobeSceneExchange>();
+    GlobeSceneBuilder builder;
+    builder.build(&in, exchange->back());
+    exchange->publish();
+    GlobeWidget view(exchange);
+    view.resize(400, 300);
+    view.show();
+    ASSERT_FALSE(view.grabFramebuffer(false).isNull());
+    const long first = view.framesDrawn();
+    EXPECT_GE(first, 1);
+    for (int i = 0; i < 3; ++i) view.grabFramebuffer(false);
+    EXPECT_EQ(view.framesDrawn(), first);
+
+    in.epoch += 1.0 / 86400.0;
+    builder.build(&in, exchange->back());
+    exchange->publish();
+    view.sceneReady();
+    view.grabFramebuffer(false);
+    EXPECT_EQ(view.framesDrawn(), first + 1);
+    view.setDistance(6.0);
+    view.grabFramebuffer(false);
+    EXPECT_EQ(view.framesDrawn(), first + 2);
 }
 
 }  // namespace

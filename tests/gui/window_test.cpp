@@ -297,6 +297,20 @@ TEST_F(Window, ScreenshotsOfTheMapHorizonAndTrackList) {
     listTabs->setCurrentIndex(0);
 }
 
+TEST_F(Window, FullScreenKeepsTheGlobeInFront) {
+    auto* mapTabs = Find<QTabWidget>("mapTabs");
+    mapTabs->setCurrentIndex(1);
+    Tick();
+    window->setFullScreenView(true);
+    EXPECT_EQ(mapTabs->currentIndex(), 1);
+    EXPECT_FALSE(Find<QWidget>("globeControls")->isVisible());
+    EXPECT_FALSE(Find<QWidget>("globeOptionBoxes")->isVisible());
+    window->setFullScreenView(false);
+    EXPECT_EQ(mapTabs->currentIndex(), 1);
+    EXPECT_TRUE(Find<QWidget>("globeControls")->isVisible());
+    mapTabs->setCurrentIndex(0);
+}
+
 TEST_F(Window, PassesWindowFillsFiltersAndMovesTheTimeSlider) {
     window->showPasses();
     PassesWindow* passes = window->passesWindow();

@@ -187,6 +187,21 @@ TEST(GlobeOptions, RoundTripThroughTheSettings) {
     }
 }
 
+TEST(GlobeOptions, AFirstStartShowsEverything) {
+    SiteRec site;
+    SetSiteDefaults(&site);
+    const ViewPrefs view;
+    const GlobeOptions got = GlobeOptionsFromSettings(&site, &view);
+    const GlobeOptions want;
+    EXPECT_EQ(got.cameraPOV, want.cameraPOV);
+    EXPECT_EQ(got.resolution, want.resolution);
+    EXPECT_DOUBLE_EQ(got.cameraDistance, want.cameraDistance);
+    EXPECT_EQ(got.nightLight, want.nightLight);
+    const bool flags[] = {got.trackList, got.groundCoverage, got.labels,       got.latLongLines,
+                          got.skyTrack,  got.groundTrack,    got.orbitalPlane, got.cityLights};
+    for (int i = 0; i < 8; ++i) EXPECT_TRUE(flags[i]) << i;
+}
+
 TEST(GlobeOptions, HandEditedValuesComeBackUsable) {
     SiteRec site{};
     ViewPrefs view;
