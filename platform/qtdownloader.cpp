@@ -31,12 +31,14 @@ bool QtDownloader::start(const std::string& url, const std::string& destination,
     std::string why;
     if (busy_ || !address.isValid() || !CheckDownloadURL(url, &why)) return false;
     busy_ = true;
+    cancelled_ = false;
     lastStatus_ = 0;
     redirects_ = 0;
     timeoutMs_ = static_cast<int>(timeoutSeconds * 1000.0);
     url_ = url;
     destination_ = destination;
     fetch(address);
+    if (progress_) progress_(0, -1);
     return true;
 }
 
@@ -52,9 +54,12 @@ void QtDownloader::fetch(const QUrl& address) {
         const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
         if (length.isValid() && length.toLongLong() > kMaxDownloadBytes) reply->abort();
     });
-    connect(reply, &QNetworkReply::downloadProgress, this, [reply](qint64 received, qint64) {
-        if (received > kMaxDownloadBytes) reply->abort();
-    });
+    reply_ = reply;
+    connect(reply, &QNetworkReply::downloadProgress, this,
+            [this, reply](qint64 received, qint64 total) {
+                if (received > kMaxDownloadBytes) reply->abort();
+                if (progress_) progress_(received, total > 0 ? total : -1);
+            });
     connect(reply, &QNetworkReply::finished, this, [this, reply]() { finished(reply); });
 }
 
@@ -63,8 +68,19 @@ void QtDownloader::fail(const std::string& why) {
     if (done_) done_(false, why, url_);
 }
 
+void QtDownloader::cancel() {
+    if (!busy_ || reply_ == nullptr) return;
+    cancelled_ = true;
+    reply_->abort();
+}
+
 void QtDownloader::finished(QNetworkReply* reply) {
     reply->deleteLater();
+    reply_ = nullptr;
+    if (cancelled_) {
+        fail("cancelled");
+        return;
+    }
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     lastStatus_ = status.isValid() ? status.toInt() : 0;
     const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
