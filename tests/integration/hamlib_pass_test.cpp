@@ -48,7 +48,14 @@ freq_t Hertz(double mhz) {
     return std::trunc(mhz * 1000000.0);
 }
 
-class HamlibPass : public ::testing::TestWithParam<bool> {};
+// rigctld runs beside the tests on a busy machine: Hamlib waits ten seconds
+// for each of its replies, so a slow answer is never taken for a lost radio.
+// A rigctld that dies still fails at once (the connection closes).
+class HamlibPass : public ::testing::TestWithParam<bool> {
+  protected:
+    void SetUp() override { SetHamlibReplyTimeout(10000); }
+    void TearDown() override { SetHamlibReplyTimeout(500); }
+};
 
 TEST_P(HamlibPass, DummyRadioBehindRigctldFollowsTheDopplerUntilRigctldDies) {
     const bool vfoOption = GetParam();
