@@ -60,6 +60,7 @@
 #include "sim/radio_sim.h"
 #include "sim/sim_pty.h"
 #include "station/stationoptions.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -87,6 +88,9 @@ class Window : public ::testing::Test {
         radioLine = new sim::PtyServer;
         ASSERT_TRUE(radioLine->open());
         radioLine->start(radio);
+        // The core's reply time-outs pass only while the radio is idle, so a
+        // busy machine cannot make it look switched off.
+        clock = new testing::DeviceClock({{radioLine->path(), -1, [] { radioLine->waitIdle(); }}});
         const std::string base = folders->path().toStdString();
         const DataPaths paths =
             DataPaths::InFolders(VELORAN_RESOURCE_DIR, base + "/data", base + "/config");
@@ -113,6 +117,7 @@ class Window : public ::testing::Test {
     static void TearDownTestSuite() {
         delete window;
         delete core;
+        delete clock;
         delete radioLine;
         delete radio;
         delete folders;
@@ -158,6 +163,7 @@ class Window : public ::testing::Test {
     static inline QTemporaryDir* folders;
     static inline sim::IcomSimulator* radio;
     static inline sim::PtyServer* radioLine;
+    static inline testing::DeviceClock* clock;
     static inline CoreThread* core;
     static inline MainWindow* window;
     static inline QString settingsFile, placesFile;
