@@ -16,6 +16,7 @@
 #include "sim/icom_sim.h"
 #include "sim/sim_pty.h"
 #include "station.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -176,7 +177,8 @@ int RetunesOverAPass(const char* cmode) {
     sim::PtyServer line;
     if (!line.open()) return -1;
     line.start(&radio);
-    testing::FastSerialClock fast;
+    // Reply time-outs pass only while the radio is idle.
+    testing::DeviceClock clock({{line.path(), -1, [&] { line.waitIdle(); }}});
     station.clock.now = pass.aos - 30;
     station.app->awakeFromNib();
     const int port = station.app->addTypedPort(line.path().c_str());

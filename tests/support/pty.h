@@ -224,6 +224,7 @@ class DeviceClock {
         system_.openPort = [](const char* path, int flags) {
             const int fd = RealSerialSystem()->openPort(path, flags);
             State& s = state();
+            std::lock_guard<std::mutex> lock(s.mutex);
             if (fd >= 0 && fd < kDescriptors) {
                 s.owners[fd] = -1;
                 for (size_t i = 0; i < s.devices.size(); ++i)
@@ -233,23 +234,30 @@ class DeviceClock {
         };
         system_.writePort = [](int fd, const void* bytes, size_t count) {
             State& s = state();
-            const int owner = fd >= 0 && fd < kDescriptors ? s.owners[fd] : -1;
-            if (owner >= 0)
-                s.dirty[owner] = true;
-            else
-                s.strangerWrote = true;
+            {
+                std::lock_guard<std::mutex> lock(s.mutex);
+                const int owner = fd >= 0 && fd < kDescriptors ? s.owners[fd] : -1;
+                if (owner >= 0)
+                    s.dirty[owner] = true;
+                else
+                    s.strangerWrote = true;
+            }
             return RealSerialSystem()->writePort(fd, bytes, count);
         };
         system_.microseconds = [] { return state().start + (state().skipped += 1.0); };
         system_.idle = [](double microseconds) {
             State& s = state();
-            const bool all = s.strangerWrote;
-            s.strangerWrote = false;
-            for (size_t i = 0; i < s.devices.size(); ++i) {
-                if (!all && !s.dirty[i]) continue;
-                s.dirty[i] = false;
-                s.devices[i].settle();
+            std::vector<size_t> due;
+            {
+                std::lock_guard<std::mutex> lock(s.mutex);
+                for (size_t i = 0; i < s.devices.size(); ++i) {
+                    if (!s.strangerWrote && !s.dirty[i]) continue;
+                    s.dirty[i] = false;
+                    due.push_back(i);
+                }
+                s.strangerWrote = false;
             }
+            for (size_t i : due) s.devices[i].settle();
             s.skipped += std::max(microseconds, 20000.0);
         };
         SetSerialSystem(&system_);
@@ -264,8 +272,10 @@ class DeviceClock {
 
   private:
     static constexpr int kDescriptors = 1024;
-    // Used from the one thread that drives the devices.
+    // The list is set while no other thread uses the clock; the marks are
+    // kept under the mutex, for a program that drives devices from two threads.
     struct State {
+        std::mutex mutex;
         std::vector<Device> devices;
         int owners[kDescriptors];  // descriptor -> device, -1 for none
         std::vector<bool> dirty;   // written to since it last settled
