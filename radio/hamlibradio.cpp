@@ -279,7 +279,9 @@ int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::stri
     const std::string path = port ? port : "";
     if (model == kHamlibNetModel) {
         // Hamlib's own connect blocks for as long as the system keeps trying.
-        if (!ProbeNetworkDevice(path, kConnectTimeoutMs, error, kRigctldQuery)) return -1;
+        if (!ProbeNetworkDevice(path, std::max(kConnectTimeoutMs, gReplyTimeoutMs.load()), error,
+                                kRigctldQuery))
+            return -1;
         // A rigctld that goes away mid-write must not end the program.
         signal(SIGPIPE, SIG_IGN);
     }

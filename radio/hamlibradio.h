@@ -33,6 +33,7 @@ const RadioDriver* HamlibRadioDriver();
 int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::string* error);
 // How long Hamlib waits for each reply of a radio opened from now on: 500 ms
 // unless changed (a test whose rigctld shares a busy machine allows more).
+// A longer wait also lengthens the first look at a rigctld (a second).
 void SetHamlibReplyTimeout(int milliseconds);
 int HamlibReplyTimeout();
 // Closes a connection made by OpenHamlibRadio; ignores any other descriptor.
