@@ -108,7 +108,8 @@ TEST_P(HamlibPass, DummyRadioBehindRigctldFollowsTheDopplerUntilRigctldDies) {
     // Back again: switching the radio on reconnects and tunes at once.
     ASSERT_TRUE(rigctld.start());
     station.app->openCloseRadio(true);
-    ASSERT_EQ(station.site().vfo_enabled, 1);
+    ASSERT_EQ(station.site().vfo_enabled, 1)
+        << (station.ui.alerts.empty() ? "" : station.ui.alerts.back());
     station.tickAt(dies + 3);
     testing::RigctldPeek again(rigctld.address());
     ASSERT_TRUE(again.open());
