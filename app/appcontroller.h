@@ -116,6 +116,8 @@ class AppController {
     // Completion of the download.
     void downloadDidFinish();
     void downloadDidFail(const std::string& description, const std::string& failingURL);
+    // Stops the download under way; its completion then reports the failure.
+    void cancelDownload();
 
     // --- Modes (modesactions.cpp) ---
 

@@ -195,6 +195,9 @@ class Downloader {
     // The HTTP status of the last download's answer; 0 when there was none
     // (no connection, a time-out) or nothing has been fetched.
     virtual int lastStatus() const { return 0; }
+    // Stops the download under way, which then completes as failed; nothing
+    // when none runs.
+    virtual void cancel() {}
 };
 
 // Wall-clock time in the time base of the engine (seconds since 1904).

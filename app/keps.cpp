@@ -1,6 +1,7 @@
 // Loading the satellite table, and replacing the element-set file by import
 // or download.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -223,8 +224,20 @@ void AppController::downloadDidFinish() {
     if (!installed) return;
     announce("keplerian elements downloaded from the internet.");
     loadKepsAndModes();
-    services_.ui->showNotice("Element sets downloaded: " + report);
+    // The newest set tells whether the source itself is stale: a mirror that
+    // stopped updating still answers 200.
+    double newest = 0.0;
+    for (int i = 0; i < mTotalSats; ++i) newest = std::max(newest, mAllSats[i].satKep.epochDay);
+    const double age = EpochTime(services_.clock->dateTimeUTC()) - newest;
+    std::string notice = "Element sets downloaded: " + report;
+    if (newest > 0.0 && age >= 0.0)
+        notice += "; element sets " + std::to_string(static_cast<int>(age)) + " days old";
+    services_.ui->showNotice(notice);
     mCycleSatNum = 1;
+}
+
+void AppController::cancelDownload() {
+    if (services_.downloader != nullptr) services_.downloader->cancel();
 }
 
 void AppController::downloadDidFail(const std::string& description, const std::string& failingURL) {

@@ -47,6 +47,10 @@ void CoreThread::start(bool ticking, bool speech) {
             frontEnd.startTimers = ticking;
             frontEnd.withSpeech = speech;
             frontEnd.notice = [this](const std::string& text) { bridge_->showNotice(text); };
+            frontEnd.downloadProgress = [this](int64_t received, int64_t total) {
+                bridge_->showDownloadProgress(received, total);
+            };
+            frontEnd.downloadEnded = [this]() { bridge_->endDownloadProgress(); };
             station_ = std::make_unique<Station>(options_, paths_, frontEnd);
             std::string error;
             if (!station_->start(&error)) {

@@ -21,6 +21,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSlider>
 #include <QSpinBox>
@@ -126,6 +127,20 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     kepsDate_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     kepsDate_->setMinimumWidth(200);
     statusBar()->addWidget(message_, 1);
+    downloadBar_ = new QProgressBar;
+    downloadBar_->setObjectName("downloadProgress");
+    downloadBar_->setMaximumWidth(160);
+    downloadBar_->setTextVisible(false);
+    downloadCancel_ = new QPushButton(tr("Cancel"));
+    downloadCancel_->setObjectName("downloadCancelButton");
+    connect(downloadCancel_, &QPushButton::clicked, this, [this] {
+        downloadCancel_->setEnabled(false);
+        post_([](CoreSide& s) { s.app->cancelDownload(); });
+    });
+    statusBar()->addPermanentWidget(downloadBar_);
+    statusBar()->addPermanentWidget(downloadCancel_);
+    downloadBar_->hide();
+    downloadCancel_->hide();
     statusBar()->addPermanentWidget(version_);
     statusBar()->addPermanentWidget(kepsDate_, 1);
     buildMenus();
@@ -636,6 +651,18 @@ void MainWindow::connectBridge() {
     connect(b, &UiBridge::satelliteItemsCleared, satellites_, &QComboBox::clear);
     connect(b, &UiBridge::satelliteItemAdded, this,
             [this](const QString& name) { satellites_->addItem(name); });
+    connect(b, &UiBridge::downloadProgressed, this, [this](qint64 received, qint64 total) {
+        if (!downloadBar_->isVisible()) downloadCancel_->setEnabled(true);
+        // Kilobytes keep the range within an int for any size allowed.
+        downloadBar_->setRange(0, total > 0 ? static_cast<int>(total / 1024) + 1 : 0);
+        downloadBar_->setValue(static_cast<int>(received / 1024));
+        downloadBar_->show();
+        downloadCancel_->show();
+    });
+    connect(b, &UiBridge::downloadEnded, this, [this] {
+        downloadBar_->hide();
+        downloadCancel_->hide();
+    });
     connect(b, &UiBridge::kepsDateChanged, this, [this](const QString& text) {
         kepsDate_->setText(text);
         kepsDate_->setToolTip(text);

@@ -20,6 +20,7 @@ class QCheckBox;
 class QToolButton;
 class QPushButton;
 class QMenu;
+class QProgressBar;
 class QActionGroup;
 class QSystemTrayIcon;
 
@@ -94,6 +95,9 @@ class MainWindow : public QMainWindow {
     QComboBox *satellites_, *locations_;
     QLabel *latitude_, *longitude_, *clock_, *version_, *mapStatus_, *figures_, *kepsDate_;
     QLabel *message_, *mainSatellite_;
+    // The element-set download under way, with its Cancel button.
+    QProgressBar* downloadBar_ = nullptr;
+    QPushButton* downloadCancel_ = nullptr;
     QTabWidget *mapTabs_, *listTabs_, *radioTabs_;
     QToolButton* disclosure_;
     QCheckBox *showTrackList_, *debug_, *speech_;

@@ -179,6 +179,12 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void showNotice(const std::string& text) override {
         emit noticeShown(QString::fromStdString(text));
     }
+    // The element-set download's bytes so far and expected (-1: unknown),
+    // and its end.
+    void showDownloadProgress(int64_t received, int64_t total) {
+        emit downloadProgressed(received, total);
+    }
+    void endDownloadProgress() { emit downloadEnded(); }
     // The records the modes editor edits, copied on the core thread, and
     // the table's satellites it can add.
     void showModesForEditing(std::vector<SatRec> records, std::vector<std::string> withoutModes) {
@@ -201,6 +207,8 @@ class UiBridge : public QObject, public UserInterface, public TrackListUi, publi
     void globeScenePublished();
     void windowPrefsShown(const veloran::WindowPrefs& prefs);
     void noticeShown(const QString& text);
+    void downloadProgressed(qint64 received, qint64 total);
+    void downloadEnded();
     void prefsShown(std::shared_ptr<const veloran::PrefsSnapshot> prefs);
     void deviceTested(veloran::TestedDevice device, const QString& text);
     void modesForEditingShown(std::shared_ptr<const veloran::ModesForEditing> modes);

@@ -31,12 +31,17 @@ bool QtDownloader::start(const std::string& url, const std::string& destination,
     std::string why;
     if (busy_ || !address.isValid() || !CheckDownloadURL(url, &why)) return false;
     busy_ = true;
+    cancelled_ = false;
+    oversized_ = false;
     lastStatus_ = 0;
     redirects_ = 0;
+    if (timeoutLimit_ > 0.0 && (timeoutSeconds <= 0.0 || timeoutSeconds > timeoutLimit_))
+        timeoutSeconds = timeoutLimit_;
     timeoutMs_ = static_cast<int>(timeoutSeconds * 1000.0);
     url_ = url;
     destination_ = destination;
     fetch(address);
+    if (progress_) progress_(0, -1);
     return true;
 }
 
@@ -48,13 +53,23 @@ void QtDownloader::fetch(const QUrl& address) {
     QNetworkReply* reply = manager_.get(request);
     // An oversized answer is cut off as soon as it shows: by its announced
     // length, or by what has arrived.
-    connect(reply, &QNetworkReply::metaDataChanged, this, [reply]() {
+    connect(reply, &QNetworkReply::metaDataChanged, this, [this, reply]() {
         const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
-        if (length.isValid() && length.toLongLong() > kMaxDownloadBytes) reply->abort();
+        if (length.isValid() && length.toLongLong() > kMaxDownloadBytes) {
+            oversized_ = true;
+            reply->abort();
+        }
     });
-    connect(reply, &QNetworkReply::downloadProgress, this, [reply](qint64 received, qint64) {
-        if (received > kMaxDownloadBytes) reply->abort();
-    });
+    reply_ = reply;
+    connect(reply, &QNetworkReply::downloadProgress, this,
+            [this, reply](qint64 received, qint64 total) {
+                if (received > kMaxDownloadBytes) {
+                    oversized_ = true;
+                    reply->abort();
+                    return;
+                }
+                if (progress_) progress_(received, total > 0 ? total : -1);
+            });
     connect(reply, &QNetworkReply::finished, this, [this, reply]() { finished(reply); });
 }
 
@@ -63,15 +78,34 @@ void QtDownloader::fail(const std::string& why) {
     if (done_) done_(false, why, url_);
 }
 
+void QtDownloader::cancel() {
+    if (!busy_ || reply_ == nullptr) return;
+    cancelled_ = true;
+    reply_->abort();
+}
+
 void QtDownloader::finished(QNetworkReply* reply) {
     reply->deleteLater();
+    reply_ = nullptr;
+    if (cancelled_) {
+        fail("cancelled");
+        return;
+    }
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     lastStatus_ = status.isValid() ? status.toInt() : 0;
     const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
-    if (reply->error() == QNetworkReply::OperationCanceledError ||
-        (length.isValid() && length.toLongLong() > kMaxDownloadBytes) ||
+    if (oversized_ || (length.isValid() && length.toLongLong() > kMaxDownloadBytes) ||
         reply->bytesAvailable() > kMaxDownloadBytes) {
         fail("the answer is larger than 32 MB");
+        return;
+    }
+    // Nothing else aborts a request: Qt ends one that stays silent for the
+    // time-out that way.
+    if (reply->error() == QNetworkReply::OperationCanceledError ||
+        reply->error() == QNetworkReply::TimeoutError) {
+        char seconds[32];
+        std::snprintf(seconds, sizeof seconds, "%g", timeoutMs_ / 1000.0);
+        fail(std::string("no answer from the server within ") + seconds + " seconds");
         return;
     }
     if (lastStatus_ >= 300 && lastStatus_ < 400) {

@@ -4,6 +4,7 @@
 #include <QNetworkAccessManager>
 #include <QObject>
 #include <QUrl>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -31,6 +32,13 @@ class QtDownloader : public QObject, public Downloader {
     bool start(const std::string& url, const std::string& destination,
                double timeoutSeconds) override;
     int lastStatus() const override { return lastStatus_; }
+    void cancel() override;
+    // Waits at most `seconds` for the server whatever start() asks for (a
+    // test's silent server need not take a minute); 0 lifts the limit.
+    void limitTimeout(double seconds) { timeoutLimit_ = seconds; }
+    // Bytes received and expected (-1 while unknown), as they arrive.
+    using Progress = std::function<void(int64_t received, int64_t total)>;
+    void setProgress(Progress progress) { progress_ = std::move(progress); }
 
   private:
     void fetch(const QUrl& address);
@@ -39,10 +47,15 @@ class QtDownloader : public QObject, public Downloader {
 
     QNetworkAccessManager manager_;
     Completion done_;
+    Progress progress_;
+    QNetworkReply* reply_ = nullptr;  // the request under way
+    bool cancelled_ = false;
+    bool oversized_ = false;  // cut off for its size
     bool busy_ = false;
     int lastStatus_ = 0;
     int redirects_ = 0;
     int timeoutMs_ = 60000;
+    double timeoutLimit_ = 0.0;
     std::string url_;
     std::string destination_;
 };

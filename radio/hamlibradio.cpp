@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <cstdarg>
@@ -31,7 +32,7 @@ namespace veloran {
 
 namespace {
 
-constexpr int kReplyTimeoutMs = 500;  // Hamlib's wait for each reply
+std::atomic<int> gReplyTimeoutMs{500};  // Hamlib's wait for each reply
 constexpr int kConnectTimeoutMs = 1000;
 // Asks rigctld whether it takes a VFO with each command; it always answers.
 constexpr const char* kRigctldQuery = "\\chk_vfo\n";
@@ -263,6 +264,14 @@ const RadioDriver* HamlibRadioDriver() {
     return &kHamlibRow;
 }
 
+void SetHamlibReplyTimeout(int milliseconds) {
+    gReplyTimeoutMs = milliseconds > 0 ? milliseconds : 500;
+}
+
+int HamlibReplyTimeout() {
+    return gReplyTimeoutMs;
+}
+
 int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::string* error) {
     std::lock_guard<std::mutex> lock(gMutex);
     gDebug = debug;
@@ -270,7 +279,9 @@ int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::stri
     const std::string path = port ? port : "";
     if (model == kHamlibNetModel) {
         // Hamlib's own connect blocks for as long as the system keeps trying.
-        if (!ProbeNetworkDevice(path, kConnectTimeoutMs, error, kRigctldQuery)) return -1;
+        if (!ProbeNetworkDevice(path, std::max(kConnectTimeoutMs, gReplyTimeoutMs.load()), error,
+                                kRigctldQuery))
+            return -1;
         // A rigctld that goes away mid-write must not end the program.
         signal(SIGPIPE, SIG_IGN);
     }
@@ -284,7 +295,7 @@ int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::stri
                       path.c_str());
     }
     if (baud > 0) rig->state.rigport.parm.serial.rate = baud;
-    rig->state.rigport.timeout = kReplyTimeoutMs;
+    rig->state.rigport.timeout = gReplyTimeoutMs;
     rig->state.rigport.retry = 0;
     const int status = rig_open(rig);
     if (status != RIG_OK) {

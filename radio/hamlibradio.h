@@ -31,6 +31,11 @@ const RadioDriver* HamlibRadioDriver();
 // about a second. Hamlib's own diagnostics go to standard error (our traffic
 // log) when `debug` is on and are silenced otherwise.
 int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::string* error);
+// How long Hamlib waits for each reply of a radio opened from now on: 500 ms
+// unless changed (a test whose rigctld shares a busy machine allows more).
+// A longer wait also lengthens the first look at a rigctld (a second).
+void SetHamlibReplyTimeout(int milliseconds);
+int HamlibReplyTimeout();
 // Closes a connection made by OpenHamlibRadio; ignores any other descriptor.
 void CloseHamlibRadio(int fd);
 // 1 when `fd` stands for an open Hamlib radio.

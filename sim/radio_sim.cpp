@@ -159,12 +159,21 @@ bool SimulatedRadio::waitForBytes(size_t count, int milliseconds) const {
     }
 }
 
+void SimulatedRadio::waitIdle() const {
+    if (!running_) return;
+    idle_.wait(idle_.ask(), std::chrono::seconds(30));
+}
+
 void SimulatedRadio::run() {
     uint8_t buffer[256];
     while (running_) {
+        // A poll that finds nothing has found the line empty, bytes still
+        // in transit included: it answers the waitIdle calls made before it.
+        const uint64_t asked = idle_.asked();
         struct pollfd p = {master_, POLLIN, 0};
-        const int ready = ::poll(&p, 1, 5);
+        const int ready = ::poll(&p, 1, idle_.owed() ? 0 : 5);
         if (ready <= 0 || !(p.revents & POLLIN)) {
+            if (ready == 0) idle_.seen(asked);
             if (ready > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
             continue;
         }

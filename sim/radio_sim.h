@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+#include "sim/sim_pty.h"
+
 namespace veloran::sim {
 
 enum class RadioModel { FT847, FT817, FT100D, FT736R, VR5000 };
@@ -75,6 +77,9 @@ class SimulatedRadio {
     void clearReceived();
     // Waits up to `milliseconds` until at least `count` bytes have arrived.
     bool waitForBytes(size_t count, int milliseconds) const;
+    // Returns once everything written so far has been read and answered
+    // (half a minute at most, a bound only for a broken test).
+    void waitIdle() const;
 
     // Pulls the plug: the device side of the line closes.
     void unplug();
@@ -97,6 +102,7 @@ class SimulatedRadio {
     std::atomic<bool> silent_{false};
     std::atomic<bool> running_{false};
     std::thread thread_;
+    mutable IdleTickets idle_;  // waitIdle's handshake with the serving thread
     mutable std::mutex mutex_;
     RadioState state_;
     std::vector<uint8_t> received_;

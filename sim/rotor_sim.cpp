@@ -348,7 +348,13 @@ int ServeRotorSim(RotorSim* sim, int waitMs) {
 void StartRotorSimThread(RotorSim* sim) {
     if (!sim || sim->running.exchange(true)) return;
     sim->worker = std::thread([sim] {
-        while (sim->running.load()) ServeRotorSim(sim, 5);
+        while (sim->running.load()) {
+            // A wait that ends with nothing read has found the line empty,
+            // bytes still in transit included (the kernel hands them over
+            // before poll answers).
+            const uint64_t asked = sim->idle.asked();
+            if (ServeRotorSim(sim, sim->idle.owed() ? 0 : 1) == 0) sim->idle.seen(asked);
+        }
     });
 }
 
@@ -363,6 +369,16 @@ RotorSimState RotorSimSnapshot(RotorSim* sim) {
     return {sim->commandedAzimuth, sim->commandedElevation, sim->currentAzimuth,
             sim->currentElevation, sim->received,           sim->sent,
             sim->commands,         sim->controls,           sim->badPackets};
+}
+
+void WaitForRotorSimIdle(RotorSim* sim) {
+    if (!sim || sim->master < 0) return;
+    if (!sim->running.load()) {
+        while (ServeRotorSim(sim, 0) > 0) {
+        }
+        return;
+    }
+    sim->idle.wait(sim->idle.ask(), std::chrono::seconds(30));
 }
 
 bool WaitForRotorSimBytes(RotorSim* sim, size_t count, int timeoutMs) {

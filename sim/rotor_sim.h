@@ -8,11 +8,14 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "sim/sim_pty.h"
 
 namespace veloran::sim {
 
@@ -74,6 +77,7 @@ struct RotorSim {
 
     std::thread worker;
     std::atomic<bool> running{false};
+    IdleTickets idle;                // WaitForRotorSimIdle's handshake with the serving thread
     std::atomic<bool> mute{false};   // read and act, answer nothing
     std::atomic<bool> trace{false};  // every byte in and out on standard error
 };
@@ -95,6 +99,10 @@ void StopRotorSimThread(RotorSim* sim);
 
 // The state now, the current position brought up to the clock first.
 RotorSimState RotorSimSnapshot(RotorSim* sim);
+// Returns once everything the program has written so far has been read and
+// answered (serving itself when no thread runs); half a minute at most, a
+// bound only for a broken test.
+void WaitForRotorSimIdle(RotorSim* sim);
 // Waits (serving itself when no thread runs) until at least `count` bytes
 // have been received; false after timeoutMs.
 bool WaitForRotorSimBytes(RotorSim* sim, size_t count, int timeoutMs);

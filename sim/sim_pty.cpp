@@ -5,7 +5,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
-#include <sys/ioctl.h>
+#include <sys/eventfd.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -19,6 +19,7 @@ PtyServer::~PtyServer() {
     stop();
     if (slave_ != -1) ::close(slave_);
     if (master_ != -1) ::close(master_);
+    if (wake_ != -1) ::close(wake_);
 }
 
 bool PtyServer::open() {
@@ -29,6 +30,11 @@ bool PtyServer::open() {
         ::cfmakeraw(&raw);
         ::tcsetattr(slave_, TCSANOW, &raw);
     }
+    // Reads that find nothing return at once: a read that finds the line
+    // empty is what proves every byte written before it has been handled
+    // (the kernel hands over bytes still in transit before it answers).
+    ::fcntl(master_, F_SETFL, ::fcntl(master_, F_GETFL) | O_NONBLOCK);
+    wake_ = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     path_ = name;
     return true;
 }
@@ -59,27 +65,30 @@ void PtyServer::serve(SimDevice* device) {
 }
 
 void PtyServer::waitIdle() const {
-    // The kernel hands bytes written on the slave side to the master side a
-    // moment later, so the line must stay quiet for a while to count as idle.
-    int quiet = 0;
-    for (int i = 0; i < 1000 && quiet < 15; ++i) {
-        int waiting = 0;
-        if (::ioctl(master_, FIONREAD, &waiting) != 0) return;
-        quiet = waiting == 0 && !busy_ ? quiet + 1 : 0;
-        ::usleep(1000);
-    }
+    if (!thread_.joinable() || stopping_) return;
+    const uint64_t ticket = idle_.ask();
+    const uint64_t one = 1;
+    if (wake_ != -1) (void)!::write(wake_, &one, sizeof one);
+    idle_.wait(ticket, std::chrono::seconds(30));
 }
 
 bool PtyServer::pump(SimDevice* device, int waitMilliseconds) {
-    struct pollfd p = {master_, POLLIN, 0};
-    if (::poll(&p, 1, waitMilliseconds) <= 0) return false;
+    // The waitIdle calls made before this read are answered by it finding
+    // the line empty.
+    const uint64_t asked = idle_.asked();
+    struct pollfd p[2] = {{master_, POLLIN, 0}, {wake_, POLLIN, 0}};
+    ::poll(p, wake_ != -1 ? 2 : 1, idle_.owed() ? 0 : waitMilliseconds);
+    if (wake_ != -1 && (p[1].revents & POLLIN) != 0) {
+        uint64_t count = 0;
+        (void)!::read(wake_, &count, sizeof count);
+    }
     uint8_t in[256];
-    busy_ = true;
     const ssize_t n = ::read(master_, in, sizeof in);
     if (n <= 0) {
-        busy_ = false;
-        // No program has the slave open, or a signal: wait a little.
-        if (n < 0 && errno != EINTR && errno != EAGAIN) ::usleep(10000);
+        if (n < 0 && errno == EINTR) return false;
+        idle_.seen(asked);
+        // No program has the slave open: wait a little.
+        if (n < 0 && errno != EAGAIN) ::usleep(10000);
         return false;
     }
     if (trace_) TraceBytes("<-", in, static_cast<size_t>(n));
@@ -89,16 +98,30 @@ bool PtyServer::pump(SimDevice* device, int waitMilliseconds) {
         device->receive(in[i], &out);
         if (mute_) out.clear();
         if (trace_) TraceBytes("->", out.data(), out.size());
-        size_t done = 0;
-        while (done < out.size()) {
-            const ssize_t w = ::write(master_, out.data() + done, out.size() - done);
-            if (w < 0 && errno == EINTR) continue;
-            if (w <= 0) break;
-            done += static_cast<size_t>(w);
-        }
+        answer(out);
     }
-    busy_ = false;
     return true;
+}
+
+void PtyServer::answer(const std::vector<uint8_t>& bytes) {
+    size_t done = 0;
+    int stalls = 0;
+    while (done < bytes.size()) {
+        const ssize_t w = ::write(master_, bytes.data() + done, bytes.size() - done);
+        if (w > 0) {
+            done += static_cast<size_t>(w);
+            continue;
+        }
+        if (w < 0 && errno == EINTR) continue;
+        // A full line (the program is not reading) is given a while, as a
+        // real device's buffer would; after that the answer is lost.
+        if (w < 0 && errno == EAGAIN && ++stalls < 100) {
+            struct pollfd p = {master_, POLLOUT, 0};
+            ::poll(&p, 1, 10);
+            continue;
+        }
+        break;
+    }
 }
 
 }  // namespace veloran::sim

@@ -4,7 +4,10 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,6 +21,39 @@ class SimDevice {
   public:
     virtual ~SimDevice() = default;
     virtual void receive(uint8_t byte, std::vector<uint8_t>* out) = 0;
+};
+
+// How a waiting thread learns that a serving thread has handled everything
+// the program sent before it asked: ask() hands out a ticket; the serving
+// thread reads asked() before each read of its line and passes that to
+// seen() when the read finds the line empty (the kernel hands over bytes
+// still in transit before it says so); wait() returns once the ticket is seen.
+class IdleTickets {
+  public:
+    uint64_t ask() { return ++asked_; }
+    uint64_t asked() const { return asked_.load(); }
+    // Whether a waiter is owed an answer: the serving thread then looks at
+    // its line without waiting.
+    bool owed() const { return asked_.load() > seen_.load(); }
+    void seen(uint64_t ticket) {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (ticket <= seen_.load()) return;
+            seen_ = ticket;
+        }
+        changed_.notify_all();
+    }
+    // False when `bound` passed first (a device that is broken or gone).
+    bool wait(uint64_t ticket, std::chrono::milliseconds bound) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        return changed_.wait_for(lock, bound, [&] { return seen_.load() >= ticket; });
+    }
+
+  private:
+    std::atomic<uint64_t> asked_{0};
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::atomic<uint64_t> seen_{0};
 };
 
 class PtyServer {
@@ -35,7 +71,9 @@ class PtyServer {
     void start(SimDevice* device);
     void stop();
     // Returns once everything the program has written so far has been read
-    // and acted on (or after a second, if the server is not running).
+    // and acted on, and the answers are on their way back: the serving thread
+    // has found the line empty after the call began (at once when the server
+    // is not running; half a minute at most, a bound for a broken device).
     void waitIdle() const;
     // Serves `device` on the calling thread, for ever.
     void serveForever(SimDevice* device);
@@ -51,13 +89,15 @@ class PtyServer {
   private:
     void serve(SimDevice* device);
     bool pump(SimDevice* device, int waitMilliseconds);
+    void answer(const std::vector<uint8_t>& bytes);
 
     int master_ = -1;
     int slave_ = -1;  // held open so the master never sees a hang-up between the program's opens
     std::string path_;
+    int wake_ = -1;  // an eventfd that cuts the serving thread's wait short
     std::thread thread_;
     std::atomic<bool> stopping_{false};
-    std::atomic<bool> busy_{false};
+    mutable IdleTickets idle_;  // waitIdle's handshake with the serving thread
     std::atomic<bool> trace_{false};
     std::atomic<bool> mute_{false};  // between taking bytes off the line and answering them
 };

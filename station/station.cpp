@@ -187,7 +187,9 @@ int Station::start(std::string* error) {
                 controller_->downloadDidFinish();
             else
                 controller_->downloadDidFail(why, url);
+            if (frontEnd_.downloadEnded) frontEnd_.downloadEnded();
         });
+    p.downloader->setProgress(frontEnd_.downloadProgress);
     Services services;
     services.ui = frontEnd_.ui;
     services.files = frontEnd_.files;

@@ -12,6 +12,7 @@
 
 #include <QObject>
 #include <QThread>
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -42,6 +43,11 @@ struct StationFrontEnd {
     // stale element sets, a failed periodic download. A window puts it on a
     // status line, --headless on standard error. May be empty.
     std::function<void(const std::string&)> notice;
+    // The element-set download's bytes received and expected (-1 while
+    // unknown), and its end whatever the outcome, for a progress bar. May be
+    // empty.
+    std::function<void(int64_t received, int64_t total)> downloadProgress;
+    std::function<void()> downloadEnded;
     // Shown in the version line and in the radio's log lines.
     std::string versionString = "0.1";
     // False leaves the 1 s and 15 s timers off: tests tick by hand.

@@ -74,6 +74,10 @@ TEST(Download, GoesToASideFileAndReplacesOnlyWhenItHoldsSets) {
     EXPECT_FALSE(FileExists(rig.paths.downloadFile));
     EXPECT_EQ(rig.app->GetTotalSats(), 6);
     EXPECT_EQ(rig.app->cycleSatNum(), 1);
+    // Epoch 26320.5 is 16 November 12:00 UTC, five days before the fake clock.
+    ASSERT_FALSE(rig.ui.notices.empty());
+    EXPECT_NE(rig.ui.notices.back().find("; element sets 5 days old"), std::string::npos)
+        << rig.ui.notices.back();
     ASSERT_EQ(rig.announcer.spoken.size(), 2u);
     EXPECT_EQ(rig.announcer.spoken[0], "keplerian elements downloaded from the internet.");
     EXPECT_EQ(rig.announcer.spoken[1], "Keplerian elements for 6 satellites loaded");

@@ -83,6 +83,7 @@ class RigctldPeek {
     explicit RigctldPeek(const std::string& address) {
         rig_set_debug(RIG_DEBUG_NONE);
         rig_ = rig_init(2);
+        rig_->state.rigport.timeout = 10000;  // rigctld may be slow on a busy machine
         std::snprintf(rig_->state.rigport.pathname, sizeof rig_->state.rigport.pathname, "%s",
                       address.c_str());
         open_ = rig_open(rig_) == RIG_OK;

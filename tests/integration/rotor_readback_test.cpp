@@ -6,6 +6,7 @@
 #include "data/settings.h"
 #include "sim/rotor_sim.h"
 #include "station.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
@@ -22,7 +23,7 @@ TEST(RotorReadBack, EveryFewTicksUnlessTurnedOff) {
         sim::RotorSim* r;
         ~Closer() { sim::CloseRotorSim(r); }
     } closeRotor{&rotor};
-    testing::FastSerialClock fast;
+    testing::DeviceClock clock({{rotor.slavePath, -1, [&] { sim::WaitForRotorSimIdle(&rotor); }}});
     station.clock.now = testing::Seconds(2026, 11, 21, 0);
     station.app->awakeFromNib();
     const int rotorPort = station.app->addTypedPort(rotor.slavePath);

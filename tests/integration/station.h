@@ -67,33 +67,6 @@ class FastSleeper : public TickSleeper {
     void sleepTicks(int) override { std::this_thread::sleep_for(std::chrono::microseconds(100)); }
 };
 
-// A serial clock that runs fast: every look at it moves it on 50 us and every
-// pause moves it on by the whole pause, so the one-second waits of the
-// gateway protocol and the CI-V bus's pacing pass at once. Each pause is
-// still a real 0.1 ms, so the simulated devices get their turn.
-class FastSerialClock {
-  public:
-    FastSerialClock() {
-        system_ = *RealSerialSystem();
-        system_.microseconds = [] {
-            return RealSerialSystem()->microseconds() + (skipped() += 50.0);
-        };
-        system_.idle = [](double us) {
-            RealSerialSystem()->idle(100.0);
-            skipped() += us;
-        };
-        SetSerialSystem(&system_);
-    }
-    ~FastSerialClock() { SetSerialSystem(nullptr); }
-
-  private:
-    static std::atomic<double>& skipped() {
-        static std::atomic<double> value{0.0};
-        return value;
-    }
-    SerialSystem system_;
-};
-
 // A modes-file block for a satellite with one FM mode.
 inline std::string ModeBlock(const std::string& name, const std::string& speakName, int priority,
                              double up = 145.85, double down = 436.795,

@@ -32,6 +32,7 @@ struct Receiver {
           }) {}
     std::string answer = "LM3A%";
     testing::PtyPeer peer;
+    testing::DeviceClock clock{&peer};  // a reply is never missed on a busy machine
 };
 
 class AOR : public ::testing::Test {

@@ -21,12 +21,20 @@ constexpr uint8_t kIc910Address = 0x60;  // the radio's and Hamlib's default
 constexpr double kUpMHz = 145.91234;     // an inverting linear transponder, Doppler-corrected
 constexpr double kDownMHz = 435.86789;
 
+// Hamlib reads the simulated radios' replies on real time: on a busy
+// machine their threads are given ten seconds (none of them stays silent).
+struct PatientReplies {
+    PatientReplies() { SetHamlibReplyTimeout(10000); }
+    ~PatientReplies() { SetHamlibReplyTimeout(500); }
+};
+
 int SetBoth(int fd) {
     return HamlibRadioDriver()->setFrequencies(fd, 0, kUpMHz, kDownMHz, CommMode::JA_SSB, 0, 0,
                                                true, false);
 }
 
 TEST(HamlibBackends, Ic910EndsInSatelliteModeDownlinkOnMainUplinkOnSub) {
+    PatientReplies patient;
     sim::IcomSimulator radio(sim::IcomModel::IC910, kIc910Address);
     sim::PtyServer line;
     ASSERT_TRUE(line.open());
@@ -48,12 +56,14 @@ TEST(HamlibBackends, Ic910EndsInSatelliteModeDownlinkOnMainUplinkOnSub) {
 }
 
 TEST(HamlibBackends, Ft847EndsInSatelliteModeDownlinkOnSatRxUplinkOnSatTx) {
+    PatientReplies patient;
     sim::SimulatedRadio radio(sim::RadioModel::FT847);
     ASSERT_TRUE(radio.open());
     std::string why;
     const int fd = OpenHamlibRadio(kHamlibFt847, radio.devicePath().c_str(), 57600, false, &why);
     ASSERT_NE(fd, -1) << why;
     EXPECT_EQ(SetBoth(fd), 1) << HamlibRadioError(fd);
+    radio.waitIdle();  // the simulator decodes on its own thread
     const sim::RadioState s = radio.state();
     EXPECT_TRUE(s.satelliteMode);
     // The FT-847 keeps frequencies to 10 Hz.

@@ -44,6 +44,7 @@ class Ts2000 : public ::testing::Test {
 
     sim::Ts2000Simulator radio_;
     testing::PtyPeer line_;
+    testing::DeviceClock clock_{&line_};  // a reply is never missed on a busy machine
 };
 
 // --- One row per transponder mode --------------------------------------------------

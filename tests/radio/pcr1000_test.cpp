@@ -42,6 +42,7 @@ struct Pcr1000 {
     std::atomic<int> squelch{0x04};  // 04 closed, 07 open
     std::atomic<int> level{0};
     testing::PtyPeer peer;
+    testing::DeviceClock clock{&peer};  // a reply is never missed on a busy machine
 };
 
 class PCR1000 : public ::testing::Test {

@@ -329,18 +329,16 @@ class TuningWithRadio : public ::testing::Test {
         ASSERT_EQ(switchRadioPort(&site, true, ports, "0.1.0", &ui), 1);
         ASSERT_TRUE(Eventually([&] { return radio.state().blocks >= 4; }));
     }
-    // Blocks received once `bytes` are in and nothing more follows.
-    size_t blocksAfter(size_t bytes) {
-        radio.waitForBytes(bytes, 2000);
-        size_t before;
-        do {
-            before = radio.received().size();
-            std::this_thread::sleep_for(std::chrono::milliseconds(15));
-        } while (radio.received().size() != before);
-        return before / 5;
+    // Blocks received once the radio has handled all the driver wrote.
+    size_t blocksAfter(size_t) {
+        radio.waitIdle();
+        return radio.received().size() / 5;
     }
 
     SimulatedRadio radio{RadioModel::FT847};
+    // Reply time-outs pass only while the radio is idle.
+    testing::DeviceClock clock{
+        std::vector<testing::DeviceClock::Device>{{"", -1, [this] { radio.waitIdle(); }}}};
     SiteRec site;
     PortNameRecord ports[kMaxSerialPorts];
     SatRec* sat = nullptr;

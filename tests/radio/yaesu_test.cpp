@@ -80,27 +80,24 @@ class YaesuWire {
     }
     ~YaesuWire() { closeSerialPort(fd, false); }
 
-    // What reached the radio since the last call, once `expected` bytes are
-    // in and nothing more follows (so extra bytes show up as a failure).
-    std::string take(size_t expected) {
-        radio.waitForBytes(expected, 2000);
+    // What reached the radio since the last call, once it has handled all
+    // the driver wrote (extra bytes show up as a failure).
+    std::string take(size_t) {
         settle();
         const std::string got = Hex(radio.received(), 5);
         radio.clearReceived();
         return got;
     }
 
-    // Until the simulator has read everything the driver wrote.
-    void settle() {
-        size_t before;
-        do {
-            before = radio.received().size();
-            std::this_thread::sleep_for(std::chrono::milliseconds(15));
-        } while (radio.received().size() != before);
-    }
+    // Until the simulator has read and answered everything the driver wrote.
+    void settle() { radio.waitIdle(); }
 
     SimulatedRadio radio;
     int fd = -1;
+    // Reply time-outs pass only while the radio is idle (its path is not
+    // known yet, so any write marks it).
+    testing::DeviceClock clock{
+        std::vector<testing::DeviceClock::Device>{{"", -1, [this] { radio.waitIdle(); }}}};
 };
 
 struct WireCase {

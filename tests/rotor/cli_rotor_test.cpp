@@ -37,7 +37,7 @@ TEST_F(CliRotor, PointsAndReadsBackAGS232) {
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_NE(run.out.find("sent azimuth 120 elevation 30"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("read back azimuth 10 elevation 20"), std::string::npos) << run.out;
-    ASSERT_TRUE(sim::WaitForRotorSimBytes(&rotor, 12, 2000));
+    ASSERT_TRUE(sim::WaitForRotorSimBytes(&rotor, 12, 30000));
     EXPECT_EQ(sim::RotorSimSnapshot(&rotor).received, "W120 030\rC2\r");
 }
 
@@ -52,7 +52,7 @@ TEST_F(CliRotor, StartsAndStopsComputerControl) {
     Open(sim::RotorProtocol::kSatEL);
     const CliRun run = Cli("--type 8" + port() + " 120 30");
     EXPECT_EQ(run.status, 0) << run.out;
-    ASSERT_TRUE(sim::WaitForRotorSimBytes(&rotor, 12, 2000));
+    ASSERT_TRUE(sim::WaitForRotorSimBytes(&rotor, 12, 30000));
     EXPECT_EQ(sim::RotorSimSnapshot(&rotor).received, "G\rP120 30\rS\r");
 }
 

@@ -45,7 +45,7 @@ class SimulatedRotor {
     sim::RotorSim* sim() { return &rotor_; }
     // Waits until `bytes` more bytes than `before` have arrived.
     bool heard(size_t before, size_t bytes) {
-        return sim::WaitForRotorSimBytes(&rotor_, before + bytes, 2000);
+        return sim::WaitForRotorSimBytes(&rotor_, before + bytes, 30000);
     }
 
   private:
@@ -77,13 +77,9 @@ TEST_P(AgainstSimulator, ControllerUnderstandsThePosition) {
     SendAzEl(c.rotor, rotor.fd(), c.azimuth, c.elevation, false);
     stopRotorDriver(c.rotor, rotor.fd(), false);
     // Every byte sent must have reached the simulator before it is asked.
-    ASSERT_TRUE(WaitForRotorSimBytes(rotor.sim(), 2, 2000));
-    sim::RotorSimState s;
-    for (int i = 0; i < 200; ++i) {
-        s = sim::RotorSimSnapshot(rotor.sim());
-        if (!s.commands.empty()) break;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    ASSERT_TRUE(WaitForRotorSimBytes(rotor.sim(), 2, 30000));
+    sim::WaitForRotorSimIdle(rotor.sim());
+    const sim::RotorSimState s = sim::RotorSimSnapshot(rotor.sim());
     ASSERT_EQ(s.commands.size(), 1u) << s.received;
     EXPECT_NEAR(s.commands[0].azimuth, c.simAzimuth, 1e-9);
     EXPECT_NEAR(s.commands[0].elevation, c.simElevation, 1e-9);

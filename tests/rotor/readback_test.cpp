@@ -33,6 +33,7 @@ TEST_P(PositionReadBack, ParsesOrLeavesTheOldValues) {
     testing::PtyPeer line([&](std::string* pending) {
         return pending->find('\r') == std::string::npos ? std::string() : c.reply;
     });
+    testing::DeviceClock clock{&line};
     ASSERT_NE(line.fd(), -1);
     double az = -1.0;
     double el = -1.0;

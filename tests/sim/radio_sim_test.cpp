@@ -55,7 +55,7 @@ class Line {
 };
 
 bool Settled(const SimulatedRadio& radio, int blocks) {
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 15000; ++i) {  // half a minute, a bound only for a broken test
         if (radio.state().blocks >= blocks) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
