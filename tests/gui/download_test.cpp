@@ -107,7 +107,7 @@ TEST(DownloadThroughTheController, OnlyAGoodBulletinReplacesTheFile) {
         {"success", Answer("HTTP/1.1 200 OK", ElementSets(4)), 4, nullptr},
         {"404", Answer("HTTP/1.1 404 Not Found", ElementSets(4)), 0,
          "The element sets were not downloaded (the server answered HTTP 404); the current ones "
-         "are kept."},
+         "are kept. Automatic updates are stopped until you download by hand or resume them."},
         {"no element sets", Answer("HTTP/1.1 200 OK", "<html>Please log in</html>\n"), 0, nullptr},
     };
     for (const Case& c : cases) {

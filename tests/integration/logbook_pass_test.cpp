@@ -10,6 +10,7 @@
 #include "logbook/livecontact.h"
 #include "logbook/store.h"
 #include "sim/radio_sim.h"
+#include "tests/support/pty.h"
 #include "station.h"
 
 namespace veloran {
@@ -38,7 +39,8 @@ TEST(LoggedPass, FrequenciesAreTheModesAndDuplicatesBelongToThePass) {
     LogStore store;
     ASSERT_EQ(OpenLogStore(LogbookPath(station.dir.path()), &store), 1);
 
-    testing::FastSerialClock fast;
+    testing::DeviceClock clock(std::vector<testing::DeviceClock::Device>{
+        {radio.devicePath(), -1, [&] { radio.waitIdle(); }}});
     station.clock.now = aos1 - 120;
     station.app->awakeFromNib();
     const int port = station.app->addTypedPort(radio.devicePath().c_str());
