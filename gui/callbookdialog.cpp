@@ -21,7 +21,7 @@ namespace {
 QLabel* Note(const QString& text) {
     auto* label = new QLabel(text);
     label->setWordWrap(true);
-    label->setStyleSheet("color: palette(placeholder-text);");
+    label->setForegroundRole(QPalette::PlaceholderText);
     return label;
 }
 
