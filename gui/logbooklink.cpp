@@ -148,6 +148,29 @@ void LogbookLink::lookUp(const QString& call) {
     });
 }
 
+void LogbookLink::readCallbookSettings() {
+    post_([feed = feed_](CoreSide& s) {
+        CallbookSettings settings;
+        ReadCallbookSettings(s.defaults, s.app->paths().configDir, &settings);
+        emit feed->callbookSettingsRead(settings.enabled, Q(settings.user), Q(settings.url),
+                                        !settings.password.empty());
+    });
+}
+
+void LogbookLink::writeCallbookSettings(const CallbookSettings& settings, bool passwordChanged) {
+    post_([feed = feed_, settings, passwordChanged](CoreSide& s) {
+        std::string error;
+        if (!WriteCallbookSettings(s.defaults, s.app->paths().configDir, &settings, passwordChanged,
+                                   &error)) {
+            emit feed->callbookSettingsWritten(Q("The callbook settings were not saved: " + error));
+            return;
+        }
+        // The next lookup reads them again and makes a fresh client for a
+        // changed account or address.
+        emit feed->callbookSettingsWritten(QString());
+    });
+}
+
 void LogbookLink::list() {
     post_([core = core_, feed = feed_](CoreSide& s) {
         if (Ready(core.get(), s, feed.get())) ListAll(core.get(), feed.get());

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "gui/corethread.h"
+#include "logbook/callbook.h"
 #include "logbook/contact.h"
 #include "logbook/livecontact.h"
 
@@ -32,6 +33,11 @@ class LogbookFeed : public QObject {
     void importReported(QString file, int records, int added, int already, QStringList messages);
     void exported(QString file, int count);
     void failed(QString message);
+    // The callsign lookup's settings as stored; the password itself never
+    // leaves the core, only whether one is stored.
+    void callbookSettingsRead(bool enabled, QString user, QString url, bool passwordStored);
+    // The settings were stored ("") or why not.
+    void callbookSettingsWritten(QString error);
 };
 
 class LogbookLink : public QObject {
@@ -46,6 +52,10 @@ class LogbookLink : public QObject {
     void findCountry(const QString& call);
     // Asks the callsign service when the settings have it on; silent otherwise.
     void lookUp(const QString& call);
+    void readCallbookSettings();
+    // `passwordChanged` false keeps the stored password whatever
+    // settings.password holds; true with an empty one removes it.
+    void writeCallbookSettings(const CallbookSettings& settings, bool passwordChanged);
     void list();
     void update(const ContactRec& contact);
     void remove(const std::vector<int64_t>& ids);

@@ -16,6 +16,7 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include "gui/callbookdialog.h"
 #include "gui/logbooklink.h"
 #include "gui/logbookmodel.h"
 
@@ -51,6 +52,9 @@ LogbookWindow::LogbookWindow(LogbookLink* link, QWidget* parent)
     adif->setObjectName("logbookExportAdif");
     auto* csv = new QPushButton(tr("Export CSV\u2026"));
     csv->setObjectName("logbookExportCsv");
+    auto* callbook = new QPushButton(tr("Callbook\u2026"));
+    callbook->setObjectName("logbookCallbook");
+    callbook->setToolTip(tr("Look calls up online as they are typed in the log strip"));
 
     table_ = new QTableView;
     table_->setObjectName("logbookTable");
@@ -85,12 +89,15 @@ LogbookWindow::LogbookWindow(LogbookLink* link, QWidget* parent)
     top->addWidget(import);
     top->addWidget(adif);
     top->addWidget(csv);
+    top->addSpacing(12);
+    top->addWidget(callbook);
     auto* column = new QVBoxLayout(this);
     column->addLayout(top);
     column->addWidget(table_, 1);
     column->addWidget(status_);
     column->addWidget(importReport_);
 
+    connect(callbook, &QPushButton::clicked, this, &LogbookWindow::openCallbookSettings);
     connect(remove, &QPushButton::clicked, this, &LogbookWindow::deleteSelected);
     connect(import, &QPushButton::clicked, this, [this] {
         const QString path = QFileDialog::getOpenFileName(
@@ -166,6 +173,15 @@ void LogbookWindow::exportAdifTo(const QString& path) {
 
 void LogbookWindow::exportCsvTo(const QString& path) {
     link_->exportCsv(path);
+}
+
+CallbookDialog* LogbookWindow::openCallbookSettings() {
+    auto* dialog = new CallbookDialog(link_, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this,
+            [this] { report(tr("Callbook settings saved; the next lookup uses them.")); });
+    dialog->open();
+    return dialog;
 }
 
 void LogbookWindow::deleteSelected() {

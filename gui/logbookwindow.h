@@ -1,5 +1,6 @@
 // The logbook window: every contact in a table that can be searched, sorted
-// and corrected in place, with delete, ADIF import and export and CSV export.
+// and corrected in place, with delete, ADIF import and export, CSV export and
+// the callsign lookup's settings.
 // File names are chosen here; reading and writing happen on the core thread.
 #pragma once
 
@@ -13,6 +14,7 @@ class QTableView;
 
 namespace veloran {
 
+class CallbookDialog;
 class LogbookLink;
 class LogbookModel;
 
@@ -29,6 +31,8 @@ class LogbookWindow : public QWidget {
     void exportAdifTo(const QString& path);
     void exportCsvTo(const QString& path);
     void deleteSelected();
+    // Opens the callsign lookup's settings over the window.
+    CallbookDialog* openCallbookSettings();
 
   protected:
     void showEvent(QShowEvent* event) override;

@@ -45,6 +45,13 @@ std::string Upper(std::string text) {
     return text;
 }
 
+std::string Trimmed(const std::string& text) {
+    size_t begin = 0, end = text.size();
+    while (begin < end && std::isspace(static_cast<unsigned char>(text[begin]))) ++begin;
+    while (end > begin && std::isspace(static_cast<unsigned char>(text[end - 1]))) --end;
+    return text.substr(begin, end - begin);
+}
+
 std::string Child(const pugi::xml_node& node, const char* name) {
     return node.child(name).text().as_string();
 }
@@ -112,6 +119,23 @@ void ReadCallbookSettings(UserDefaults* defaults, const std::string& configDir,
     if (stat(path.c_str(), &st) == 0 && (st.st_mode & 077) != 0) chmod(path.c_str(), 0600);
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
     settings->password = text;
+}
+
+int WriteCallbookSettings(UserDefaults* defaults, const std::string& configDir,
+                          const CallbookSettings* settings, bool passwordChanged,
+                          std::string* error) {
+    if (passwordChanged) {
+        if (!StoreCallbookPassword(configDir, settings->password, error)) return 0;
+        defaults->removeKey(callbookkeys::kPassword);
+    }
+    defaults->setBool(callbookkeys::kEnabled, settings->enabled);
+    defaults->setString(callbookkeys::kUser, Trimmed(settings->user));
+    const std::string url = Trimmed(settings->url);
+    if (url.empty() || url == kCallbookDefaultUrl)
+        defaults->removeKey(callbookkeys::kUrl);
+    else
+        defaults->setString(callbookkeys::kUrl, url);
+    return 1;
 }
 
 std::string CallbookLoginUrl(const CallbookSettings* settings) {

@@ -52,6 +52,17 @@ int StoreCallbookPassword(const std::string& configDir, const std::string& passw
 void ReadCallbookSettings(UserDefaults* defaults, const std::string& configDir,
                           CallbookSettings* settings);
 
+// Stores what the operator set: enabled, user and url in the settings (an
+// empty url, or the default one, is left out so the default applies); the
+// password goes through StoreCallbookPassword, and only when
+// passwordChanged (an empty one then removes the file). The password is never
+// put in the settings, and one left there by an older release is removed
+// once the file holds the new one. 0 with *error filled, and the settings
+// untouched, when the password file cannot be written.
+int WriteCallbookSettings(UserDefaults* defaults, const std::string& configDir,
+                          const CallbookSettings* settings, bool passwordChanged,
+                          std::string* error);
+
 // The address that opens a session: "<url>?u=USER&p=PASSWORD", both
 // percent-encoded.
 std::string CallbookLoginUrl(const CallbookSettings* settings);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <QAction>
 #include <QApplication>
@@ -19,6 +20,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
@@ -45,6 +47,7 @@
 #include "data/kepssources.h"
 #include "data/modes.h"
 #include "engine/satrec.h"
+#include "gui/callbookdialog.h"
 #include "gui/corethread.h"
 #include "gui/kepsdownload.h"
 #include "gui/logbookmodel.h"
@@ -828,6 +831,104 @@ TEST_F(Window, CallbookFillsNameQthAndGridOnceTheCallIsTyped) {
     EXPECT_EQ(Find<QLineEdit>("logGrid")->text(), "JO70GG");
     OnCore([](CoreSide& s) { s.defaults->setBool(callbookkeys::kEnabled, false); });
     for (const char* f : {"logCall", "logName", "logQth", "logGrid"}) Find<QLineEdit>(f)->clear();
+}
+
+// The lookup's settings set from the logbook window: the account goes to the
+// settings file, the password only to its private file.
+TEST_F(Window, CallbookSettingsFromTheLogbookWindow) {
+    std::string configDir;
+    OnCore([&configDir](CoreSide& s) {
+        configDir = s.app->paths().configDir;
+        for (const char* key : {callbookkeys::kEnabled, callbookkeys::kUser, callbookkeys::kUrl})
+            s.defaults->removeKey(key);
+        StoreCallbookPassword(configDir, "", nullptr);
+    });
+    const std::string passwordFile = CallbookPasswordPath(configDir);
+    window->showLogbook();
+    LogbookWindow* book = window->logbookWindow();
+    ASSERT_NE(book, nullptr);
+    struct Fields {
+        QPointer<CallbookDialog> dialog;
+        QCheckBox* enabled;
+        QLineEdit *user, *password, *url;
+        QPushButton *clear, *ok;
+        QLabel* state;
+    };
+    auto open = [book] {
+        Fields f;
+        f.dialog = book->openCallbookSettings();
+        f.enabled = f.dialog->findChild<QCheckBox*>("callbookEnabled");
+        f.user = f.dialog->findChild<QLineEdit*>("callbookUser");
+        f.password = f.dialog->findChild<QLineEdit*>("callbookPassword");
+        f.url = f.dialog->findChild<QLineEdit*>("callbookUrl");
+        f.clear = f.dialog->findChild<QPushButton*>("callbookClearPassword");
+        f.state = f.dialog->findChild<QLabel*>("callbookPasswordState");
+        f.ok =
+            f.dialog->findChild<QDialogButtonBox*>("callbookButtons")->button(QDialogButtonBox::Ok);
+        EXPECT_TRUE(WaitFor([&] { return f.ok->isEnabled(); }));
+        return f;
+    };
+    auto closed = [](const Fields& f) {
+        return WaitFor([&] { return f.dialog.isNull() || !f.dialog->isVisible(); });
+    };
+
+    Fields f = open();
+    EXPECT_FALSE(f.enabled->isChecked());
+    EXPECT_EQ(f.url->text(), kCallbookDefaultUrl);
+    EXPECT_EQ(f.password->echoMode(), QLineEdit::Password);
+    EXPECT_FALSE(f.clear->isEnabled());
+    f.enabled->setChecked(true);
+    f.user->setText("ve3xyz");
+    QTest::keyClicks(f.password, "s3cret pw");
+    Shot(f.dialog, "callbook");
+    f.ok->click();
+    ASSERT_TRUE(closed(f));
+    ASSERT_TRUE(WaitFor([&] {
+        QFile settings(settingsFile);
+        return settings.open(QIODevice::ReadOnly) &&
+               settings.readAll().contains("callbook_user=ve3xyz");
+    }));
+    QFile settings(settingsFile);
+    ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
+    const QByteArray stored = settings.readAll();
+    EXPECT_TRUE(stored.contains("callbook_enabled=true")) << stored.toStdString();
+    EXPECT_FALSE(stored.contains("s3cret")) << stored.toStdString();
+    EXPECT_FALSE(stored.contains("callbook_url")) << "the default applies";
+    struct stat st {};
+    ASSERT_EQ(stat(passwordFile.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    QFile password(QString::fromStdString(passwordFile));
+    ASSERT_TRUE(password.open(QIODevice::ReadOnly));
+    EXPECT_EQ(password.readAll(), "s3cret pw");
+
+    // Reopened: stored, not shown; left empty it is kept.
+    f = open();
+    EXPECT_TRUE(f.enabled->isChecked());
+    EXPECT_EQ(f.user->text(), "ve3xyz");
+    EXPECT_TRUE(f.password->text().isEmpty());
+    EXPECT_TRUE(f.state->text().contains("stored")) << f.state->text().toStdString();
+    EXPECT_TRUE(f.clear->isEnabled());
+    f.url->setText("ftp://example.org");
+    f.ok->click();
+    EXPECT_TRUE(f.dialog->isVisible()) << "a bad address is refused";
+    f.url->setText("http://127.0.0.1:9/xml.php");
+    f.ok->click();
+    ASSERT_TRUE(closed(f));
+    CallbookSettings read;
+    OnCore([&](CoreSide& s) { ReadCallbookSettings(s.defaults, configDir, &read); });
+    EXPECT_EQ(read.password, "s3cret pw");
+    EXPECT_EQ(read.url, "http://127.0.0.1:9/xml.php");
+
+    // Turned off with the password cleared: the file goes.
+    f = open();
+    f.enabled->setChecked(false);
+    f.clear->click();
+    EXPECT_FALSE(f.state->text().contains("is stored"));
+    f.ok->click();
+    ASSERT_TRUE(closed(f));
+    Sync();
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(passwordFile)));
+    book->close();
 }
 
 QByteArray ReadResource(const char* name) {

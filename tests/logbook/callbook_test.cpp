@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include "../data/scratch.h"
+#include "data/files.h"
 
 namespace veloran {
 namespace {
@@ -69,6 +70,61 @@ TEST(Callbook, PasswordIsPrivate) {
     ReadCallbookSettings(&defaults, "/proc/veloran-none", &settings);
     EXPECT_EQ(settings.password, "kept");
     EXPECT_TRUE(defaults.contains(callbookkeys::kPassword));
+}
+
+// What the window's dialog stores reads back the same; the password only
+// reaches its file, and only when the operator changed it.
+TEST(Callbook, WrittenSettingsReadBack) {
+    testing::ScratchDir config;
+    MemoryUserDefaults defaults;
+    defaults.setString(callbookkeys::kPassword, "from an older release");
+    CallbookSettings set;
+    set.enabled = true;
+    set.user = " ve3xyz ";
+    set.password = "s3cret pass";
+    set.url = "http://127.0.0.1:8080/xml.php";
+    std::string error;
+    ASSERT_EQ(WriteCallbookSettings(&defaults, config.path(), &set, true, &error), 1) << error;
+    CallbookSettings read;
+    ReadCallbookSettings(&defaults, config.path(), &read);
+    EXPECT_TRUE(read.enabled);
+    EXPECT_EQ(read.user, "ve3xyz");
+    EXPECT_EQ(read.password, "s3cret pass");
+    EXPECT_EQ(read.url, set.url);
+    EXPECT_FALSE(defaults.contains(callbookkeys::kPassword));
+    for (const auto& [key, value] : defaults.values())
+        EXPECT_EQ(value.find("s3cret"), std::string::npos) << key;
+
+    // Left untouched, the stored password stays; the default address is not
+    // written, so the default applies; off keeps the account.
+    set.enabled = false;
+    set.password = "";
+    set.url = kCallbookDefaultUrl;
+    ASSERT_EQ(WriteCallbookSettings(&defaults, config.path(), &set, false, &error), 1);
+    read = CallbookSettings();
+    ReadCallbookSettings(&defaults, config.path(), &read);
+    EXPECT_FALSE(read.enabled);
+    EXPECT_EQ(read.user, "ve3xyz");
+    EXPECT_EQ(read.password, "s3cret pass");
+    EXPECT_EQ(read.url, kCallbookDefaultUrl);
+    EXPECT_FALSE(defaults.contains(callbookkeys::kUrl));
+
+    // Changed to nothing, it is removed.
+    ASSERT_EQ(WriteCallbookSettings(&defaults, config.path(), &set, true, &error), 1);
+    read = CallbookSettings();
+    ReadCallbookSettings(&defaults, config.path(), &read);
+    EXPECT_EQ(read.password, "");
+    EXPECT_FALSE(FileExists(CallbookPasswordPath(config.path())));
+
+    // A folder that cannot be written says so and changes nothing.
+    set.enabled = true;
+    set.user = "other";
+    set.password = "x";
+    error.clear();
+    EXPECT_EQ(WriteCallbookSettings(&defaults, "/proc/veloran-none", &set, true, &error), 0);
+    EXPECT_NE(error.find("/proc/veloran-none"), std::string::npos) << error;
+    EXPECT_EQ(defaults.stringForKey(callbookkeys::kUser), "ve3xyz");
+    EXPECT_FALSE(defaults.boolForKey(callbookkeys::kEnabled));
 }
 
 TEST(Callbook, Answers) {
