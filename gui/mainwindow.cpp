@@ -847,7 +847,8 @@ void MainWindow::showPasses() {
 }
 
 int MainWindow::lowerPanelHeight() const {
-    return lowerPanel_->isVisible() ? mapSplitter_->sizes().value(1) : lowerPanelHeight_;
+    // A hidden panel has no size in the splitter; keep the one it had.
+    return lowerPanel_->isVisibleTo(this) ? mapSplitter_->sizes().value(1) : lowerPanelHeight_;
 }
 
 void MainWindow::setLowerPanelHeight(int height) {
@@ -864,6 +865,7 @@ void MainWindow::setLowerPanelShown(bool shown) {
         const QSignalBlocker quiet(disclosure_);
         disclosure_->setChecked(shown);
     }
+    lowerPanelHeight_ = lowerPanelHeight();
     lowerPanel_->setVisible(shown);
 }
 
@@ -877,6 +879,7 @@ void MainWindow::setFullScreenView(bool on) {
     topBar_->setVisible(!on);
     menuBar()->setVisible(!on);
     statusBar()->setVisible(!on);
+    lowerPanelHeight_ = lowerPanelHeight();
     lowerPanel_->setVisible(!on && disclosure_->isChecked());
     for (QWidget* w : {static_cast<QWidget*>(mapStatus_), static_cast<QWidget*>(figures_),
                        static_cast<QWidget*>(mainSatellite_), static_cast<QWidget*>(showTrackList_),
