@@ -1,7 +1,8 @@
 // The main window: the map tabs on top, the satellite and place choosers and
-// the clock above them, the status lines under them, and the collapsible
-// lower panel (below a splitter handle) with the radio/rotor tabs, the track-list/horizon tabs and
-// the time slider. It shows what the core publishes and posts every action.
+// the clock above them, the status lines under them, and, below a splitter
+// handle, the collapsible lower panel with the radio/rotor tabs, the
+// track-list/horizon tabs and the time slider. It shows what the core
+// publishes and posts every action.
 #pragma once
 
 #include <QMainWindow>
@@ -65,8 +66,9 @@ class MainWindow : public QMainWindow {
     void setLowerPanelHeight(int height);
     // Brings the window back (tray, Window menu, a second start).
     void showAgain();
-    // Hands the window's own state (the table's column layout) to the core
-    // to be saved with the settings; call before stopping the core.
+    // Hands the window's own state (the table's column layout, the lower
+    // panel's height) to the core to be saved with the settings; call
+    // before stopping the core.
     void saveWindowState();
     // Opens the passes window (Ctrl+Shift+P); made on first use.
     void showPasses();

@@ -120,6 +120,8 @@ class Window : public ::testing::Test {
         core = new CoreThread(options, paths);
         window = new MainWindow(core->bridge(), [](CoreAction a) { core->post(std::move(a)); });
         core->start(false, false);
+        // The offscreen screen is 800 x 600; the shots show a laptop's window.
+        window->resize(1280, 800);
         window->show();
         settingsFile = QString::fromStdString(paths.settingsFile);
         placesFile = QString::fromStdString(paths.placesFile);
