@@ -128,6 +128,8 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     mapSplitter_->addWidget(lowerPanel_);
     mapSplitter_->setStretchFactor(0, 1);
     mapSplitter_->setStretchFactor(1, 0);
+    mapSplitter_->handle(1)->setToolTip(
+        tr("Drag to share the height between the map and the panels"));
     connect(mapSplitter_, &QSplitter::splitterMoved, this,
             [this] { lowerPanelHeight_ = mapSplitter_->sizes().value(1); });
     layout->addWidget(mapSplitter_, 1);
