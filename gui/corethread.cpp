@@ -3,6 +3,8 @@
 #include "gui/corethread.h"
 
 #include <QMetaObject>
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 
 #include "app/appcontroller.h"
@@ -112,6 +114,8 @@ void CoreThread::showWindowPrefs() {
     prefs.kepsUpdateHours = options_.kepsUpdateHours;
     prefs.trackListColumns = QByteArray::fromBase64(
         QByteArray::fromStdString(defaults.stringForKey(kTrackListColumnsKey)));
+    prefs.lowerPanelHeight = static_cast<int>(
+        std::clamp<int32_t>(defaults.integerForKey(kLowerPanelHeightKey), 0, 4000));
     for (int i = 0; i < kRadioCount; ++i) {
         const RadioDriver* driver = RadioDriverFor(i);
         prefs.radioNames << QString::fromUtf8(driver != nullptr ? driver->model : "");

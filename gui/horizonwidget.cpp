@@ -48,9 +48,12 @@ void HorizonWidget::setNightTheme(bool on) {
 void HorizonWidget::resizeEvent(QResizeEvent* event) {
     QScrollArea::resizeEvent(event);
     const int scrollBar = horizontalScrollBar()->sizeHint().height();
-    emit heightAvailable(
-        std::max(static_cast<int>(kHorizonDefaultHeight),
-                 viewport()->height() - (horizontalScrollBar()->isVisible() ? 0 : scrollBar)));
+    // Follows the tab's height down to a low floor: in a short lower panel
+    // a taller timeline would scroll its horizon line, where the passes
+    // start, out of sight.
+    constexpr int kLeastHeight = 100;
+    emit heightAvailable(std::max(
+        kLeastHeight, viewport()->height() - (horizontalScrollBar()->isVisible() ? 0 : scrollBar)));
 }
 
 }  // namespace veloran

@@ -23,8 +23,10 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QSlider>
 #include <QSpinBox>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTabBar>
@@ -69,6 +71,9 @@ namespace veloran {
 
 namespace {
 
+// What a desktop's title bar and frame take above and below a window.
+constexpr int kWindowFrameHeight = 40;
+
 // The time slider reaches two weeks either way, in minutes.
 constexpr int kTimeSliderMinutes = 14 * 24 * 60;
 
@@ -112,9 +117,22 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     layout->setSpacing(4);
     topBar_ = buildTopBar();
     layout->addWidget(topBar_);
-    layout->addWidget(buildMapArea(), 1);
+    // The map over the lower panel, with a handle between them: the map
+    // takes whatever height the window gains, the panel keeps the height the
+    // operator gave it.
+    mapSplitter_ = new QSplitter(Qt::Vertical);
+    mapSplitter_->setObjectName("mapSplitter");
+    mapSplitter_->setChildrenCollapsible(false);
+    mapSplitter_->addWidget(buildMapArea());
     lowerPanel_ = buildLowerPanel();
-    layout->addWidget(lowerPanel_);
+    mapSplitter_->addWidget(lowerPanel_);
+    mapSplitter_->setStretchFactor(0, 1);
+    mapSplitter_->setStretchFactor(1, 0);
+    mapSplitter_->handle(1)->setToolTip(
+        tr("Drag to share the height between the map and the panels"));
+    connect(mapSplitter_, &QSplitter::splitterMoved, this,
+            [this] { lowerPanelHeight_ = mapSplitter_->sizes().value(1); });
+    layout->addWidget(mapSplitter_, 1);
     logbook_ = new LogbookLink(post_, this);
     logStrip_ = new LogStrip(logbook_);
     layout->addWidget(logStrip_);
@@ -146,7 +164,12 @@ MainWindow::MainWindow(UiBridge* bridge, CorePost post, QWidget* parent)
     buildMenus();
     connectBridge();
     setMinimumSize(960, 600);
-    resize(1280, 800);
+    setLowerPanelHeight(0);
+    // A 1280 x 800 laptop's screen, less what its desktop keeps for itself.
+    QSize size(1280, 800);
+    if (const QScreen* shown = screen())
+        size = size.boundedTo(shown->availableSize() - QSize(0, kWindowFrameHeight));
+    resize(size.expandedTo(minimumSize()));
 }
 
 MainWindow::~MainWindow() = default;
@@ -352,8 +375,6 @@ QWidget* MainWindow::buildLowerPanel() {
     row->addWidget(listTabs_, 1);
     column->addLayout(row, 1);
     column->addWidget(buildTimeBar());
-    panel->setMinimumHeight(250);
-    panel->setMaximumHeight(300);
     return panel;
 }
 
@@ -633,6 +654,7 @@ void MainWindow::applyWindowPrefs(const WindowPrefs& prefs) {
     setNight(prefs.night);
     kepsDownload_->setAutomaticHours(prefs.kepsUpdateHours);
     if (!prefs.trackListColumns.isEmpty()) trackList_->restoreColumnLayout(prefs.trackListColumns);
+    if (prefs.lowerPanelHeight > 0) setLowerPanelHeight(prefs.lowerPanelHeight);
     radioMenu_->clear();
     for (int i = 0; i < prefs.radioNames.size(); ++i) {
         QAction* item = radioMenu_->addAction(prefs.radioNames[i]);
@@ -826,12 +848,26 @@ void MainWindow::showPasses() {
     passesWindow_->activateWindow();
 }
 
+int MainWindow::lowerPanelHeight() const {
+    // A hidden panel has no size in the splitter; keep the one it had.
+    return lowerPanel_->isVisibleTo(this) ? mapSplitter_->sizes().value(1) : lowerPanelHeight_;
+}
+
+void MainWindow::setLowerPanelHeight(int height) {
+    // Never below what its panels need to be read; 0 asks for just that.
+    const int least = lowerPanel_->minimumSizeHint().height();
+    lowerPanelHeight_ = std::max(height, least);
+    const int total = std::max(mapSplitter_->height(), lowerPanelHeight_ + 1);
+    mapSplitter_->setSizes({total - lowerPanelHeight_, lowerPanelHeight_});
+}
+
 void MainWindow::setLowerPanelShown(bool shown) {
     disclosure_->setArrowType(shown ? Qt::DownArrow : Qt::RightArrow);
     if (disclosure_->isChecked() != shown) {
         const QSignalBlocker quiet(disclosure_);
         disclosure_->setChecked(shown);
     }
+    lowerPanelHeight_ = lowerPanelHeight();
     lowerPanel_->setVisible(shown);
 }
 
@@ -845,6 +881,7 @@ void MainWindow::setFullScreenView(bool on) {
     topBar_->setVisible(!on);
     menuBar()->setVisible(!on);
     statusBar()->setVisible(!on);
+    lowerPanelHeight_ = lowerPanelHeight();
     lowerPanel_->setVisible(!on && disclosure_->isChecked());
     for (QWidget* w : {static_cast<QWidget*>(mapStatus_), static_cast<QWidget*>(figures_),
                        static_cast<QWidget*>(mainSatellite_), static_cast<QWidget*>(showTrackList_),
@@ -914,7 +951,11 @@ void MainWindow::setNight(bool on) {
 
 void MainWindow::saveWindowState() {
     const std::string columns = trackList_->saveColumnLayout().toBase64().toStdString();
-    post_([columns](CoreSide& s) { s.defaults->setString(kTrackListColumnsKey, columns); });
+    const int lower = lowerPanelHeight();
+    post_([columns, lower](CoreSide& s) {
+        s.defaults->setString(kTrackListColumnsKey, columns);
+        s.defaults->setInteger(kLowerPanelHeightKey, lower);
+    });
 }
 
 }  // namespace veloran

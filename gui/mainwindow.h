@@ -1,7 +1,8 @@
 // The main window: the map tabs on top, the satellite and place choosers and
-// the clock above them, the status lines under them, and the collapsible
-// lower panel with the radio/rotor tabs, the track-list/horizon tabs and the
-// time slider. It shows what the core publishes and posts every action.
+// the clock above them, the status lines under them, and, below a splitter
+// handle, the collapsible lower panel with the radio/rotor tabs, the
+// track-list/horizon tabs and the time slider. It shows what the core
+// publishes and posts every action.
 #pragma once
 
 #include <QMainWindow>
@@ -23,6 +24,7 @@ class QMenu;
 class QProgressBar;
 class QActionGroup;
 class QSystemTrayIcon;
+class QSplitter;
 
 namespace veloran {
 
@@ -58,10 +60,15 @@ class MainWindow : public QMainWindow {
     void setFullScreenView(bool on);
     bool fullScreenView() const { return fullScreen_; }
     void setLowerPanelShown(bool shown);
+    // The lower panel's height below the map, kept while the panel is
+    // hidden; setting it never goes below what the panel needs.
+    int lowerPanelHeight() const;
+    void setLowerPanelHeight(int height);
     // Brings the window back (tray, Window menu, a second start).
     void showAgain();
-    // Hands the window's own state (the table's column layout) to the core
-    // to be saved with the settings; call before stopping the core.
+    // Hands the window's own state (the table's column layout, the lower
+    // panel's height) to the core to be saved with the settings; call
+    // before stopping the core.
     void saveWindowState();
     // Opens the passes window (Ctrl+Shift+P); made on first use.
     void showPasses();
@@ -108,6 +115,8 @@ class MainWindow : public QMainWindow {
     QSlider* timeSlider_;
     QSpinBox* timeMinutes_;
     QWidget *topBar_, *lowerPanel_, *statusBlock_;
+    QSplitter* mapSplitter_;
+    int lowerPanelHeight_ = 0;
     PlaceSheet* placeSheet_;
     PassesWindow* passesWindow_ = nullptr;
     PrefsDialog* prefs_;

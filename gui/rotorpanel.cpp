@@ -59,21 +59,25 @@ RotorPanel::RotorPanel(UiBridge* bridge, CorePost post, QWidget* parent)
     elevationDial_->setValue(ToDial(270));  // the horizon
     azimuthDial_->setValue(ToDial(0));
 
+    // The angles and the switches on the left, the dials beside them, so
+    // the panel stays low and leaves the height to the map above.
     auto* grid = new QGridLayout(this);
     grid->setContentsMargins(6, 4, 6, 4);
-    grid->addWidget(azimuth_, 0, 0, 1, 2);
-    grid->addWidget(elevation_, 1, 0, 1, 2);
-    grid->addWidget(azimuthDial_, 2, 0, Qt::AlignHCenter);
-    grid->addWidget(elevationDial_, 2, 1, Qt::AlignHCenter);
-    grid->addWidget(new QLabel(tr("Az (N up)")), 3, 0, Qt::AlignHCenter);
-    grid->addWidget(new QLabel(tr("El (zenith up)")), 3, 1, Qt::AlignHCenter);
+    grid->setHorizontalSpacing(12);
+    grid->addWidget(azimuth_, 0, 0);
+    grid->addWidget(elevation_, 1, 0);
+    grid->addWidget(flip_, 2, 0, Qt::AlignLeft | Qt::AlignBottom);
+    grid->addWidget(azimuthDial_, 0, 1, 3, 1, Qt::AlignHCenter);
+    grid->addWidget(elevationDial_, 0, 2, 3, 1, Qt::AlignHCenter);
     auto* switches = new QHBoxLayout;
     switches->addWidget(rotorOn_);
     switches->addWidget(manual_);
     switches->addStretch(1);
-    switches->addWidget(flip_);
-    grid->addLayout(switches, 4, 0, 1, 2);
-    grid->setRowStretch(5, 1);
+    grid->addLayout(switches, 3, 0);
+    grid->addWidget(new QLabel(tr("Az (N up)")), 3, 1, Qt::AlignHCenter);
+    grid->addWidget(new QLabel(tr("El (zenith up)")), 3, 2, Qt::AlignHCenter);
+    grid->setColumnStretch(0, 1);
+    grid->setRowStretch(4, 1);
 
     connect(manual_, &QCheckBox::clicked, this, &RotorPanel::moved);
     connect(azimuthDial_, &QDial::sliderReleased, this, &RotorPanel::moved);

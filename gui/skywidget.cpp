@@ -17,7 +17,7 @@ namespace veloran {
 SkyWidget::SkyWidget(QWidget* parent) : QWidget(parent) {
     setObjectName("skyPlot");
     setAccessibleName(tr("Sky plot"));
-    setMinimumSize(200, 200);
+    setMinimumSize(160, 160);
 }
 
 void SkyWidget::setScene(const SkyPlotScene& scene) {

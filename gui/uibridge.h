@@ -37,6 +37,7 @@ struct WindowPrefs {
     int mapTab = 0, listTab = 0, radioTab = 0;
     bool night = false;
     QByteArray trackListColumns;  // the table's saved column layout
+    int lowerPanelHeight = 0;     // pixels under the map's splitter; 0: never stored
     int timeSliderMinutes = 0;    // --time-offset starts the slider off zero
     double kepsUpdateHours = 0;   // --keps-update-hours; 0: no automatic updates
     QStringList radioNames;
@@ -49,6 +50,7 @@ struct WindowPrefs {
 constexpr const char* kMapTabKey = "map_tab";
 constexpr const char* kListTabKey = "tracklist_tab";
 constexpr const char* kRadioTabKey = "radio_tab";
+constexpr const char* kLowerPanelHeightKey = "lower_panel_height";
 
 // The settings the main window's own controls show.
 struct WindowSettings {

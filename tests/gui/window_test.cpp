@@ -26,6 +26,7 @@
 #include <QSlider>
 #include <QSortFilterProxyModel>
 #include <QSpinBox>
+#include <QSplitter>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTableWidget>
@@ -119,6 +120,8 @@ class Window : public ::testing::Test {
         core = new CoreThread(options, paths);
         window = new MainWindow(core->bridge(), [](CoreAction a) { core->post(std::move(a)); });
         core->start(false, false);
+        // The offscreen screen is 800 x 600; the shots show a laptop's window.
+        window->resize(1280, 800);
         window->show();
         settingsFile = QString::fromStdString(paths.settingsFile);
         placesFile = QString::fromStdString(paths.placesFile);
@@ -1027,8 +1030,9 @@ TEST_F(Window, DownloadDialogOffersTheSourcesAndMergesFromAnAddressOfYours) {
     dialog->findChild<QRadioButton*>("kepsMerge")->setChecked(true);
     dialog->findChild<QPushButton*>("kepsDownloadButton")->click();
     EXPECT_FALSE(dialog->isVisible());
-    ASSERT_TRUE(WaitFor([&] { return satellites->findText("VS-1") > 0; }));
-    EXPECT_EQ(satellites->count(), before + 3);
+    // The pop-up is emptied and filled again one item at a time.
+    ASSERT_TRUE(WaitFor(
+        [&] { return satellites->findText("VS-1") > 0 && satellites->count() == before + 3; }));
     EXPECT_GT(satellites->findText("AO-7"), 0);
     EXPECT_EQ(server.requests, 1);
     ASSERT_TRUE(WaitFor([&] { return Text("messageLine").startsWith("Element sets downloaded"); }));
@@ -1127,6 +1131,54 @@ TEST_F(Window, QuittingSavesTheSettings) {
     EXPECT_TRUE(text.contains("userCallSign=VE3TST")) << "the preferences were saved";
     // The one-off port of this run is not written over the stored one.
     EXPECT_FALSE(text.contains(QString::fromStdString(radioLine->path())));
+}
+
+// The handle between the map and the lower panel: where the operator leaves
+// it, even with the panel folded away, is where the next start puts it.
+TEST(WindowLayout, LowerPanelHeightComesBackAtTheNextStart) {
+    QTemporaryDir folders;
+    const std::string base = folders.path().toStdString();
+    const DataPaths paths =
+        DataPaths::InFolders(VELORAN_RESOURCE_DIR, base + "/data", base + "/config");
+    std::string error;
+    ASSERT_TRUE(SeedDataFiles(paths, &error)) << error;
+    int dragged = 0;
+    for (const bool again : {false, true}) {
+        CoreThread core(StationOptions{}, paths);
+        MainWindow window(core.bridge(), [&core](CoreAction a) { core.post(std::move(a)); });
+        bool prefsShown = false;
+        QObject::connect(core.bridge(), &UiBridge::windowPrefsShown, &window,
+                         [&] { prefsShown = true; });
+        core.start(false, false);
+        window.resize(1280, 800);
+        window.show();
+        ASSERT_TRUE(WaitFor([&] { return prefsShown; }));
+        auto* splitter = window.findChild<QSplitter*>("mapSplitter");
+        auto* lower = window.findChild<QWidget*>("lowerPanel");
+        ASSERT_NE(splitter, nullptr);
+        ASSERT_NE(lower, nullptr);
+        if (again) {
+            EXPECT_EQ(window.lowerPanelHeight(), dragged);
+            EXPECT_EQ(lower->height(), dragged);
+        } else {
+            // A first start gives the map all but what the panels need.
+            const int least = window.lowerPanelHeight();
+            EXPECT_EQ(least, lower->minimumSizeHint().height());
+            QSplitterHandle* handle = splitter->handle(1);
+            QTest::mousePress(handle, Qt::LeftButton, {}, QPoint(20, 2));
+            QTest::mouseMove(handle, QPoint(20, -78));
+            QTest::mouseRelease(handle, Qt::LeftButton, {}, QPoint(20, -78));
+            dragged = lower->height();
+            EXPECT_EQ(dragged, least + 80);
+            window.setLowerPanelShown(false);
+            EXPECT_EQ(window.lowerPanelHeight(), dragged);
+            window.setLowerPanelShown(true);
+            EXPECT_EQ(lower->height(), dragged);
+            window.setLowerPanelShown(false);
+        }
+        window.saveWindowState();
+        ASSERT_TRUE(core.stop(2000));
+    }
 }
 
 }  // namespace
