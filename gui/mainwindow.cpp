@@ -885,7 +885,7 @@ void MainWindow::setFullScreenView(bool on) {
     lowerPanel_->setVisible(!on && disclosure_->isChecked());
     for (QWidget* w : {static_cast<QWidget*>(mapStatus_), static_cast<QWidget*>(figures_),
                        static_cast<QWidget*>(mainSatellite_), static_cast<QWidget*>(showTrackList_),
-                       static_cast<QWidget*>(disclosure_)})
+                       static_cast<QWidget*>(disclosure_), static_cast<QWidget*>(logStrip_)})
         w->setVisible(!on);
     mapTabs_->tabBar()->setVisible(!on);
     globeTab_->setControlsShown(!on);

@@ -317,9 +317,11 @@ TEST_F(Window, FullScreenKeepsTheGlobeInFront) {
     EXPECT_EQ(mapTabs->currentIndex(), 1);
     EXPECT_FALSE(Find<QWidget>("globeControls")->isVisible());
     EXPECT_FALSE(Find<QWidget>("globeOptionBoxes")->isVisible());
+    EXPECT_FALSE(Find<QWidget>("logStrip")->isVisible());
     window->setFullScreenView(false);
     EXPECT_EQ(mapTabs->currentIndex(), 1);
     EXPECT_TRUE(Find<QWidget>("globeControls")->isVisible());
+    EXPECT_TRUE(Find<QWidget>("logStrip")->isVisible());
     mapTabs->setCurrentIndex(0);
 }
 
