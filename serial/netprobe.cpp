@@ -58,8 +58,8 @@ int answers(int s, const char* query, int timeoutMs) {
 
 }  // namespace
 
-int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
-                       const char* query) {
+int ConnectNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
+                         const char* query) {
     std::string host, port;
     if (!SplitHostPort(address, &host, &port)) {
         if (error) *error = "not HOST:PORT";
@@ -76,6 +76,7 @@ int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* e
     }
     std::string why = "no answer";
     int ok = 0;
+    int connected = -1;
     for (addrinfo* a = found; a != nullptr && !ok; a = a->ai_next) {
         const int s = socket(a->ai_family, a->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         if (s == -1) {
@@ -101,11 +102,22 @@ int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* e
             ok = 0;
             why = "no answer";
         }
-        close(s);
+        if (ok)
+            connected = s;
+        else
+            close(s);
     }
     freeaddrinfo(found);
     if (!ok && error) *error = why;
-    return ok;
+    return connected;
+}
+
+int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
+                       const char* query) {
+    const int s = ConnectNetworkDevice(address, timeoutMs, error, query);
+    if (s == -1) return 0;
+    close(s);
+    return 1;
 }
 
 }  // namespace veloran
