@@ -63,7 +63,7 @@ int ConnectNetworkDevice(const std::string& address, int timeoutMs, std::string*
     std::string host, port;
     if (!SplitHostPort(address, &host, &port)) {
         if (error) *error = "not HOST:PORT";
-        return 0;
+        return -1;
     }
     addrinfo hints{};
     hints.ai_family = AF_UNSPEC;
@@ -72,7 +72,7 @@ int ConnectNetworkDevice(const std::string& address, int timeoutMs, std::string*
     const int status = getaddrinfo(host.c_str(), port.c_str(), &hints, &found);
     if (status != 0) {
         if (error) *error = gai_strerror(status);
-        return 0;
+        return -1;
     }
     std::string why = "no answer";
     int ok = 0;
