@@ -75,6 +75,14 @@ void applyDebug() {
     rig_set_debug(gDebug ? RIG_DEBUG_TRACE : RIG_DEBUG_NONE);
 }
 
+// The connection of the reachability check, closed when it goes out of scope.
+struct HeldSocket {
+    int fd = -1;
+    ~HeldSocket() {
+        if (fd != -1) close(fd);
+    }
+};
+
 Connection* find(int fd) {
     auto it = gConnections.find(fd);
     return it == gConnections.end() ? nullptr : it->second.get();
@@ -277,11 +285,13 @@ int OpenHamlibRadio(int model, const char* port, int baud, bool debug, std::stri
     gDebug = debug;
     applyDebug();
     const std::string path = port ? port : "";
+    // Held until Hamlib's own connection is up (see ConnectNetworkDevice).
+    HeldSocket probe;
     if (model == kHamlibNetModel) {
         // Hamlib's own connect blocks for as long as the system keeps trying.
-        if (!ProbeNetworkDevice(path, std::max(kConnectTimeoutMs, gReplyTimeoutMs.load()), error,
-                                kRigctldQuery))
-            return -1;
+        probe.fd = ConnectNetworkDevice(path, std::max(kConnectTimeoutMs, gReplyTimeoutMs.load()),
+                                        error, kRigctldQuery);
+        if (probe.fd == -1) return -1;
         // A rigctld that goes away mid-write must not end the program.
         signal(SIGPIPE, SIG_IGN);
     }

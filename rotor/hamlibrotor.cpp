@@ -29,6 +29,14 @@ constexpr int kHamlibNetRotor = 2;
 std::mutex gMutex;
 std::map<int, ROT*> gRotors;
 
+// The connection of the reachability check, closed when it goes out of scope.
+struct HeldSocket {
+    int fd = -1;
+    ~HeldSocket() {
+        if (fd != -1) close(fd);
+    }
+};
+
 ROT* find(int fd) {
     auto it = gRotors.find(fd);
     return it == gRotors.end() ? nullptr : it->second;
@@ -40,9 +48,12 @@ int OpenHamlibRotor(int model, const char* port, int baud, bool debug, std::stri
     std::lock_guard<std::mutex> lock(gMutex);
     rig_set_debug(debug ? RIG_DEBUG_TRACE : RIG_DEBUG_NONE);
     const std::string path = port ? port : "";
+    // Held until Hamlib's own connection is up (see ConnectNetworkDevice).
+    HeldSocket probe;
     if (model == kHamlibNetRotor) {
         // Hamlib's own connect blocks for as long as the system keeps trying.
-        if (!ProbeNetworkDevice(path, kConnectTimeoutMs, error, kRotctldQuery)) return -1;
+        probe.fd = ConnectNetworkDevice(path, kConnectTimeoutMs, error, kRotctldQuery);
+        if (probe.fd == -1) return -1;
         signal(SIGPIPE, SIG_IGN);  // a rotctld that goes away mid-write must not end us
     }
     ROT* rot = rot_init(static_cast<rot_model_t>(model));

@@ -58,12 +58,12 @@ int answers(int s, const char* query, int timeoutMs) {
 
 }  // namespace
 
-int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
-                       const char* query) {
+int ConnectNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
+                         const char* query) {
     std::string host, port;
     if (!SplitHostPort(address, &host, &port)) {
         if (error) *error = "not HOST:PORT";
-        return 0;
+        return -1;
     }
     addrinfo hints{};
     hints.ai_family = AF_UNSPEC;
@@ -72,10 +72,11 @@ int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* e
     const int status = getaddrinfo(host.c_str(), port.c_str(), &hints, &found);
     if (status != 0) {
         if (error) *error = gai_strerror(status);
-        return 0;
+        return -1;
     }
     std::string why = "no answer";
     int ok = 0;
+    int connected = -1;
     for (addrinfo* a = found; a != nullptr && !ok; a = a->ai_next) {
         const int s = socket(a->ai_family, a->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         if (s == -1) {
@@ -101,11 +102,22 @@ int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* e
             ok = 0;
             why = "no answer";
         }
-        close(s);
+        if (ok)
+            connected = s;
+        else
+            close(s);
     }
     freeaddrinfo(found);
     if (!ok && error) *error = why;
-    return ok;
+    return connected;
+}
+
+int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
+                       const char* query) {
+    const int s = ConnectNetworkDevice(address, timeoutMs, error, query);
+    if (s == -1) return 0;
+    close(s);
+    return 1;
 }
 
 }  // namespace veloran

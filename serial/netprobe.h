@@ -20,4 +20,13 @@ int SplitHostPort(const std::string& address, std::string* host, std::string* po
 int ProbeNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
                        const char* query = nullptr);
 
+// The same check, but the connection stays open: its socket, or -1 with the
+// reason as above. rigctld and rotctld (Hamlib 4.5) close a finished
+// client's socket number more than once, so a connection they accept while
+// one is being torn down may be closed under its new owner; a caller that
+// connects again right after the check closes this socket only once the next
+// connection is up.
+int ConnectNetworkDevice(const std::string& address, int timeoutMs, std::string* error,
+                         const char* query = nullptr);
+
 }  // namespace veloran

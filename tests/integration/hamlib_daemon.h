@@ -11,11 +11,12 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "serial/netprobe.h"
 
 namespace veloran::testing {
 
@@ -56,8 +57,14 @@ class HamlibDaemon {
             execvp(argv[0], argv.data());
             _exit(127);
         }
-        for (int i = 0; i < 500; ++i) {
-            if (ProbeNetworkDevice(address(), 100, nullptr)) return true;
+        // Watched without connecting: a test connection closed just before
+        // the program's own would race the daemon's double close of it.
+        for (int i = 0; i < 1000; ++i) {
+            if (listening()) return true;
+            if (waitpid(pid_, nullptr, WNOHANG) == pid_) {
+                pid_ = -1;
+                return false;
+            }
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         return false;
@@ -71,6 +78,22 @@ class HamlibDaemon {
     std::string address() const { return "127.0.0.1:" + std::to_string(port_); }
 
   private:
+    // Whether a socket listens on 127.0.0.1 at our port (the kernel's table).
+    bool listening() const {
+        char local[32];
+        std::snprintf(local, sizeof local, "0100007F:%04X", port_);
+        std::ifstream table("/proc/net/tcp");
+        std::string line;
+        std::getline(table, line);  // the heading
+        while (std::getline(table, line)) {
+            std::istringstream fields(line);
+            std::string slot, address, remote, state;
+            fields >> slot >> address >> remote >> state;
+            if (address == local && state == "0A") return true;
+        }
+        return false;
+    }
+
     std::string program_;
     std::vector<std::string> extra_;
     int port_;
