@@ -10,8 +10,8 @@
 #include "logbook/livecontact.h"
 #include "logbook/store.h"
 #include "sim/radio_sim.h"
-#include "tests/support/pty.h"
 #include "station.h"
+#include "tests/support/pty.h"
 
 namespace veloran {
 namespace {
