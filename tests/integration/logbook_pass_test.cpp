@@ -18,8 +18,6 @@ namespace {
 
 using testing::Station;
 
-constexpr int kFt847 = 1;
-
 int64_t Hertz(double mhz) {
     return std::llround(mhz * 1e6);
 }
@@ -42,17 +40,10 @@ TEST(LoggedPass, FrequenciesAreTheModesAndDuplicatesBelongToThePass) {
     testing::DeviceClock clock(std::vector<testing::DeviceClock::Device>{
         {radio.devicePath(), -1, [&] { radio.waitIdle(); }}});
     station.clock.now = aos1 - 120;
-    station.app->awakeFromNib();
-    const int port = station.app->addTypedPort(radio.devicePath().c_str());
-    station.setSite([&](SiteRec* s) {
-        s->radio = kFt847;
-        s->radioPort = port;
-        s->radioBaud = 5;
-        s->commandDelay = 0;
+    station.startWithFt847(radio.devicePath(), [](SiteRec* s) {
         s->fullDopplerTuning = 1;
         s->fmRetuneHz = 500;
     });
-    station.app->openCloseRadio(true);
     ASSERT_EQ(station.site().vfo_enabled, 1);
     station.app->uplinkClicked(0.0012);  // the operator's trims
     station.app->downlinkClicked(-0.0007);

@@ -15,8 +15,6 @@ namespace {
 
 using testing::Station;
 
-constexpr int kFt847 = 1;
-
 TEST(StartUp, TheChosenSatelliteIsTunedAndAnnouncedOnce) {
     testing::Elements saved = testing::Leo();
     testing::Elements chosen = testing::Leo();
@@ -30,16 +28,8 @@ TEST(StartUp, TheChosenSatelliteIsTunedAndAnnouncedOnce) {
     ASSERT_TRUE(radio.open());
 
     station.clock.now = testing::Seconds(2026, 11, 21, 6);
-    station.app->awakeFromNib();
-    const int port = station.app->addTypedPort(radio.devicePath().c_str());
-    station.setSite([&](SiteRec* s) {
-        s->radio = kFt847;
-        s->radioPort = port;
-        s->radioBaud = 5;
-        s->commandDelay = 0;
-        s->wants_speech = 1;
-    });
-    station.app->openCloseRadio(true);  // as the settings switch it on at start
+    // The radio switched on as the settings do at start.
+    station.startWithFt847(radio.devicePath(), [](SiteRec* s) { s->wants_speech = 1; });
     station.app->chooseSatelliteAtStart(1);
     station.app->mainTimerTasks();
     station.drainAnnouncements();

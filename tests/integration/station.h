@@ -129,6 +129,21 @@ struct Station {
         change(&site);
         app->SetSiteRec(&site);
     }
+    // Starts the program with an FT-847 on `path` (9600 baud, no command
+    // delay), `more` setting the rest of the site, and switches the radio on.
+    template <typename F>
+    void startWithFt847(const std::string& path, F more) {
+        app->awakeFromNib();
+        const int port = app->addTypedPort(path.c_str());
+        setSite([&](SiteRec* s) {
+            s->radio = 1;  // FT-847
+            s->radioPort = port;
+            s->radioBaud = 5;
+            s->commandDelay = 0;
+            more(s);
+        });
+        app->openCloseRadio(true);
+    }
     SiteRec site() const {
         SiteRec rec;
         app->GetSiteRec(&rec);

@@ -16,8 +16,6 @@ namespace {
 
 using testing::Station;
 
-constexpr int kFt847 = 1;
-
 TEST(Unplugged, RadioLostMidPassIsSwitchedOffWhileTrackingGoesOn) {
     const testing::Elements e = testing::Leo();
     uint32_t aos = 0, los = 0;
@@ -30,16 +28,9 @@ TEST(Unplugged, RadioLostMidPassIsSwitchedOffWhileTrackingGoesOn) {
     ASSERT_TRUE(radio.open());
 
     station.clock.now = aos - 5;
-    station.app->awakeFromNib();
-    const int port = station.app->addTypedPort(radio.devicePath().c_str());
-    station.setSite([&](SiteRec* s) {
-        s->radio = kFt847;
-        s->radioPort = port;
-        s->radioBaud = 5;
-        s->commandDelay = 0;
+    station.startWithFt847(radio.devicePath(), [](SiteRec* s) {
         s->fmRetuneHz = 0;  // every change goes out, so the lost radio is met at once
     });
-    station.app->openCloseRadio(true);
     ASSERT_EQ(station.site().vfo_enabled, 1);
     const int beepsBefore = station.ui.beeps;
 
@@ -84,15 +75,7 @@ TEST_P(LostAndFound, VanishedRadioIsSaidOnceAndTakenBackWhenItReturns) {
     ASSERT_EQ(symlink(radio->devicePath().c_str(), link.c_str()), 0);
 
     station.clock.now = aos;
-    station.app->awakeFromNib();
-    const int port = station.app->addTypedPort(link.c_str());
-    station.setSite([&](SiteRec* s) {
-        s->radio = kFt847;
-        s->radioPort = port;
-        s->radioBaud = 5;
-        s->commandDelay = 0;
-    });
-    station.app->openCloseRadio(true);
+    station.startWithFt847(link, [](SiteRec*) {});
     ASSERT_EQ(station.site().vfo_enabled, 1);
     for (uint32_t t = aos; t < aos + 10; ++t) station.tickAt(t);
 
