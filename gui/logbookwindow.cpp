@@ -26,7 +26,7 @@ LogbookWindow::LogbookWindow(LogbookLink* link, QWidget* parent)
     : QWidget(parent, Qt::Window), link_(link), model_(new LogbookModel(this)) {
     setObjectName("logbookWindow");
     setWindowTitle(tr("Logbook"));
-    resize(1320, 520);
+    resize(1200, 520);  // fits a 1280-pixel screen with its frame
 
     proxy_ = new QSortFilterProxyModel(this);
     proxy_->setSourceModel(model_);
